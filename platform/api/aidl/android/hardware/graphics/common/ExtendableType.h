@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::graphics::common {
+
+/** A value of an enumeration that others may add to: whose name it is, and the value it has there.
+ */
+class ExtendableType {
+  public:
+    std::string name;
+    int64_t value = 0;
+
+    bool operator==(ExtendableType const& other) const {
+        return value == other.value && name == other.name;
+    }
+    bool operator!=(ExtendableType const& other) const { return !(*this == other); }
+};
+
+}  // namespace aidl::android::hardware::graphics::common

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+#include <aidl/android/hardware/graphics/common/ExtendableType.h>
+
+namespace aidl::android::hardware::graphics::common {
+
+/** One component of a plane's samples. */
+class PlaneLayoutComponent {
+  public:
+    ExtendableType type;
+    int64_t offsetInBits = 0;  ///< from the start of the sample
+    int64_t sizeInBits = 0;
+
+    bool operator==(PlaneLayoutComponent const& other) const {
+        return type == other.type && offsetInBits == other.offsetInBits &&
+               sizeInBits == other.sizeInBits;
+    }
+    bool operator!=(PlaneLayoutComponent const& other) const { return !(*this == other); }
+};
+
+}  // namespace aidl::android::hardware::graphics::common

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <android/hardware/graphics/mapper/4.0/types.h>
+#include <android/hidl/base/1.0/IBase.h>
+#include <hidl/HidlSupport.h>
+#include <hidl/Status.h>
+#include <utils/Errors.h>
+#include <utils/StrongPointer.h>
+
+namespace android::hardware::graphics::allocator::V4_0 {
+
+/** Where graphic buffers come from. Any thread. */
+struct IAllocator : public ::android::hidl::base::V1_0::IBase {
+    static const char* descriptor;
+
+    using allocate_cb = std::function<void(mapper::V4_0::Error error, uint32_t stride,
+                                           const hidl_vec<hidl_handle>& buffers)>;
+
+    /**
+     * Makes buffers of one kind, all of them or none.
+     *
+     * @param bufferDescriptor from IMapper::createDescriptor
+     * @param count how many
+     * @param cb is called once, before the call returns, with the pixels from one row to the next
+     *        and with raw handles, which are the allocator's: a copy keeps one. BAD_DESCRIPTOR,
+     *        BAD_VALUE, NO_RESOURCES, UNSUPPORTED
+     */
+    virtual Return<void> allocate(const hidl_vec<uint8_t>& bufferDescriptor, uint32_t count,
+                                  allocate_cb cb) = 0;
+
+    /** Looks the service up; null when no such instance is registered. */
+    static ::android::sp<IAllocator> getService(const std::string& serviceName = "default",
+                                                bool getStub = false);
+
+    /** Makes this object the instance `serviceName`, in place of any earlier one. */
+    ::android::status_t registerAsService(const std::string& serviceName = "default");
+};
+
+}  // namespace android::hardware::graphics::allocator::V4_0

@@ -1,0 +1,192 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <android/hardware/graphics/common/1.2/types.h>
+#include <android/hardware/graphics/mapper/4.0/types.h>
+#include <android/hidl/base/1.0/IBase.h>
+#include <hidl/HidlSupport.h>
+#include <hidl/Status.h>
+#include <utils/Errors.h>
+#include <utils/StrongPointer.h>
+
+namespace android::hardware::graphics::mapper::V4_0 {
+
+/**
+ * Access to graphic buffers in this process. Any thread.
+ *
+ * A raw handle is imported first; the buffer that an import gives is a native handle's address and
+ * is good for the other operations until it is freed. A callback is called once, before its
+ * operation returns, also on failure; what it is given is good during the call only.
+ *
+ * The operations that are seldom needed answer UNSUPPORTED unless an implementation writes them.
+ */
+struct IMapper : public ::android::hidl::base::V1_0::IBase {
+    static const char* descriptor;
+
+    /** What is wanted of a buffer. */
+    struct BufferDescriptorInfo final {
+        hidl_string name __attribute__((aligned(8)));  ///< for debugging
+        uint32_t width __attribute__((aligned(4)));    ///< pixels
+        uint32_t height __attribute__((aligned(4)));   ///< pixels
+        uint32_t layerCount __attribute__((aligned(4)));
+        common::V1_2::PixelFormat format __attribute__((aligned(4)));
+        hidl_bitfield<common::V1_2::BufferUsage> usage __attribute__((aligned(8)));
+        uint64_t reservedSize __attribute__((aligned(8)));  ///< bytes beside the picture
+    };
+
+    /** An area of a buffer, in pixels. */
+    struct Rect final {
+        int32_t left __attribute__((aligned(4)));
+        int32_t top __attribute__((aligned(4)));
+        int32_t width __attribute__((aligned(4)));
+        int32_t height __attribute__((aligned(4)));
+    };
+
+    /** Names a property of a buffer: whose name it is, and the value it has there. */
+    struct MetadataType final {
+        hidl_string name __attribute__((aligned(8)));
+        int64_t value __attribute__((aligned(8)));
+    };
+
+    struct MetadataTypeDescription final {
+        MetadataType metadataType __attribute__((aligned(8)));
+        hidl_string description __attribute__((aligned(8)));
+        bool isGettable __attribute__((aligned(1)));
+        bool isSettable __attribute__((aligned(1)));
+    };
+
+    struct MetadataDump final {
+        MetadataType metadataType __attribute__((aligned(8)));
+        hidl_vec<uint8_t> metadata __attribute__((aligned(8)));
+    };
+
+    struct BufferDump final {
+        hidl_vec<MetadataDump> metadataDump __attribute__((aligned(8)));
+    };
+
+    using createDescriptor_cb =
+            std::function<void(Error error, const hidl_vec<uint8_t>& descriptor)>;
+    using importBuffer_cb = std::function<void(Error error, void* buffer)>;
+    using getTransportSize_cb = std::function<void(Error error, uint32_t numFds, uint32_t numInts)>;
+    using lock_cb = std::function<void(Error error, void* data)>;
+    using unlock_cb = std::function<void(Error error, const hidl_handle& releaseFence)>;
+    using flushLockedBuffer_cb = std::function<void(Error error, const hidl_handle& releaseFence)>;
+    using isSupported_cb = std::function<void(Error error, bool supported)>;
+    using get_cb = std::function<void(Error error, const hidl_vec<uint8_t>& metadata)>;
+    using getFromBufferDescriptorInfo_cb =
+            std::function<void(Error error, const hidl_vec<uint8_t>& metadata)>;
+    using listSupportedMetadataTypes_cb =
+            std::function<void(Error error, const hidl_vec<MetadataTypeDescription>& descriptions)>;
+    using dumpBuffer_cb = std::function<void(Error error, const BufferDump& bufferDump)>;
+    using dumpBuffers_cb =
+            std::function<void(Error error, const hidl_vec<BufferDump>& bufferDumps)>;
+    using getReservedRegion_cb =
+            std::function<void(Error error, void* reservedRegion, uint64_t reservedSize)>;
+
+    /** Makes the descriptor that an allocator takes. BAD_VALUE, NO_RESOURCES, UNSUPPORTED. */
+    virtual Return<void> createDescriptor(const BufferDescriptorInfo& description,
+                                          createDescriptor_cb cb) = 0;
+
+    /**
+     * Makes a raw handle usable in this process.
+     *
+     * @param rawHandle an allocator's, or a copy of one; stays the caller's. BAD_BUFFER,
+     *        NO_RESOURCES
+     */
+    virtual Return<void> importBuffer(const hidl_handle& rawHandle, importBuffer_cb cb) = 0;
+
+    /** Ends an import. BAD_BUFFER for anything but an imported buffer. */
+    virtual Return<Error> freeBuffer(void* buffer) = 0;
+
+    /** Whether the buffer is as large as `description` and `stride` want it. */
+    virtual Return<Error> validateBufferSize(void* /*buffer*/,
+                                             const BufferDescriptorInfo& /*description*/,
+                                             uint32_t /*stride*/) {
+        return Error::UNSUPPORTED;
+    }
+
+    /** How many descriptors and integers of the handle another process needs. */
+    virtual Return<void> getTransportSize(void* /*buffer*/, getTransportSize_cb cb) {
+        cb(Error::UNSUPPORTED, 0, 0);
+        return Void();
+    }
+
+    /**
+     * Gives the CPU access to an area until `unlock`. Locks of one buffer nest.
+     *
+     * @param cpuUsage CPU bits of BufferUsage
+     * @param accessRegion all zero for the whole buffer
+     * @param acquireFence null, or what to wait for first; stays the caller's
+     * @param cb is given the address of the buffer, not of the area. BAD_BUFFER, BAD_VALUE,
+     *        NO_RESOURCES
+     */
+    virtual Return<void> lock(void* buffer, uint64_t cpuUsage, const Rect& accessRegion,
+                              const hidl_handle& acquireFence, lock_cb cb) = 0;
+
+    /**
+     * Ends one lock.
+     *
+     * @param cb is given a fence that tells when the CPU's work is done, or a null handle when it
+     *        is done already; the mapper's own, to be duplicated. BAD_BUFFER
+     */
+    virtual Return<void> unlock(void* buffer, unlock_cb cb) = 0;
+
+    virtual Return<void> flushLockedBuffer(void* /*buffer*/, flushLockedBuffer_cb cb) {
+        cb(Error::UNSUPPORTED, hidl_handle());
+        return Void();
+    }
+    virtual Return<Error> rereadLockedBuffer(void* /*buffer*/) { return Error::UNSUPPORTED; }
+
+    /** Whether a buffer of that kind can be had. */
+    virtual Return<void> isSupported(const BufferDescriptorInfo& /*description*/,
+                                     isSupported_cb cb) {
+        cb(Error::UNSUPPORTED, false);
+        return Void();
+    }
+
+    /** Tells a property, encoded as `gralloctypes/Gralloc4.h` does. BAD_BUFFER, UNSUPPORTED. */
+    virtual Return<void> get(void* buffer, const MetadataType& metadataType, get_cb cb) = 0;
+
+    virtual Return<Error> set(void* /*buffer*/, const MetadataType& /*metadataType*/,
+                              const hidl_vec<uint8_t>& /*metadata*/) {
+        return Error::UNSUPPORTED;
+    }
+    virtual Return<void> getFromBufferDescriptorInfo(const BufferDescriptorInfo& /*description*/,
+                                                     const MetadataType& /*metadataType*/,
+                                                     getFromBufferDescriptorInfo_cb cb) {
+        cb(Error::UNSUPPORTED, {});
+        return Void();
+    }
+    virtual Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) {
+        cb(Error::UNSUPPORTED, {});
+        return Void();
+    }
+    virtual Return<void> dumpBuffer(void* /*buffer*/, dumpBuffer_cb cb) {
+        cb(Error::UNSUPPORTED, {});
+        return Void();
+    }
+    virtual Return<void> dumpBuffers(dumpBuffers_cb cb) {
+        cb(Error::UNSUPPORTED, {});
+        return Void();
+    }
+    virtual Return<void> getReservedRegion(void* /*buffer*/, getReservedRegion_cb cb) {
+        cb(Error::UNSUPPORTED, nullptr, 0);
+        return Void();
+    }
+
+    /** Looks the service up; null when no such instance is registered. */
+    static ::android::sp<IMapper> getService(const std::string& serviceName = "default",
+                                             bool getStub = false);
+
+    /** Makes this object the instance `serviceName`, in place of any earlier one. */
+    ::android::status_t registerAsService(const std::string& serviceName = "default");
+};
+
+static_assert(sizeof(IMapper::BufferDescriptorInfo) == 48, "wrong size");
+static_assert(sizeof(IMapper::Rect) == 16, "wrong size");
+static_assert(sizeof(IMapper::MetadataType) == 24, "wrong size");
+
+}  // namespace android::hardware::graphics::mapper::V4_0

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <hidl/HidlSupport.h>
+#include <nscam/IMetadata.h>
+#include <nscam/IMetadataTagSet.h>
+#include <system/camera_metadata.h>
+#include <utils/RefBase.h>
+
+namespace NSCam {
+
+/** `camera_metadata` to `IMetadata` and back. Any thread. */
+class IMetadataConverter : public virtual android::RefBase {
+  public:
+    /** @param tagSet consulted for the types of tags; must outlive the converter */
+    static android::sp<IMetadataConverter> createInstance(IMetadataTagSet const& tagSet);
+
+    /**
+     * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`
+     * @param size receives its length in bytes when not null
+     */
+    virtual bool convert(IMetadata const& metadata, camera_metadata*& buffer,
+                         size_t* size) const = 0;
+
+    /**
+     * As above, into a vector that points at the new buffer without owning it: the caller frees the
+     * buffer with `free_camera_metadata`.
+     */
+    virtual bool convert(IMetadata const& metadata,
+                         android::hardware::hidl_vec<uint8_t>& buffer) const = 0;
+
+    /**
+     * @param buffer left unchanged; a null buffer has no entries
+     * @param metadata receives the entries, in place of what it holds under the same tags
+     */
+    virtual bool convert(camera_metadata const* buffer, IMetadata& metadata) const = 0;
+};
+
+}  // namespace NSCam

@@ -1,0 +1,17 @@
+#pragma once
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * Waits for a fence to signal; the descriptor stays the caller's.
+ *
+ * @param timeout milliseconds, below 0 for no limit
+ * @return 0, or -1 with errno: ETIME after the time-out, EINVAL for a fence that failed or is none
+ */
+int sync_wait(int fd, int timeout);
+
+#ifdef __cplusplus
+}
+#endif

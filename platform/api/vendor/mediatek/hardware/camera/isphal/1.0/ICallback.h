@@ -1,0 +1,23 @@
+#pragma once
+
+#include <android/hidl/base/1.0/IBase.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
+
+namespace vendor::mediatek::hardware::camera::isphal::V1_0 {
+
+/**
+ * Where an ISP device delivers the results of its requests.
+ *
+ * Called on a thread of the ISP HAL, one result at a time.
+ */
+struct ICallback : public ::android::hidl::base::V1_0::IBase {
+    static const char* descriptor;
+
+    /** Takes the final result of a request; called exactly once a request. */
+    virtual ::android::hardware::Return<void> processResult(const ISPResult& result) = 0;
+
+    /** Takes an early word on a request whose final result is still to come. */
+    virtual ::android::hardware::Return<void> processEarlyResult(const ISPResult& result) = 0;
+};
+
+}  // namespace vendor::mediatek::hardware::camera::isphal::V1_0

@@ -1,0 +1,104 @@
+#include <utils/RefBase.h>
+
+#include <atomic>
+
+#include <android/log.h>
+
+namespace android {
+namespace {
+
+// The strong count of an object that never had a strong reference: far above any real count, so
+// that "no reference yet" and "the last one has gone" differ.
+constexpr int32_t kNeverHeld = 1 << 28;
+
+}  // namespace
+
+/**
+ * The object itself counts as one weak reference, so that weak references come and go while it is
+ * being made. The counts go with the last weak reference.
+ */
+class RefBase::Counts final : public RefBase::weakref_type {
+  public:
+    explicit Counts(RefBase const* object) : mObject(object) {}
+
+    RefBase const* const mObject;
+    std::atomic<int32_t> mStrong{kNeverHeld};
+    std::atomic<int32_t> mWeak{1};
+};
+
+void RefBase::weakref_type::incWeak(void const* /*id*/) {
+    static_cast<Counts*>(this)->mWeak.fetch_add(1, std::memory_order_relaxed);
+}
+
+void RefBase::weakref_type::decWeak(void const* /*id*/) {
+    auto* const counts = static_cast<Counts*>(this);
+    if (counts->mWeak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        delete counts;
+    }
+}
+
+bool RefBase::weakref_type::attemptIncStrong(void const* id) {
+    auto* const counts = static_cast<Counts*>(this);
+    int32_t strong = counts->mStrong.load(std::memory_order_relaxed);
+    while (strong > 0) {
+        if (strong == kNeverHeld) {
+            // The creator's matter, and alive: nobody has let go of it yet.
+            counts->mObject->incStrong(id);
+            return true;
+        }
+        if (counts->mStrong.compare_exchange_weak(strong, strong + 1, std::memory_order_relaxed)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+RefBase::RefBase() : mCounts(new Counts(this)) {}
+
+RefBase::~RefBase() {
+    // An object that never was counted is deleted by its owner: weak references learn of it here.
+    mCounts->mStrong.store(0, std::memory_order_relaxed);
+    mCounts->decWeak(this);
+}
+
+void RefBase::incStrong(void const* /*id*/) const {
+    int32_t const before = mCounts->mStrong.fetch_add(1, std::memory_order_relaxed);
+    if (before == kNeverHeld) {
+        mCounts->mStrong.fetch_sub(kNeverHeld, std::memory_order_relaxed);
+        const_cast<RefBase*>(this)->onFirstRef();
+    } else if (before <= 0) {
+        __android_log_assert(nullptr, "RefBase", "strong reference to %p, which is being destroyed",
+                             static_cast<void const*>(this));
+    }
+}
+
+void RefBase::decStrong(void const* id) const {
+    int32_t const before = mCounts->mStrong.fetch_sub(1, std::memory_order_acq_rel);
+    if (before == 1) {
+        const_cast<RefBase*>(this)->onLastStrongRef(id);
+        delete this;
+    } else if (before <= 0 || before == kNeverHeld) {
+        __android_log_assert(nullptr, "RefBase", "%p lost a strong reference that it did not have",
+                             static_cast<void const*>(this));
+    }
+}
+
+RefBase::weakref_type* RefBase::createWeak(void const* id) const {
+    mCounts->incWeak(id);
+    return mCounts;
+}
+
+RefBase::weakref_type* RefBase::getWeakRefs() const {
+    return mCounts;
+}
+
+int32_t RefBase::getStrongCount() const {
+    int32_t const strong = mCounts->mStrong.load(std::memory_order_relaxed);
+    return strong >= kNeverHeld ? strong - kNeverHeld : strong;
+}
+
+void RefBase::onFirstRef() {}
+
+void RefBase::onLastStrongRef(void const* /*id*/) {}
+
+}  // namespace android

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include <cutils/native_handle.h>
+
+#include "host/gralloc/BufferHandle.h"
+
+namespace quen::host {
+
+/**
+ * A buffer of another handle's, for use in this process: a handle of its own and, once it is asked
+ * for, the memory mapped. Gives both back when it ends. Any thread.
+ */
+class ImportedBuffer {
+  public:
+    /** @param handle becomes the buffer's, descriptors included */
+    ImportedBuffer(native_handle_t* handle, BufferFacts const& facts)
+        : mHandle(handle), mFacts(facts) {}
+    ~ImportedBuffer();
+    ImportedBuffer(ImportedBuffer const&) = delete;
+    ImportedBuffer& operator=(ImportedBuffer const&) = delete;
+
+    native_handle_t const* handle() const { return mHandle; }
+    BufferFacts const& facts() const { return mFacts; }
+    int memory() const { return mHandle->data[0]; }
+
+    /**
+     * Address of the memory, mapped at the first call: many buffers are imported only to be handed
+     * on. Null when it cannot be mapped.
+     */
+    uint8_t* map();
+    bool isMapped() const;
+
+  private:
+    native_handle_t* const mHandle;
+    BufferFacts const mFacts;
+    mutable std::mutex mMapLock;
+    uint8_t* mAddress = nullptr;  // under mMapLock
+};
+
+/** How much is in use, to find what was forgotten. */
+struct BufferCounts {
+    size_t imports;
+    size_t mappings;  ///< of imported buffers
+    size_t locks;     ///< nested ones one by one
+};
+
+/**
+ * The imported buffers by the addresses of their handles. An address that is not in it is never
+ * followed. Any thread; the lock is not held while memory is mapped or given back.
+ */
+class BufferTable {
+  public:
+    void add(std::shared_ptr<ImportedBuffer> buffer);
+
+    /** Null when there is no such buffer. */
+    std::shared_ptr<ImportedBuffer> find(void const* handle) const;
+
+    /** @return false, nothing changed, when there is no such buffer or it is locked */
+    bool remove(void const* handle);
+
+    /** Counts a lock. @return false when the buffer is no longer in the table */
+    bool addLock(ImportedBuffer const& buffer);
+
+    /** @return false when there is no such buffer or it is not locked */
+    bool removeLock(void const* handle);
+
+    BufferCounts counts() const;
+
+  private:
+    struct Entry {
+        std::shared_ptr<ImportedBuffer> buffer;
+        size_t locks = 0;
+    };
+
+    mutable std::mutex mLock;
+    std::unordered_map<void const*, Entry> mEntries;  // under mLock
+};
+
+}  // namespace quen::host

@@ -1,0 +1,254 @@
+#include <gralloctypes/Gralloc4.h>
+
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+using aidl::android::hardware::graphics::common::ExtendableType;
+using aidl::android::hardware::graphics::common::PlaneLayout;
+using aidl::android::hardware::graphics::common::PlaneLayoutComponent;
+using android::hardware::hidl_vec;
+using android::hardware::graphics::common::V1_2::PixelFormat;
+using MetadataType = android::hardware::graphics::mapper::V4_0::IMapper::MetadataType;
+
+namespace android::gralloc4 {
+
+namespace {
+
+constexpr size_t kUsualBytes = 512;  // the plane layouts of a picture take nearly as many
+
+/** Collects the bytes of a property. */
+class Encoder {
+  public:
+    Encoder() { mBytes.reserve(kUsualBytes); }
+
+    template <typename T, typename = std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>>
+    void put(T value) {
+        append(&value, sizeof(value));
+    }
+    void put(std::string const& text) { putText(text.data(), text.size()); }
+    void put(MetadataType const& type) {
+        putText(type.name.c_str(), type.name.size());
+        put(type.value);
+    }
+    void put(ExtendableType const& type) {
+        put(type.name);
+        put(type.value);
+    }
+    void put(PlaneLayoutComponent const& component) {
+        put(component.type);
+        put(component.offsetInBits);
+        put(component.sizeInBits);
+    }
+    void put(PlaneLayout const& plane) {
+        put(plane.components);
+        put(plane.offsetInBytes);
+        put(plane.sampleIncrementInBits);
+        put(plane.strideInBytes);
+        put(plane.widthInSamples);
+        put(plane.heightInSamples);
+        put(plane.totalSizeInBytes);
+        put(plane.horizontalSubsampling);
+        put(plane.verticalSubsampling);
+    }
+    template <typename T>
+    void put(std::vector<T> const& items) {
+        put(static_cast<int64_t>(items.size()));
+        for (T const& item : items) {
+            put(item);
+        }
+    }
+
+    std::vector<uint8_t> const& bytes() const { return mBytes; }
+
+  private:
+    void putText(char const* text, size_t length) {
+        put(static_cast<int64_t>(length));
+        append(text, length);
+    }
+    void append(void const* data, size_t size) {
+        auto const* const bytes = static_cast<uint8_t const*>(data);
+        mBytes.insert(mBytes.end(), bytes, bytes + size);
+    }
+
+    std::vector<uint8_t> mBytes;
+};
+
+/** Takes the bytes of a property apart; each step tells whether there were enough of them. */
+class Decoder {
+  public:
+    explicit Decoder(hidl_vec<uint8_t> const& bytes)
+        : mNext(bytes.data()), mRemaining(bytes.size()) {}
+
+    template <typename T, typename = std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>>
+    bool take(T& value) {
+        if (mRemaining < sizeof(value)) {
+            return false;
+        }
+        memcpy(&value, mNext, sizeof(value));
+        skip(sizeof(value));
+        return true;
+    }
+    bool take(std::string& text) {
+        size_t length = 0;
+        if (!takeCount(length)) {
+            return false;
+        }
+        text.assign(reinterpret_cast<char const*>(mNext), length);
+        skip(length);
+        return true;
+    }
+    bool take(ExtendableType& type) { return take(type.name) && take(type.value); }
+    bool take(PlaneLayoutComponent& component) {
+        return take(component.type) && take(component.offsetInBits) && take(component.sizeInBits);
+    }
+    bool take(PlaneLayout& plane) {
+        return take(plane.components) && take(plane.offsetInBytes) &&
+               take(plane.sampleIncrementInBits) && take(plane.strideInBytes) &&
+               take(plane.widthInSamples) && take(plane.heightInSamples) &&
+               take(plane.totalSizeInBytes) && take(plane.horizontalSubsampling) &&
+               take(plane.verticalSubsampling);
+    }
+    template <typename T>
+    bool take(std::vector<T>& items) {
+        size_t count = 0;
+        if (!takeCount(count)) {
+            return false;
+        }
+        // Not made at once: a count that lies ends with the bytes, not with the memory.
+        for (size_t i = 0; i < count; ++i) {
+            if (!take(items.emplace_back())) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /** Takes a property's type; false when it is not that one. */
+    bool takeType(MetadataType const& expected) {
+        std::string name;
+        int64_t value = 0;
+        return take(name) && take(value) && expected.name == name && expected.value == value;
+    }
+
+    bool isAtEnd() const { return mRemaining == 0; }
+
+  private:
+    /** Nothing takes less than a byte an item. */
+    bool takeCount(size_t& count) {
+        int64_t value = 0;
+        if (!take(value) || value < 0 || static_cast<uint64_t>(value) > mRemaining) {
+            return false;
+        }
+        count = static_cast<size_t>(value);
+        return true;
+    }
+    void skip(size_t size) {
+        mNext += size;
+        mRemaining -= size;
+    }
+
+    uint8_t const* mNext;
+    size_t mRemaining;
+};
+
+template <typename T>
+status_t encodeProperty(MetadataType const& type, T const& value, hidl_vec<uint8_t>* encoded) {
+    if (encoded == nullptr) {
+        return BAD_VALUE;
+    }
+    Encoder encoder;
+    encoder.put(type);
+    encoder.put(value);
+    *encoded = encoder.bytes();
+    return OK;
+}
+
+template <typename T>
+status_t decodeProperty(MetadataType const& type, hidl_vec<uint8_t> const& encoded, T* value) {
+    Decoder decoder(encoded);
+    T result{};
+    if (value == nullptr || !decoder.takeType(type) || !decoder.take(result) ||
+        !decoder.isAtEnd()) {
+        return BAD_VALUE;
+    }
+    *value = std::move(result);
+    return OK;
+}
+
+}  // namespace
+
+bool isStandardMetadataType(MetadataType const& metadataType) {
+    return metadataType.name == GRALLOC4_STANDARD_METADATA_TYPE;
+}
+
+bool isStandardPlaneLayoutComponentType(ExtendableType const& componentType) {
+    return componentType.name == GRALLOC4_PLANE_LAYOUT_COMPONENT_TYPE;
+}
+
+status_t encodeBufferId(uint64_t bufferId, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_BufferId, bufferId, encoded);
+}
+status_t decodeBufferId(hidl_vec<uint8_t> const& encoded, uint64_t* bufferId) {
+    return decodeProperty(MetadataType_BufferId, encoded, bufferId);
+}
+
+status_t encodeName(std::string const& name, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Name, name, encoded);
+}
+status_t decodeName(hidl_vec<uint8_t> const& encoded, std::string* name) {
+    return decodeProperty(MetadataType_Name, encoded, name);
+}
+
+status_t encodeWidth(uint64_t width, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Width, width, encoded);
+}
+status_t decodeWidth(hidl_vec<uint8_t> const& encoded, uint64_t* width) {
+    return decodeProperty(MetadataType_Width, encoded, width);
+}
+
+status_t encodeHeight(uint64_t height, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Height, height, encoded);
+}
+status_t decodeHeight(hidl_vec<uint8_t> const& encoded, uint64_t* height) {
+    return decodeProperty(MetadataType_Height, encoded, height);
+}
+
+status_t encodeLayerCount(uint64_t layerCount, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_LayerCount, layerCount, encoded);
+}
+status_t decodeLayerCount(hidl_vec<uint8_t> const& encoded, uint64_t* layerCount) {
+    return decodeProperty(MetadataType_LayerCount, encoded, layerCount);
+}
+
+status_t encodePixelFormatRequested(PixelFormat const& format, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_PixelFormatRequested, format, encoded);
+}
+status_t decodePixelFormatRequested(hidl_vec<uint8_t> const& encoded, PixelFormat* format) {
+    return decodeProperty(MetadataType_PixelFormatRequested, encoded, format);
+}
+
+status_t encodeUsage(uint64_t usage, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Usage, usage, encoded);
+}
+status_t decodeUsage(hidl_vec<uint8_t> const& encoded, uint64_t* usage) {
+    return decodeProperty(MetadataType_Usage, encoded, usage);
+}
+
+status_t encodeAllocationSize(uint64_t allocationSize, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_AllocationSize, allocationSize, encoded);
+}
+status_t decodeAllocationSize(hidl_vec<uint8_t> const& encoded, uint64_t* allocationSize) {
+    return decodeProperty(MetadataType_AllocationSize, encoded, allocationSize);
+}
+
+status_t encodePlaneLayouts(std::vector<PlaneLayout> const& planeLayouts,
+                            hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_PlaneLayouts, planeLayouts, encoded);
+}
+status_t decodePlaneLayouts(hidl_vec<uint8_t> const& encoded,
+                            std::vector<PlaneLayout>* planeLayouts) {
+    return decodeProperty(MetadataType_PlaneLayouts, encoded, planeLayouts);
+}
+
+}  // namespace android::gralloc4

@@ -1,0 +1,148 @@
+#include "host/gralloc/MemfdMapper.h"
+
+#include <sync/sync.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <memory>
+#include <optional>
+
+#include "host/gralloc/BufferDescription.h"
+#include "host/gralloc/StandardMetadata.h"
+
+using android::hardware::hidl_vec;
+using android::hardware::Void;
+using android::hardware::graphics::common::V1_2::BufferUsage;
+
+namespace quen::host {
+
+namespace {
+
+constexpr uint64_t kCpuUsages = static_cast<uint64_t>(BufferUsage::CPU_READ_MASK) |
+                                static_cast<uint64_t>(BufferUsage::CPU_WRITE_MASK);
+
+/** Whether [start, start + length) lies within [0, limit); empty areas do, too. */
+bool isWithin(int32_t start, int32_t length, uint32_t limit) {
+    return start >= 0 && length >= 0 && int64_t{start} + length <= int64_t{limit};
+}
+
+/** All zero, the whole buffer, is within every one. */
+bool isWithin(MemfdMapper::Rect const& area, BufferFacts const& facts) {
+    return isWithin(area.left, area.width, facts.width) &&
+           isWithin(area.top, area.height, facts.height);
+}
+
+/** @return false for a handle that is no fence */
+bool waitFor(native_handle_t const* fence) {
+    if (fence == nullptr || fence->numFds == 0) {
+        return true;
+    }
+    return fence->numFds == 1 && sync_wait(fence->data[0], -1) == 0;
+}
+
+/** A fence that has signalled. Null, which says the same, when there is none to be had. */
+android::hardware::hidl_handle signalledFence() {
+    android::hardware::hidl_handle result;
+    int const event = eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (event < 0) {
+        return result;
+    }
+    native_handle_t* const handle = native_handle_create(1, 0);
+    if (handle == nullptr) {
+        close(event);
+        return result;
+    }
+    handle->data[0] = event;
+    result.setTo(handle, true);
+    return result;
+}
+
+}  // namespace
+
+MemfdMapper::Return<void> MemfdMapper::createDescriptor(BufferDescriptorInfo const& description,
+                                                        createDescriptor_cb cb) {
+    Error const error = checkDescription(description);
+    cb(error, error == Error::NONE ? encodeDescription(description) : hidl_vec<uint8_t>());
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::importBuffer(hidl_handle const& rawHandle,
+                                                    importBuffer_cb cb) {
+    void* imported = nullptr;
+    Error const error = importHandle(rawHandle.getNativeHandle(), imported);
+    cb(error, imported);
+    return Void();
+}
+
+MemfdMapper::Error MemfdMapper::importHandle(native_handle_t const* raw, void*& imported) {
+    std::optional<BufferFacts> const facts = readBufferHandle(raw);
+    if (!facts) {
+        return Error::BAD_BUFFER;
+    }
+    native_handle_t* const handle = native_handle_clone(raw);
+    if (handle == nullptr) {
+        return Error::NO_RESOURCES;
+    }
+    mTable.add(std::make_shared<ImportedBuffer>(handle, *facts));
+    imported = handle;
+    return Error::NONE;
+}
+
+MemfdMapper::Return<MemfdMapper::Error> MemfdMapper::freeBuffer(void* buffer) {
+    return mTable.remove(buffer) ? Error::NONE : Error::BAD_BUFFER;
+}
+
+MemfdMapper::Return<void> MemfdMapper::lock(void* buffer, uint64_t cpuUsage,
+                                            Rect const& accessRegion,
+                                            hidl_handle const& acquireFence, lock_cb cb) {
+    void* data = nullptr;
+    Error const error =
+            lockBuffer(buffer, cpuUsage, accessRegion, acquireFence.getNativeHandle(), data);
+    cb(error, data);
+    return Void();
+}
+
+MemfdMapper::Error MemfdMapper::lockBuffer(void const* buffer, uint64_t cpuUsage,
+                                           Rect const& accessRegion,
+                                           native_handle_t const* acquireFence, void*& data) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    if (imported == nullptr) {
+        return Error::BAD_BUFFER;
+    }
+    if ((cpuUsage & kCpuUsages) == 0 || !isWithin(accessRegion, imported->facts()) ||
+        !waitFor(acquireFence)) {
+        return Error::BAD_VALUE;
+    }
+    void* const address = imported->map();
+    if (address == nullptr) {
+        return Error::NO_RESOURCES;
+    }
+    // It may have been freed while this thread waited.
+    if (!mTable.addLock(*imported)) {
+        return Error::BAD_BUFFER;
+    }
+    data = address;
+    return Error::NONE;
+}
+
+MemfdMapper::Return<void> MemfdMapper::unlock(void* buffer, unlock_cb cb) {
+    if (!mTable.removeLock(buffer)) {
+        cb(Error::BAD_BUFFER, hidl_handle());
+        return Void();
+    }
+    cb(Error::NONE, mReleaseFences ? signalledFence() : hidl_handle());
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::get(void* buffer, MetadataType const& metadataType,
+                                           get_cb cb) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    hidl_vec<uint8_t> encoded;
+    Error const error = imported == nullptr
+                                ? Error::BAD_BUFFER
+                                : encodeStandardMetadata(*imported, metadataType, encoded);
+    cb(error, encoded);
+    return Void();
+}
+
+}  // namespace quen::host

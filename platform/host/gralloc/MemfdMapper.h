@@ -1,0 +1,50 @@
+#pragma once
+
+#include <atomic>
+
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+
+#include "host/gralloc/BufferTable.h"
+
+namespace quen::host {
+
+/**
+ * Maps the buffers of MemfdAllocator, of any copy of their handles and of any process.
+ *
+ * A buffer that is not imported, or no longer, is refused with BAD_BUFFER whatever its address is;
+ * so are freeing a locked buffer and unlocking one that is not. A locked buffer's address stays the
+ * same until it is freed. What is still imported when the mapper ends is given back. Any thread.
+ */
+class MemfdMapper : public android::hardware::graphics::mapper::V4_0::IMapper {
+  public:
+    template <typename T>
+    using Return = android::hardware::Return<T>;
+    using Error = android::hardware::graphics::mapper::V4_0::Error;
+    using hidl_handle = android::hardware::hidl_handle;
+
+    /** Whether `unlock` gives a fence, signalled already, instead of none. Off unless set. */
+    void setReleaseFences(bool enabled) { mReleaseFences = enabled; }
+
+    BufferCounts counts() const { return mTable.counts(); }
+
+    Return<void> createDescriptor(BufferDescriptorInfo const& description,
+                                  createDescriptor_cb cb) override;
+    Return<void> importBuffer(hidl_handle const& rawHandle, importBuffer_cb cb) override;
+    Return<Error> freeBuffer(void* buffer) override;
+    Return<void> lock(void* buffer, uint64_t cpuUsage, Rect const& accessRegion,
+                      hidl_handle const& acquireFence, lock_cb cb) override;
+    Return<void> unlock(void* buffer, unlock_cb cb) override;
+
+    /** Tells the properties that StandardMetadata.h lists. */
+    Return<void> get(void* buffer, MetadataType const& metadataType, get_cb cb) override;
+
+  private:
+    Error importHandle(native_handle_t const* raw, void*& imported);
+    Error lockBuffer(void const* buffer, uint64_t cpuUsage, Rect const& accessRegion,
+                     native_handle_t const* acquireFence, void*& data);
+
+    BufferTable mTable;
+    std::atomic<bool> mReleaseFences{false};
+};
+
+}  // namespace quen::host

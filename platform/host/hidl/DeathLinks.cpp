@@ -1,0 +1,75 @@
+#include "host/hidl/DeathLinks.h"
+
+#include <algorithm>
+#include <iterator>
+#include <mutex>
+#include <utility>
+
+using android::sp;
+using android::wp;
+using android::hardware::hidl_death_recipient;
+using android::hidl::base::V1_0::IBase;
+
+namespace quen::host {
+namespace {
+
+struct LinkTable {
+    std::mutex lock;
+    std::vector<DeathLink> links;  // under lock, oldest first
+};
+
+/** Stays until the process ends, when objects that link and unlink are torn down in any order. */
+LinkTable& table() {
+    static auto* const instance = new LinkTable;
+    return *instance;
+}
+
+}  // namespace
+
+void addDeathLink(DeathLink link) {
+    // References are dropped without the lock: what they end may come back here.
+    std::vector<DeathLink> outlived;
+    std::vector<sp<IBase>> alive;
+    LinkTable& deathLinks = table();
+    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    auto const firstOutlived = std::stable_partition(
+            deathLinks.links.begin(), deathLinks.links.end(), [&](DeathLink const& known) {
+                alive.push_back(known.service.promote());
+                return alive.back() != nullptr;
+            });
+    std::move(firstOutlived, deathLinks.links.end(), std::back_inserter(outlived));
+    deathLinks.links.erase(firstOutlived, deathLinks.links.end());
+    deathLinks.links.push_back(std::move(link));
+}
+
+bool removeDeathLink(IBase& service, sp<hidl_death_recipient> const& recipient) {
+    wp<IBase> const who(&service);
+    DeathLink removed;
+    LinkTable& deathLinks = table();
+    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    auto const found = std::find_if(deathLinks.links.rbegin(), deathLinks.links.rend(),
+                                    [&](DeathLink const& link) {
+                                        return link.service == who && link.recipient == recipient;
+                                    });
+    if (found == deathLinks.links.rend()) {
+        return false;
+    }
+    removed = std::move(*found);
+    deathLinks.links.erase(std::next(found).base());
+    return true;
+}
+
+std::vector<DeathLink> takeDeathLinks(IBase& service) {
+    wp<IBase> const who(&service);
+    std::vector<DeathLink> taken;
+    LinkTable& deathLinks = table();
+    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    auto const firstTaken =
+            std::stable_partition(deathLinks.links.begin(), deathLinks.links.end(),
+                                  [&](DeathLink const& link) { return link.service != who; });
+    std::move(firstTaken, deathLinks.links.end(), std::back_inserter(taken));
+    deathLinks.links.erase(firstTaken, deathLinks.links.end());
+    return taken;
+}
+
+}  // namespace quen::host

@@ -1,0 +1,84 @@
+#include "host/hidl/ServiceRegistry.h"
+
+#include <map>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+using android::sp;
+using android::hidl::base::V1_0::IBase;
+
+namespace quen::host {
+namespace {
+
+using ServiceName = std::pair<std::string, std::string>;  // descriptor, instance
+
+struct Registry {
+    std::mutex lock;
+    std::map<ServiceName, sp<IBase>> services;  // under lock; none is null
+};
+
+/**
+ * Stays until the process ends, services in it included: they have threads and use other objects of
+ * the process, which would be gone by then.
+ */
+Registry& registry() {
+    static auto* const instance = new Registry;
+    return *instance;
+}
+
+ServiceName nameOf(std::string_view descriptor, std::string_view instance) {
+    return {std::string(descriptor), std::string(instance)};
+}
+
+}  // namespace
+
+android::status_t registerService(std::string_view descriptor, std::string_view instance,
+                                  sp<IBase> service) {
+    if (service == nullptr || descriptor.empty() || instance.empty()) {
+        return android::BAD_VALUE;
+    }
+    ServiceName name = nameOf(descriptor, instance);
+    Registry& known = registry();
+    std::lock_guard<std::mutex> const lock(known.lock);
+    // The service before leaves with the parameter, after the lock.
+    std::swap(known.services[std::move(name)], service);
+    return android::OK;
+}
+
+sp<IBase> findService(std::string_view descriptor, std::string_view instance) {
+    ServiceName const name = nameOf(descriptor, instance);
+    Registry& known = registry();
+    std::lock_guard<std::mutex> const lock(known.lock);
+    auto const found = known.services.find(name);
+    return found == known.services.end() ? nullptr : found->second;
+}
+
+bool unregisterService(std::string_view descriptor, std::string_view instance) {
+    ServiceName const name = nameOf(descriptor, instance);
+    sp<IBase> removed;
+    Registry& known = registry();
+    std::lock_guard<std::mutex> const lock(known.lock);
+    auto const found = known.services.find(name);
+    if (found == known.services.end()) {
+        return false;
+    }
+    removed = std::move(found->second);
+    known.services.erase(found);
+    return true;
+}
+
+bool unregisterService(sp<IBase> const& service) {
+    // The caller's reference keeps the object while the registry's go.
+    Registry& known = registry();
+    std::lock_guard<std::mutex> const lock(known.lock);
+    bool removed = false;
+    for (auto entry = known.services.begin(); entry != known.services.end();) {
+        bool const matches = entry->second == service;
+        entry = matches ? known.services.erase(entry) : std::next(entry);
+        removed = removed || matches;
+    }
+    return removed;
+}
+
+}  // namespace quen::host

@@ -1,0 +1,188 @@
+#include <nscam/IMetadataConverter.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <vector>
+
+#include <mtkcam/log.h>
+
+#include "host/metadata/CameraMetadataLayout.h"
+
+namespace NSCam {
+
+namespace {
+
+constexpr char kLogTag[] = "IMetadataConverter";
+constexpr int kWarning = 2;  // the level's place in g_logInfoLv
+
+void warnLeftOut(IMetadata::IEntry const& entry, char const* reason) {
+    if (!mtkcam_testLog(kLogTag, 'W') || !g_logInfoLv[kWarning].enabled) {
+        return;
+    }
+    char text[160];
+    snprintf(text, sizeof(text), "%s[%s] tag[0x%" PRIX32 "] type[%d] is left out: %s",
+             g_logInfoLv[kWarning].prefix, kLogTag, entry.tag(), entry.type(), reason);
+    log_dbg_print(kLogTag, kWarning, text);
+}
+
+/** Appends `count` items, which lie packed, to an entry. */
+template <typename T>
+void pushItems(IMetadata::IEntry& entry, void const* items, size_t count) {
+    entry.push_back(static_cast<T const*>(items), count, Type2Type<T>());
+}
+
+/** How the items of one IMetadata type stand in a `camera_metadata`. */
+struct FlatType {
+    int type;             ///< -1: not at all
+    size_t itemsPerItem;  ///< of that type
+    void (*push)(IMetadata::IEntry& entry, void const* items, size_t count);
+};
+
+/** By IMetadata type. The first ones stand at the codes of their `camera_metadata` types, too. */
+constexpr FlatType kFlatTypes[] = {
+        {TYPE_BYTE, 1, pushItems<uint8_t>},  {TYPE_INT32, 1, pushItems<int32_t>},
+        {TYPE_FLOAT, 1, pushItems<float>},   {TYPE_INT64, 1, pushItems<int64_t>},
+        {TYPE_DOUBLE, 1, pushItems<double>}, {TYPE_RATIONAL, 1, pushItems<MRational>},
+        {TYPE_INT32, 2, pushItems<MPoint>},  {TYPE_INT32, 2, pushItems<MSize>},
+        {TYPE_INT32, 4, pushItems<MRect>},   {-1, 0, nullptr},  // nested metadata
+};
+
+constexpr FlatType kNoFlatType = {-1, 0, nullptr};
+
+static_assert(kFlatTypes[IMetadata::TYPE_MRect].itemsPerItem == 4, "one line a type, in order");
+static_assert(sizeof(MRational) == sizeof(camera_metadata_rational), "copied as they are");
+
+FlatType const& flatTypeOf(int metadataType) {
+    return metadataType < 0 ? kNoFlatType : kFlatTypes[metadataType];
+}
+
+/** An entry on its way into a `camera_metadata`. */
+struct FlatEntry {
+    IMetadata::IEntry entry;
+    uint8_t type;
+    size_t count;
+};
+
+class MetadataConverter final : public IMetadataConverter {
+  public:
+    explicit MetadataConverter(IMetadataTagSet const& tagSet) : mTagSet(tagSet) {}
+
+    bool convert(IMetadata const& metadata, camera_metadata*& buffer, size_t* size) const override;
+    bool convert(IMetadata const& metadata,
+                 android::hardware::hidl_vec<uint8_t>& buffer) const override;
+    bool convert(camera_metadata const* buffer, IMetadata& metadata) const override;
+
+  private:
+    int flatTypeOfTag(uint32_t tag) const;
+    bool flatten(IMetadata::IEntry&& entry, std::vector<FlatEntry>& out) const;
+    IMetadata::IEntry unflatten(camera_metadata_ro_entry const& flat) const;
+
+    IMetadataTagSet const& mTagSet;
+};
+
+/** The type that a tag has in every `camera_metadata`; -1 for a tag that is not known. */
+int MetadataConverter::flatTypeOfTag(uint32_t tag) const {
+    int const type = get_camera_metadata_tag_type(tag);
+    return type != -1 ? type : flatTypeOf(mTagSet.typeOf(tag)).type;
+}
+
+/** Decides how an entry is written. Returns false, and says why, when it is not. */
+bool MetadataConverter::flatten(IMetadata::IEntry&& entry, std::vector<FlatEntry>& out) const {
+    int const typeOfTag = flatTypeOfTag(entry.tag());
+    if (entry.isEmpty()) {
+        if (typeOfTag == -1) {
+            return false;  // a mere question for a tag: there is nothing to lose
+        }
+        out.push_back({std::move(entry), static_cast<uint8_t>(typeOfTag), 0});
+        return true;
+    }
+    FlatType const& flat = flatTypeOf(entry.type());
+    if (flat.type == -1) {
+        warnLeftOut(entry, "camera_metadata has no such type");
+        return false;
+    }
+    if (typeOfTag != -1 && typeOfTag != flat.type) {
+        warnLeftOut(entry, "the tag has another type");
+        return false;
+    }
+    if (typeOfTag == -1 && entry.tag() >> 16 < VENDOR_SECTION) {
+        warnLeftOut(entry, "the tag is not known");
+        return false;
+    }
+    size_t const count = entry.count() * flat.itemsPerItem;
+    out.push_back({std::move(entry), static_cast<uint8_t>(flat.type), count});
+    return true;
+}
+
+bool MetadataConverter::convert(IMetadata const& metadata, camera_metadata*& buffer,
+                                size_t* size) const {
+    std::vector<FlatEntry> entries;
+    entries.reserve(metadata.count());
+    size_t dataBytes = 0;
+    for (size_t i = 0; i < metadata.count(); ++i) {
+        if (flatten(metadata.entryAt(i), entries)) {
+            dataBytes += calculate_camera_metadata_entry_data_size(entries.back().type,
+                                                                   entries.back().count);
+        }
+    }
+    camera_metadata* const result = allocate_camera_metadata(entries.size(), dataBytes);
+    if (result == nullptr) {
+        return false;
+    }
+    for (FlatEntry const& flat : entries) {
+        if (quen::host::addEntryOfType(result, flat.entry.tag(), flat.type, flat.entry.data(),
+                                       flat.count) != 0) {
+            free_camera_metadata(result);
+            return false;
+        }
+    }
+    sort_camera_metadata(result);
+    buffer = result;
+    if (size != nullptr) {
+        *size = get_camera_metadata_size(result);
+    }
+    return true;
+}
+
+bool MetadataConverter::convert(IMetadata const& metadata,
+                                android::hardware::hidl_vec<uint8_t>& buffer) const {
+    camera_metadata* result = nullptr;
+    size_t size = 0;
+    if (!convert(metadata, result, &size)) {
+        return false;
+    }
+    buffer.setToExternal(reinterpret_cast<uint8_t*>(result), size);
+    return true;
+}
+
+/** The entry as the tag set wants it; plain items where the tag's own type does not fit them. */
+IMetadata::IEntry MetadataConverter::unflatten(camera_metadata_ro_entry const& flat) const {
+    IMetadata::IEntry entry(flat.tag);
+    FlatType const& ofTag = flatTypeOf(mTagSet.typeOf(flat.tag));
+    bool const fits = flat.type == ofTag.type && flat.count % ofTag.itemsPerItem == 0;
+    FlatType const& used = fits ? ofTag : kFlatTypes[flat.type];
+    used.push(entry, flat.data.u8, flat.count / used.itemsPerItem);
+    return entry;
+}
+
+bool MetadataConverter::convert(camera_metadata const* buffer, IMetadata& metadata) const {
+    if (buffer == nullptr) {
+        return false;
+    }
+    size_t const count = get_camera_metadata_entry_count(buffer);
+    for (size_t i = 0; i < count; ++i) {
+        camera_metadata_ro_entry flat;
+        if (get_camera_metadata_ro_entry(buffer, i, &flat) == 0 && flat.type < NUM_TYPES) {
+            metadata.update(flat.tag, unflatten(flat));
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+android::sp<IMetadataConverter> IMetadataConverter::createInstance(IMetadataTagSet const& tagSet) {
+    return new MetadataConverter(tagSet);
+}
+
+}  // namespace NSCam

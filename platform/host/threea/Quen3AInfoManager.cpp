@@ -1,0 +1,48 @@
+#include <quen/Quen3AInfoManager.h>
+
+#include <utility>
+
+#include "host/threea/ThreeAStore.h"
+
+using quen::host::IThreeAStore;
+using quen::host::SharedMemoryThreeAStore;
+
+namespace {
+
+/** The store that is installed. */
+struct Installed {
+    std::mutex lock;
+    std::shared_ptr<IThreeAStore> store =
+            std::make_shared<SharedMemoryThreeAStore>();  // under lock
+
+    static Installed& instance() {
+        static Installed installed;
+        return installed;
+    }
+};
+
+/** Kept alive by the caller, so that a call outlasts the store's replacement. */
+std::shared_ptr<IThreeAStore> currentStore() {
+    Installed& installed = Installed::instance();
+    std::lock_guard<std::mutex> const lock(installed.lock);
+    return installed.store;
+}
+
+}  // namespace
+
+std::shared_ptr<IThreeAStore> quen::host::setThreeAStore(std::shared_ptr<IThreeAStore> store) {
+    if (store == nullptr) {
+        store = std::make_shared<SharedMemoryThreeAStore>();
+    }
+    Installed& installed = Installed::instance();
+    std::lock_guard<std::mutex> const lock(installed.lock);
+    return std::exchange(installed.store, std::move(store));
+}
+
+int Quen3AInfoManager::Get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) {
+    return currentStore()->get3AInfoBuf(info, size);
+}
+
+int Quen3AInfoManager::GetTuningData(int* fd, unsigned int bufferIndex) {
+    return currentStore()->getTuningData(fd, bufferIndex);
+}

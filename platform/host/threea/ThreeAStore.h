@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include <quen/Quen3AInfoManager.h>
+
+namespace quen::host {
+
+/** What Quen3AInfoManager asks for its buffers. Any thread. */
+class IThreeAStore {
+  public:
+    virtual ~IThreeAStore() = default;
+
+    /** As Quen3AInfoManager::Get3AInfoBuf. */
+    virtual int get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) = 0;
+
+    /** As Quen3AInfoManager::GetTuningData. */
+    virtual int getTuningData(int* fd, unsigned int bufferIndex) = 0;
+};
+
+/**
+ * Installs the store of Quen3AInfoManager; null installs a new SharedMemoryThreeAStore. Any thread.
+ *
+ * @return the store that was installed before
+ */
+std::shared_ptr<IThreeAStore> setThreeAStore(std::shared_ptr<IThreeAStore> store);
+
+/**
+ * A bounded pool of shared-memory buffers, made when they are first needed. Once the pool is full,
+ * a request for a buffer takes the one that nobody has been handed for the longest time, with
+ * whatever is in it. Descriptors are 3 or more, and closed with the store.
+ */
+class SharedMemoryThreeAStore final : public IThreeAStore {
+  public:
+    static constexpr uint32_t kBufferBytes = 0x1fa400;
+    static constexpr unsigned int kBuffers = 8;
+
+    SharedMemoryThreeAStore() = default;
+    ~SharedMemoryThreeAStore() override;
+
+    SharedMemoryThreeAStore(SharedMemoryThreeAStore const&) = delete;
+    SharedMemoryThreeAStore& operator=(SharedMemoryThreeAStore const&) = delete;
+
+    int get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) override;
+    int getTuningData(int* fd, unsigned int bufferIndex) override;
+
+  private:
+    struct Buffer {
+        int descriptor = -1;
+        uint64_t lastHandedOut = 0;
+    };
+
+    std::mutex mLock;
+    std::array<Buffer, kBuffers> mBuffers;  // under mLock; the buffer of index i is at i - 1
+    uint64_t mHandedOut = 0;                // under mLock
+};
+
+}  // namespace quen::host

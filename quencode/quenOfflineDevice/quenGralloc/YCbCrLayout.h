@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include <aidl/android/hardware/graphics/common/PlaneLayout.h>
+#include <system/graphics.h>
+
+/**
+ * States gralloc4 plane layouts as an `android_ycbcr`: 8-bit luma samples in a plane of their own,
+ * chroma samples one or two bytes apart, both alike.
+ *
+ * @param base address of the locked buffer; null when the lock failed, every address is null then
+ * @param ycbcr cleared first; keeps what was found before a failure
+ * @return false for a layout that cannot be stated so
+ */
+bool describeYCbCr(
+        std::vector<aidl::android::hardware::graphics::common::PlaneLayout> const& layouts,
+        void* base, android_ycbcr& ycbcr);

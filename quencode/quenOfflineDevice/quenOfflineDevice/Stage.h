@@ -1,0 +1,6 @@
+#pragma once
+
+/** The two things a device can be configured for, as texts: they are compared and logged as such.
+ */
+inline constexpr char kStageRawToYuv[] = "RAW2YUV";
+inline constexpr char kStageYuvToJpeg[] = "YUV2JPEG";

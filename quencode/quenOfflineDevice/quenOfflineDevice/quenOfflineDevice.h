@@ -1,0 +1,166 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include <hidl/HidlSupport.h>
+#include <nscam/IMetadata.h>
+#include <nscam/IMetadataConverter.h>
+#include <system/camera_metadata.h>
+#include <utils/StrongPointer.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/ICallback.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/IDevice.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/IISPModule.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
+#include <vendor/quen/hardware/camera/quenpostproc/1.0/IQuenPostProcCallback.h>
+
+#include "quenCommon/Export.h"
+#include "quenOfflineDevice/ClientRecords.h"
+#include "quenOfflineDevice/HalInterface.h"
+
+/** Which side of the ISP a stream or a buffer is on. */
+enum class Direction : uint32_t { Input = 0, Output = 1 };
+
+/**
+ * One offline session: adapts frames that were captured already to the chip's offline ISP.
+ *
+ * Calling order: constructor, `create`, any number of `process` calls, optionally `flush`,
+ * `destroy`, destructor. All calls come from one client thread at a time; results arrive on the ISP
+ * HAL's threads, at the HalInterface::ClientCallback handed over at configuration. Every failure of
+ * the ISP HAL while connecting, configuring and closing aborts the process.
+ *
+ * After `destroy` the device object must not be used again.
+ */
+class quenOfflineDevice {
+  public:
+    QUEN_EXPORT quenOfflineDevice();
+
+    /** Releases what is still held. Does not close the ISP device: that is `destroy`'s part. */
+    QUEN_EXPORT ~quenOfflineDevice();
+
+    quenOfflineDevice(quenOfflineDevice const&) = delete;
+    quenOfflineDevice& operator=(quenOfflineDevice const&) = delete;
+
+    /**
+     * Connects to the ISP HAL and configures the session's streams.
+     *
+     * @param params null, or without inputs or outputs: connects only, and says so in the log
+     */
+    QUEN_EXPORT void create(SessionParams* params);
+
+    /**
+     * Sends a stream configuration to the ISP device and remembers it.
+     *
+     * @param out at least one stream; the first one's format decides the stage
+     * @param meta session metadata, may be null
+     */
+    QUEN_EXPORT void config(std::vector<StreamConfig> const& in,
+                            std::vector<StreamConfig> const& out, camera_metadata const* meta);
+
+    /**
+     * Submits one request.
+     *
+     * With a callback the call returns at once and the result goes to the callback. Without one the
+     * call blocks until the result is there, for "vendor.debug.camera.jpeg.timeout" seconds at most
+     * (4 by default), and a JPEG is copied into the client's BLOB buffer.
+     *
+     * @param params read during the call only
+     * @param callback may be null
+     * @return -22 for null params; the JPEG's size for a JPEG request without callback, -1 when it
+     *         has no usable BLOB output or a size that its buffer cannot hold; 0 otherwise, also
+     * when the ISP device refused the request
+     */
+    QUEN_EXPORT int process(
+            PostProcessParams const* params,
+            android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>
+                    callback);
+
+    /** Asks the ISP device to flush; the outcome is ignored. */
+    QUEN_EXPORT void flush();
+
+    /** Closes the ISP device and releases every reference. */
+    QUEN_EXPORT void destroy();
+
+    /**
+     * Installs HalInterface::requestCallback as the HalInterface's request hook.
+     *
+     * @param callback held during the call only: results keep going to the ClientCallback that the
+     *                 configuration handed over
+     */
+    QUEN_EXPORT void setOfflineCallback(
+            android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::ICallback> const&
+                    callback);
+
+  private:
+    friend class quenOfflineDevicePeer;  // the tests' way to the operations below
+
+    using ISPBuffer = vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
+    using ISPStream = vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
+
+    // Lifecycle.cpp
+    void init();
+    void uinit();
+
+    // StreamConfiguration.cpp
+    bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
+    std::vector<unsigned char> encodeSessionSettings(camera_metadata const* meta);
+
+    // ReconfigureCheck.cpp
+    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> outputs,
+                          camera_metadata const* settings);
+
+    // BufferConversion.cpp
+    void convertToISPBuffer(ImageBuffer const* imageBuffer, camera_metadata const* settings,
+                            ISPBuffer* ispBuffer, bool* used3ADebugInfo,
+                            android::hardware::hidl_handle& tuningData, Direction direction);
+    void convertImage(ImageBuffer const& imageBuffer, ISPBuffer& ispBuffer, Direction direction);
+    void attachTuningData(ImageBuffer const& imageBuffer, camera_metadata const* settings,
+                          bool* used3ADebugInfo, android::hardware::hidl_handle& tuningData,
+                          Direction direction);
+
+    // DeviceBuffer.cpp
+    void allocGraphicBuffer(android::hardware::hidl_handle& handle, void const* source, int width,
+                            int height, int format, unsigned long usage, unsigned int& stride,
+                            int unused);
+
+    // RequestMetadata.cpp
+    void updateMetaData(NSCam::IMetadata* meta, int width, int height);
+
+    // RequestProcessing.cpp
+    int submitRequest(
+            PostProcessParams const& params,
+            android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>
+                    callback);
+
+    // JpegCopy.cpp
+    int waitForResult(PostProcessParams const& params,
+                      android::hardware::hidl_vec<ISPBuffer> const& outputs);
+    int copyJpeg(PostProcessParams const& params,
+                 android::hardware::hidl_vec<ISPBuffer> const& outputs);
+
+    // IspMetadataEncoder.cpp
+    void convertToISPMetadata(NSCam::IMetadata* meta, std::vector<unsigned char>& out);
+
+    // JpegSize.cpp
+    int getJpegSize(native_handle const* handle, int size);
+
+    android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IDevice> mDevice;
+    android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule> mISPModule;
+    android::sp<HalInterface> mHalInterface;
+
+    // The last configuration. Keys are positions, not stream ids: inputs 0..n-1, outputs n..n+m-1.
+    std::map<uint64_t, ISPStream> mInputStreams;
+    std::map<uint64_t, ISPStream> mOutputStreams;
+
+    android::sp<NSCam::IMetadataConverter> mMetadataConverter;  // shared with the HalInterface
+
+    pthread_mutex_t mLock;  // taken by setOfflineCallback only, before the HalInterface's own
+
+    // "RAW2YUV" or "YUV2JPEG", of the last configuration. Every OfflineRequest points at it.
+    char mStage[10];
+
+    bool IsNeedRaw14bit;  // raw input is processed at 14 bits
+};

@@ -1,0 +1,284 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gralloctypes/Gralloc4.h>
+
+#include "support/Graphics.h"
+
+namespace {
+
+using namespace android::gralloc4;
+
+using aidl::android::hardware::graphics::common::PlaneLayout;
+using android::hardware::graphics::common::V1_2::PixelFormat;
+using quen::host::Layout;
+using quen::host::MemfdMapper;
+using quentest::Error;
+using quentest::hidl_handle;
+using quentest::hidl_vec;
+using quentest::IMapper;
+using quentest::Return;
+using testing::Each;
+using testing::ElementsAre;
+
+constexpr IMapper::Rect kWhole = {0, 0, 0, 0};
+
+class Gralloc : public testing::Test {
+  protected:
+    /** Calls the mapper, expects an outcome and gives what comes with it. */
+    template <typename T, typename... Parameters, typename... Arguments>
+    T call(Error expected, Return<void> (MemfdMapper::*function)(Parameters...),
+           Arguments const&... arguments) {
+        T result{};
+        auto const keep = [&](Error error, auto const& value) {
+            EXPECT_EQ(error, expected);
+            result = value;
+        };
+        EXPECT_TRUE((*mapper.*function)(arguments..., keep).isOk());
+        return result;
+    }
+    hidl_vec<uint8_t> describe(IMapper::BufferDescriptorInfo const& info, Error expected) {
+        return call<hidl_vec<uint8_t>>(expected, &MemfdMapper::createDescriptor, info);
+    }
+    hidl_handle allocate(hidl_vec<uint8_t> const& descriptor, uint32_t count, Error expected) {
+        hidl_handle result;
+        auto const keep = [&](Error error, uint32_t rowPixels, auto const& buffers) {
+            EXPECT_EQ(error, expected);
+            stride = rowPixels;
+            result = buffers.size() == 1 ? buffers[0] : result;
+        };
+        EXPECT_TRUE(allocator->allocate(descriptor, count, keep).isOk());
+        return result;
+    }
+    hidl_handle allocate(uint32_t width, uint32_t height, PixelFormat format) {
+        IMapper::BufferDescriptorInfo const info = {"test picture", width, height, 1, format, 3, 0};
+        return allocate(describe(info, Error::NONE), 1, Error::NONE);
+    }
+    void* import(hidl_handle const& raw, Error expected = Error::NONE) {
+        return call<void*>(expected, &MemfdMapper::importBuffer, raw);
+    }
+    uint8_t* lock(void* buffer, IMapper::Rect const& area = kWhole, Error expected = Error::NONE,
+                  hidl_handle const& fence = {}, uint64_t usage = 0x33) {
+        void* const result = call<void*>(expected, &MemfdMapper::lock, buffer, usage, area, fence);
+        EXPECT_EQ(result != nullptr, expected == Error::NONE);
+        return static_cast<uint8_t*>(result);
+    }
+    hidl_handle unlock(void* buffer, Error expected = Error::NONE) {
+        return call<hidl_handle>(expected, &MemfdMapper::unlock, buffer);
+    }
+    Error free(void* buffer) { return mapper->freeBuffer(buffer); }
+    hidl_vec<uint8_t> get(void* buffer, IMapper::MetadataType const& type, Error expected) {
+        return call<hidl_vec<uint8_t>>(expected, &MemfdMapper::get, buffer, type);
+    }
+    template <typename T>
+    T get(void* buffer, IMapper::MetadataType const& type,
+          android::status_t (&decode)(hidl_vec<uint8_t> const&, T*)) {
+        T result{};
+        EXPECT_EQ(decode(get(buffer, type, Error::NONE), &result), android::OK);
+        return result;
+    }
+    /** Each plane as "type:offset+bits ... @offset/stride widthxheight increment". */
+    std::vector<std::string> planes(void* buffer) {
+        std::vector<std::string> texts;
+        for (auto const& plane : get(buffer, MetadataType_PlaneLayouts, decodePlaneLayouts)) {
+            std::ostringstream text;
+            for (auto const& component : plane.components) {
+                text << component.type.value << ":" << component.offsetInBits << "+"
+                     << component.sizeInBits << " ";
+            }
+            text << "@" << plane.offsetInBytes << "/" << plane.strideInBytes << " "
+                 << plane.widthInSamples << "x" << plane.heightInSamples << " "
+                 << plane.sampleIncrementInBits;
+            texts.push_back(text.str());
+        }
+        return texts;
+    }
+    android::sp<quen::host::MemfdAllocator> allocator = new quen::host::MemfdAllocator;
+    android::sp<MemfdMapper> mapper = new MemfdMapper;
+    uint32_t stride = 0;  // of the latest allocation
+};
+
+TEST_F(Gralloc, LaysOutEveryFormat) {
+    using Strings = std::vector<std::string>;
+    struct Expected {
+        PixelFormat format;
+        uint32_t width, height, stride;
+        Strings planes;
+        uint64_t size;
+    };
+    auto const expectLayout = [&](Expected const& expected) {
+        SCOPED_TRACE(static_cast<int>(expected.format));
+        hidl_handle const made = allocate(expected.width, expected.height, expected.format);
+        EXPECT_EQ(stride, expected.stride);
+        void* const buffer = import(made);
+        EXPECT_EQ(planes(buffer), expected.planes);
+        EXPECT_EQ(get(buffer, MetadataType_Width, decodeWidth), expected.width);
+        EXPECT_EQ(get(buffer, MetadataType_Height, decodeHeight), expected.height);
+        EXPECT_EQ(get(buffer, MetadataType_AllocationSize, decodeAllocationSize), expected.size);
+        EXPECT_EQ(lseek(made->data[0], 0, SEEK_END), static_cast<off_t>(expected.size));
+    };
+    // Odd pictures have chroma for the last row and column, and chroma rows reach as far as luma's.
+    std::string const luma = "1:0+8 @0/128 65x3 8";
+    Strings const nv12 = {luma, "2:0+8 4:8+8 @384/128 33x2 16"};
+    Strings const nv21 = {luma, "4:0+8 2:8+8 @384/128 33x2 16"};
+    Strings const i420 = {luma, "2:0+8 @384/64 33x2 8", "4:0+8 @512/64 33x2 8"};
+    Strings const yv12 = {luma, "4:0+8 @384/64 33x2 8", "2:0+8 @512/64 33x2 8"};
+    Strings const rgba = {"1024:0+8 2048:8+8 4096:16+8 1073741824:24+8 @0/128 17x2 32"};
+    std::vector<Expected> const usual = {
+            {PixelFormat::YCRCB_420_SP, 65, 3, 128, nv21, 640},
+            {PixelFormat::IMPLEMENTATION_DEFINED, 65, 3, 128, nv12, 640},
+            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv12, 640},
+            {PixelFormat::YV12, 65, 3, 128, yv12, 640},
+            {PixelFormat::BLOB, 1001, 1, 1001, {"1048576:0+8 @0/1001 1001x1 8"}, 1001},
+            {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+10 @0/128 49x2 10"}, 256},
+            {PixelFormat::RAW12, 43, 2, 85, {"1048576:0+12 @0/128 43x2 12"}, 256},
+            {PixelFormat::RAW16, 33, 2, 64, {"1048576:0+16 @0/128 33x2 16"}, 256},
+            {PixelFormat::RGBA_8888, 17, 2, 32, rgba, 256},
+    };
+    for (Expected const& expected : usual) {
+        expectLayout(expected);
+    }
+    EXPECT_TRUE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::I420));
+    expectLayout({PixelFormat::YCBCR_420_888, 65, 3, 128, i420, 640});
+    EXPECT_FALSE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::Raw16));
+    EXPECT_FALSE(allocator->setLayout(PixelFormat::YV12, Layout::I420));
+}
+
+TEST_F(Gralloc, RefusesWhatCannotBeAllocated) {
+    describe({"", 0, 4, 1, PixelFormat::YV12, 0, 0}, Error::BAD_VALUE);
+    describe({"", 4, 0, 1, PixelFormat::YV12, 0, 0}, Error::BAD_VALUE);
+    describe({"", 4, 4, 0, PixelFormat::YV12, 0, 0}, Error::BAD_VALUE);
+    describe({"", 4, 2, 1, PixelFormat::BLOB, 0, 0}, Error::BAD_VALUE);
+    describe({"", 4, 4, 1, static_cast<PixelFormat>(0x7777), 0, 0}, Error::UNSUPPORTED);
+    describe({"", 4, 4, 2, PixelFormat::YV12, 0, 0}, Error::UNSUPPORTED);
+    describe({"", 4, 4, 1, PixelFormat::YV12, 0, 8}, Error::UNSUPPORTED);
+    describe({"", UINT32_MAX, UINT32_MAX, 1, PixelFormat::RGBA_8888, 0, 0}, Error::UNSUPPORTED);
+    describe({"", 65536, 32768, 1, PixelFormat::YCRCB_420_SP, 0, 0}, Error::UNSUPPORTED);
+    hidl_vec<uint8_t> const good = describe({"", 4, 4, 1, PixelFormat::YV12, 0, 0}, Error::NONE);
+    allocate({}, 1, Error::BAD_DESCRIPTOR);
+    allocate(hidl_vec<uint8_t>(good.begin(), good.end() - 1), 1, Error::BAD_DESCRIPTOR);
+    allocate(good, 0, Error::BAD_VALUE);
+}
+
+TEST_F(Gralloc, ImportsAnyCopyOfAHandleAndNothingElse) {
+    hidl_handle const raw = allocate(64, 2, PixelFormat::RAW16);
+    void* const first = import(raw);
+    void* const second = import(hidl_handle(raw));
+    EXPECT_NE(first, second);
+    uint8_t* const written = lock(first);
+    EXPECT_THAT(std::vector<uint8_t>(written, written + 256), Each(0));
+    written[255] = 7;
+    EXPECT_EQ(lock(second)[255], 7);
+
+    import(hidl_handle(), Error::BAD_BUFFER);
+    // Integers that contradict each other or stand for nothing; their order is the handle's own.
+    for (int const slot : {0, 1, 3, 4, 5, 10, 11}) {
+        SCOPED_TRACE(slot);
+        hidl_handle const changed = raw;
+        const_cast<native_handle_t*>(changed.getNativeHandle())->data[1 + slot] += 1 << 10;
+        import(changed, Error::BAD_BUFFER);
+    }
+    dup2(allocate(64, 1, PixelFormat::RAW16)->data[0], raw->data[0]);
+    import(raw, Error::BAD_BUFFER);  // its memory is too small
+}
+
+TEST_F(Gralloc, RefusesBuffersInTheWrongState) {
+    void* const buffer = import(allocate(100, 50, PixelFormat::YCRCB_420_SP));
+    EXPECT_EQ(get(buffer, MetadataType_Name, decodeName), "test picture");
+    get(buffer, {"vendor.properties", 15}, Error::UNSUPPORTED);
+    get(buffer, {GRALLOC4_STANDARD_METADATA_TYPE, 99}, Error::UNSUPPORTED);
+
+    IMapper::Rect const bad[] = {{-1, 0, 4, 4}, {0, 0, -4, 4}, {97, 0, 4, 4},
+                                 {0, 47, 4, 4}, {0, 0, 4, -4}, {INT32_MAX, 0, INT32_MAX, 1}};
+    for (IMapper::Rect const& area : bad) {
+        lock(buffer, area, Error::BAD_VALUE);
+    }
+    lock(buffer, kWhole, Error::BAD_VALUE, hidl_handle(), 0x20000);
+    unlock(buffer, Error::BAD_BUFFER);
+
+    uint8_t* const address = lock(buffer, {0, 0, 100, 50});
+    EXPECT_EQ(lock(buffer, {99, 49, 1, 1}), address);
+    unlock(buffer);
+    EXPECT_EQ(free(buffer), Error::BAD_BUFFER) << "still locked";
+    unlock(buffer);
+    unlock(buffer, Error::BAD_BUFFER);
+    EXPECT_EQ(free(buffer), Error::NONE);
+
+    EXPECT_EQ(free(buffer), Error::BAD_BUFFER);
+    lock(buffer, kWhole, Error::BAD_BUFFER);
+    get(buffer, MetadataType_PlaneLayouts, Error::BAD_BUFFER);
+}
+
+TEST_F(Gralloc, WaitsForAcquireFencesAndGivesReleaseFences) {
+    void* const buffer = import(allocate(16, 16, PixelFormat::RAW16));
+    hidl_handle fence;
+    fence.setTo(native_handle_create(1, 0), true);
+    int const event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    const_cast<native_handle_t*>(fence.getNativeHandle())->data[0] = event;
+    std::thread signaller([event] {
+        usleep(20000);  // so that a lock that does not wait is through by then
+        EXPECT_EQ(eventfd_write(event, 1), 0);
+    });
+    lock(buffer, kWhole, Error::NONE, fence);
+    eventfd_t value = 0;
+    EXPECT_EQ(eventfd_read(event, &value), 0) << "waited for, and still its owner's";
+    signaller.join();
+    EXPECT_EQ(unlock(buffer).getNativeHandle(), nullptr);
+
+    mapper->setReleaseFences(true);
+    lock(buffer);
+    hidl_handle const released = unlock(buffer);
+    ASSERT_NE(released.getNativeHandle(), nullptr);
+    EXPECT_EQ(eventfd_read(released->data[0], &value), 0) << "signalled already";
+}
+
+void append(std::vector<uint8_t>& bytes, std::string const& text,
+            std::vector<int64_t> const& values) {
+    auto const put = [&bytes](int64_t value) {
+        auto const* const first = reinterpret_cast<uint8_t const*>(&value);
+        bytes.insert(bytes.end(), first, first + sizeof(value));
+    };
+    put(static_cast<int64_t>(text.size()));
+    bytes.insert(bytes.end(), text.begin(), text.end());
+    std::for_each(values.begin(), values.end(), put);
+}
+
+TEST(Gralloc4, EncodesPlaneLayoutsByteForByte) {
+    PlaneLayout const plane = {
+            {{PlaneLayoutComponentType_CR, 8, 9}}, 384, 16, 128, 33, 2, 256, 4, 3};
+    std::vector<uint8_t> expected;
+    append(expected, "android.hardware.graphics.common.StandardMetadataType", {15, 1, 1});
+    append(expected, "android.hardware.graphics.common.PlaneLayoutComponentType",
+           {4, 8, 9, 384, 16, 128, 33, 2, 256, 4, 3});
+    hidl_vec<uint8_t> encoded;
+    ASSERT_EQ(encodePlaneLayouts({plane}, &encoded), android::OK);
+    EXPECT_EQ(std::vector<uint8_t>(encoded), expected);
+    std::vector<PlaneLayout> decoded;
+    EXPECT_EQ(decodePlaneLayouts(encoded, &decoded), android::OK);
+    EXPECT_THAT(decoded, ElementsAre(plane));
+
+    // Whatever is cut off, added or counted wrong is noticed, and nothing is written.
+    std::vector<uint8_t> wrong = expected;
+    wrong.push_back(0);
+    EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
+    for (size_t size = expected.size(); size-- > 0;) {
+        wrong.assign(expected.begin(), expected.begin() + static_cast<long>(size));
+        EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE) << size;
+    }
+    for (size_t const countByte : {7, 8 + 53 + 8, 8 + 53 + 8 + 7}) {
+        wrong = expected;
+        wrong.at(countByte) = 0x80;
+        EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
+    }
+    EXPECT_THAT(decoded, ElementsAre(plane));
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+#include <fcntl.h>
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <hidl/HidlSupport.h>
+#include <hidl/Status.h>
+
+using android::hardware::hidl_handle;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::Status;
+using testing::ElementsAre;
+
+namespace {
+
+bool isOpen(int descriptor) {
+    return fcntl(descriptor, F_GETFD) >= 0;
+}
+
+Status lost() {
+    return Status::fromExceptionCode(Status::EX_TRANSACTION_FAILED, "stand-in lost");
+}
+
+}  // namespace
+
+TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
+    native_handle_t* const handle = native_handle_create(1, 2);
+    int const original = handle->data[0] = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    handle->data[2] = 6;
+    int cloned = -1;
+    {
+        hidl_handle pointing(handle);
+        hidl_handle const copy(pointing);
+        EXPECT_EQ(handle, pointing.getNativeHandle());
+        EXPECT_NE(handle, copy.getNativeHandle());
+        cloned = copy->data[0];
+        EXPECT_NE(original, cloned);
+        EXPECT_EQ(6, copy->data[2]);
+
+        hidl_handle assigned;
+        assigned = copy;
+        hidl_handle const moved(std::move(assigned));
+        EXPECT_EQ(nullptr, assigned.getNativeHandle());
+        EXPECT_TRUE(isOpen(moved->data[0]));
+
+        hidl_vec<hidl_handle> handles{copy};
+        int const kept = handles[0]->data[0];
+        EXPECT_NE(kept, hidl_vec<hidl_handle>(handles)[0]->data[0]);
+        handles.resize(2);
+        EXPECT_EQ(kept, handles[0]->data[0]);
+        EXPECT_EQ(nullptr, handles[1].getNativeHandle());
+    }
+    EXPECT_FALSE(isOpen(cloned));
+    EXPECT_TRUE(isOpen(original));
+    {
+        hidl_handle owner;
+        owner.setTo(handle, true);
+        hidl_handle& alias = owner;
+        owner = alias;
+        EXPECT_EQ(handle, owner.getNativeHandle());
+    }
+    EXPECT_FALSE(isOpen(original));
+}
+
+TEST(HidlHandleDeathTest, AbortsWhenACloneFails) {
+    native_handle_t* const handle = native_handle_create(1, 0);
+    handle->data[0] = 1 << 20;
+    EXPECT_EQ(nullptr, native_handle_clone(handle));
+    hidl_handle const pointing(handle);
+    EXPECT_DEATH(hidl_handle copy(pointing), "cannot clone a handle of 1 descriptors");
+    native_handle_delete(handle);
+}
+
+TEST(HidlVec, CopiesDeeplyAndPointsOnDemand) {
+    std::vector<int> items = {1, 2, 3};
+    hidl_vec<int> pointing;
+    pointing.setToExternal(items.data(), items.size());
+    hidl_vec<int> copy = pointing;
+    items[0] = 9;
+    EXPECT_THAT(pointing, ElementsAre(9, 2, 3));
+    EXPECT_THAT(copy, ElementsAre(1, 2, 3));
+    hidl_vec<int> const moved = std::move(copy);
+    EXPECT_EQ(0u, copy.size());
+    EXPECT_THAT(static_cast<std::vector<int>>(moved), ElementsAre(1, 2, 3));
+
+    // Elements stay through a change of the count, which makes external items the vector's own.
+    pointing.resize(5);
+    items[1] = 8;
+    EXPECT_THAT(pointing, ElementsAre(9, 2, 3, 0, 0));
+    pointing.resize(1);
+    EXPECT_THAT(pointing, ElementsAre(9));
+
+    pointing.setToExternal(items.data(), 2);
+    int* const released = pointing.releaseData();
+    EXPECT_NE(items.data(), released);
+    EXPECT_EQ(8, released[1]);
+    EXPECT_EQ(0u, pointing.size());
+    pointing.setToExternal(released, 2, true);
+}
+
+TEST(TransportReturn, CarriesAValueOrAStatus) {
+    EXPECT_EQ(7, static_cast<int>(Return<int>(7)));
+    EXPECT_EQ(1, Return<int>(lost()).withDefault(1));
+    (void)Return<int>(3);  // a success may be dropped
+    Return<int> outcome = lost();
+    Return<int> heir = std::move(outcome);  // and the duty to look at it
+    EXPECT_FALSE(heir.isOk());
+    EXPECT_FALSE(heir.isDeadObject());
+    EXPECT_EQ("Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: stand-in lost'",
+              heir.description());
+    EXPECT_TRUE(Return<void>(Status::fromStatusT(android::DEAD_OBJECT)).isDeadObject());
+}
+
+TEST(TransportReturnDeathTest, AbortsOnAFailureNobodyLookedAt) {
+    EXPECT_DEATH({ Return<void> const dropped = lost(); }, "dropped.*stand-in lost");
+    Return<int> const failed = lost();
+    EXPECT_FALSE(failed.isOk());
+    EXPECT_DEATH((void)static_cast<int>(failed), "value of a failed HIDL call.*stand-in lost");
+}

@@ -1,0 +1,276 @@
+// What the software ISP does to pictures: develop, resample, encode.
+
+#include <gtest/gtest.h>
+#include <stdio.h>
+
+#include <jpeglib.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "host/isp/Develop.h"
+#include "host/isp/Exif.h"
+#include "host/isp/JpegEncode.h"
+#include "host/isp/Resample.h"
+
+namespace {
+
+using namespace quen::host::isp;
+
+using Rgb = std::array<double, 3>;
+using Scene = std::function<Rgb(int x, int y)>;  // linear light, 0..1
+
+constexpr int kColourAt[4][2][2] = {
+        {{0, 1}, {1, 3}}, {{1, 0}, {3, 1}}, {{1, 3}, {0, 1}}, {{3, 1}, {1, 0}}};
+
+Rgb grey(double light) {
+    return {light, light, light};
+}
+
+uint8_t& lumaAt(YuvPicture const& picture, int x, int y) {
+    return picture.y[static_cast<size_t>(y) * picture.lumaStride + static_cast<size_t>(x)];
+}
+
+size_t chromaAt(YuvPicture const& picture, int x, int y) {
+    return static_cast<size_t>(y / 2) * picture.chromaStride +
+           static_cast<size_t>(x / 2) * picture.chromaStep;
+}
+
+/** Y, Cb and Cr of the pixel. */
+std::array<int, 3> sampleAt(YuvPicture const& picture, int x, int y) {
+    size_t const offset = chromaAt(picture, x, y);
+    return {lumaAt(picture, x, y), picture.cb[offset], picture.cr[offset]};
+}
+
+/** Compares every pixel with what it should be. */
+template <typename Should>
+void expectSamples(YuvPicture const& picture, double tolerance, Should const& should) {
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            auto const found = sampleAt(picture, x, y);
+            auto const expected = should(x, y);
+            for (size_t i = 0; i < 3; ++i) {
+                ASSERT_NEAR(found[i], expected[i], tolerance) << x << ' ' << y << " of " << i;
+            }
+        }
+    }
+}
+
+CaptureFacts plainFacts(BayerOrder order = BayerOrder::RGGB) {
+    CaptureFacts facts;
+    facts.bayerOrder = order;
+    facts.levelBits = 14;
+    facts.whiteLevel = 16383;
+    facts.denoiseStrength = 0;
+    return facts;
+}
+
+/** Captures a scene, with black level and gains of the facts undone, and develops a part of it. */
+OwnedYuvPicture developed(Scene const& scene, int width, int height, CaptureFacts const& facts,
+                          PixelRect crop = {}) {
+    std::vector<uint16_t> words;
+    for (int i = 0; i < width * height; ++i) {
+        int const x = i % width;
+        int const y = i / width;
+        int const colour = kColourAt[static_cast<int>(facts.bayerOrder)][y % 2][x % 2];
+        double const light = scene(x, y)[colour == 3 ? 2 : static_cast<size_t>(colour)];
+        double const black = facts.blackLevel[colour];
+        double const range = (facts.whiteLevel - black) / facts.wbGains[colour];
+        words.push_back(static_cast<uint16_t>(std::lround(light * range + black)));
+    }
+    auto const* const bytes = reinterpret_cast<uint8_t const*>(words.data());
+    size_t const stride = static_cast<size_t>(width) * 2;
+    RawPicture const raw{width, height, bytes, stride, RawLayout::Words16, facts.levelBits};
+    crop = crop.width == 0 ? PixelRect{0, 0, width, height} : crop;
+    OwnedYuvPicture picture(crop.width, crop.height);
+    develop(raw, crop, facts, picture.view());
+    return picture;
+}
+
+double tone(double light) {
+    return 255 * (light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055);
+}
+
+void expectColour(OwnedYuvPicture const& picture, Rgb const& light, double tolerance) {
+    double const r = tone(light[0]);
+    double const g = tone(light[1]);
+    double const b = tone(light[2]);
+    Rgb const yuv{0.299 * r + 0.587 * g + 0.114 * b, 128 - 0.168736 * r - 0.331264 * g + 0.5 * b,
+                  128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
+    expectSamples(picture.view(), tolerance, [&](int, int) { return yuv; });
+}
+
+TEST(Develop, FindsTheColoursOfEveryOrderAndClipsToWhite) {
+    float const matrix[] = {0, 0.5f, 0, 0, 0, 1, 1, 0, 0};
+    auto const scene = [](int, int) { return Rgb{0.7, 0.4, 0.1}; };
+    auto const glare = [](int, int) { return grey(2); };  // also above the samples' bits
+    for (int order = 0; order < 4; ++order) {
+        SCOPED_TRACE(order);
+        CaptureFacts facts = plainFacts(static_cast<BayerOrder>(order));
+        facts.wbGains[0] = 0.5f;
+        facts.wbGains[3] = 0.8f;
+        expectColour(developed(glare, 32, 40, facts), {1, 1, 1}, 1.01);
+        std::fill_n(facts.blackLevel, 4, 1024.0f);
+        facts.wbGains[0] = 1.8f;
+        facts.wbGains[3] = 1.3f;
+        expectColour(developed(scene, 36, 22, facts), {0.7, 0.4, 0.1}, 1.6);
+        std::copy(std::begin(matrix), std::end(matrix), facts.colorMatrix);
+        expectColour(developed(scene, 36, 22, facts), {0.2, 0.1, 0.7}, 1.6);
+    }
+}
+
+TEST(Develop, KeepsGreysNeutralThroughTheMatrix) {
+    CaptureFacts facts = plainFacts();
+    float const matrix[] = {1.6f, -0.4f, -0.2f, -0.3f, 1.55f, -0.25f, 0.05f, -0.6f, 1.55f};
+    std::copy(std::begin(matrix), std::end(matrix), facts.colorMatrix);
+    facts.denoiseStrength = 1;
+    facts.sharpening = 0.5f;
+    // Level at either end, as the picture goes on beyond its edges.
+    auto const light = [](int x) { return 0.5 - 0.47 * std::cos((x + 0.5) / 256 * 3.14159265); };
+    auto const scene = [&](int x, int) { return grey(light(x)); };
+    expectSamples(developed(scene, 256, 70, facts).view(), 1.6, [&](int x, int) {
+        return Rgb{tone(light(x)), 128, 128};
+    });
+}
+
+// A crop shows what the whole picture shows there: nothing is shifted, at bands' edges neither.
+TEST(Develop, CropsAtAnyCornerWithoutAShift) {
+    auto const scene = [](int x, int y) {
+        double const wave = 0.3 + 0.2 * std::sin(x * 0.21) * std::cos(y * 0.17);
+        return Rgb{wave, 0.9 - wave, 0.5 * wave};
+    };
+    for (int order = 0; order < 4; ++order) {
+        CaptureFacts facts = plainFacts(static_cast<BayerOrder>(order));
+        facts.denoiseStrength = order % 2 == 0 ? 0.0f : 2.0f;
+        OwnedYuvPicture const whole = developed(scene, 120, 200, facts);
+        for (PixelRect const& crop : {PixelRect{8, 6, 90, 140}, PixelRect{7, 5, 51, 67},
+                                      PixelRect{119, 199, 1, 1}, PixelRect{1, 0, 119, 200}}) {
+            OwnedYuvPicture const part = developed(scene, 120, 200, facts, crop);
+            int const inset = facts.denoiseStrength == 0 ? 0 : 1;  // its own edge repeats itself
+            for (int y = inset; y < crop.height - inset; ++y) {
+                ASSERT_TRUE(std::equal(&lumaAt(part.view(), inset, y),
+                                       &lumaAt(part.view(), crop.width - inset, y),
+                                       &lumaAt(whole.view(), crop.x + inset, crop.y + y)))
+                        << "order " << order << " crop at " << crop.x << " row " << y;
+            }
+        }
+    }
+}
+
+TEST(Develop, DenoisingCalmsFlatPartsAndKeepsEdges) {
+    CaptureFacts facts = plainFacts();
+    facts.noiseShot = 2e-3f;
+    auto const scene = [](int x, int) {
+        return grey((x < 48 ? 0.15 : 0.6) + 0.02 * (rand() % 201 - 100) / 100.0);
+    };
+    int roughness[2] = {};
+    for (int const strength : {0, 1}) {
+        srand(7);
+        facts.denoiseStrength = static_cast<float>(strength);
+        OwnedYuvPicture const picture = developed(scene, 96, 96, facts);
+        uint8_t const* const row = &lumaAt(picture.view(), 0, 40);
+        EXPECT_GT(row[50] - row[45], 60);
+        for (int x = 8; x < 40; ++x) {
+            roughness[strength] += std::abs(row[x + 1] - row[x]);
+        }
+    }
+    EXPECT_LT(roughness[1], 0.7 * roughness[0]);
+}
+
+/** A picture of one of the three arrangements, 0 NV12, 1 NV21, 2 planar; samples tell where. */
+struct Arranged {
+    std::vector<uint8_t> bytes;
+    YuvPicture view;
+
+    Arranged(int arrangement, int width, int height) {
+        size_t const stride = static_cast<size_t>(width) + 5;
+        size_t const plane = stride * static_cast<size_t>(height);
+        size_t const chroma = (stride + 1) * static_cast<size_t>(chromaSize(height));
+        bytes.resize(plane + 2 * chroma);
+        uint8_t* const start = bytes.data() + plane;
+        view = {width, height, bytes.data(), start, start + 1, stride, stride + 1, 2};
+        if (arrangement == 1) {
+            std::swap(view.cb, view.cr);
+        } else if (arrangement == 2) {
+            view.cr = start + chroma;
+            view.chromaStep = 1;
+        }
+        for (int i = 0; i < width * height; ++i) {
+            int const x = i % width;
+            int const y = i / width;
+            size_t const offset = chromaAt(view, x, y);
+            lumaAt(view, x, y) = static_cast<uint8_t>(40 + 160 * x / width);
+            view.cb[offset] = static_cast<uint8_t>(60 + 100 * y / height);
+            view.cr[offset] = static_cast<uint8_t>(200 - 100 * x / width);
+        }
+    }
+};
+
+TEST(Resample, BringsAnyArrangementIntoAnyOtherAtAnySize) {
+    for (int from = 0; from < 3; ++from) {
+        Arranged const source(from, 97, 63);
+        for (int to = 0; to < 3; ++to) {
+            for (auto const& [width, height] :
+                 {std::pair{97, 63}, std::pair{48, 31}, std::pair{200, 130}, std::pair{60, 100}}) {
+                SCOPED_TRACE(testing::Message() << from << " to " << to << " at " << width);
+                Arranged target(to, width, height);
+                Arranged const expected(to, width, height);
+                std::fill(target.bytes.begin(), target.bytes.end(), uint8_t{0});
+                resample(source.view, target.view);
+                expectSamples(target.view, 4,
+                              [&](int x, int y) { return sampleAt(expected.view, x, y); });
+            }
+        }
+    }
+}
+
+/** Decodes to Y, Cb, Cr of every pixel, as a strict reader would: any warning counts. */
+std::vector<uint8_t> decodeJpeg(std::vector<uint8_t> const& file) {
+    jpeg_decompress_struct info = {};
+    jpeg_error_mgr errors;
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, file.data(), file.size());
+    jpeg_read_header(&info, TRUE);
+    info.out_color_space = JCS_YCbCr;
+    jpeg_start_decompress(&info);
+    std::vector<uint8_t> pixels(size_t{info.output_width} * info.output_height * 3);
+    for (JSAMPROW row = pixels.data(); info.output_scanline < info.output_height;
+         row += size_t{info.output_width} * 3) {
+        jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+    EXPECT_EQ(errors.num_warnings, 0);
+    jpeg_destroy_decompress(&info);
+    return pixels;
+}
+
+TEST(Jpeg, JoinedSlicesDecodeToThePictureAndFitExactlyOrNotAtAll) {
+    std::vector<uint8_t> const exif = buildExif({1, 1, 90, 0});
+    ASSERT_FALSE(exif.empty());
+    for (auto const& [width, height] : {std::pair{16, 16}, std::pair{17, 9}, std::pair{333, 128},
+                                        std::pair{100, 129}, std::pair{257, 777}}) {
+        for (int arrangement = 0; arrangement < 3; ++arrangement) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height);
+            Arranged const source(arrangement, width, height);
+            std::vector<uint8_t> file(static_cast<size_t>(width * height) * 3 + 4096);
+            size_t const size = encodeJpeg(source.view, 97, exif, file.data(), file.size());
+            ASSERT_GT(size, exif.size());
+            EXPECT_EQ(encodeJpeg(source.view, 97, exif, file.data(), size - 1), 0u);
+            ASSERT_EQ(encodeJpeg(source.view, 97, exif, file.data(), size + 1), size);
+            file.resize(size);
+            std::vector<uint8_t> const pixels = decodeJpeg(file);
+            ASSERT_EQ(pixels.size(), static_cast<size_t>(width * height) * 3);
+            expectSamples(source.view, 6, [&, columns = width](int x, int y) {
+                return pixels.data() + static_cast<size_t>(y * columns + x) * 3;
+            });
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,109 @@
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <android/log.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <mtkcam/log.h>
+
+#include "host/log/LogControl.h"
+
+using quen::host::LogLevel;
+using testing::ElementsAre;
+using testing::MatchesRegex;
+
+namespace {
+
+class Sink : public quen::host::LogSink {
+  public:
+    Sink() { quen::host::setLogSink(this); }
+    ~Sink() override { quen::host::setLogSink(nullptr); }
+    void write(char const* tag, int level, char const* text) override {
+        put("camera", tag, level, text);
+    }
+    void writeAndroid(char const* tag, int priority, char const* text) override {
+        put("android", tag, priority, text);
+    }
+
+    std::vector<std::string> lines;
+
+  private:
+    void put(std::string const& kind, char const* tag, int level, char const* text) {
+        lines.push_back(kind + " " + tag + " " + std::to_string(level) + " " + text);
+    }
+};
+
+/** The letters that the enable test allows. */
+std::string allowed(char const* tag) {
+    std::string letters;
+    for (char const letter : {'E', 'W', 'I', 'D', 'X'}) {
+        if (mtkcam_testLog(tag, letter)) {
+            letters += letter;
+        }
+    }
+    return letters;
+}
+
+}  // namespace
+
+TEST(LogTest, LevelsAreSetByNameAndByTag) {
+    EXPECT_EQ("EW", allowed("quen"));
+    quen::host::setTagLogLevel("loud", LogLevel::Debug);
+    quen::host::setTagLogLevel("quiet", LogLevel::Error);
+    std::pair<char const*, char const*> const levels[] = {
+            {"debug", "EWID"}, {"info", "EWI"}, {"warning", "EW"}, {"error", "E"}, {"silent", ""}};
+    for (auto const& [name, letters] : levels) {
+        EXPECT_TRUE(quen::host::setLogLevel(name));
+        EXPECT_EQ(letters, allowed("quen")) << name;
+        EXPECT_EQ("EWID", allowed("loud"));
+        EXPECT_EQ("E", allowed("quiet"));
+    }
+    EXPECT_FALSE(quen::host::setLogLevel("Debug"));
+    quen::host::clearTagLogLevels();
+    EXPECT_EQ("", allowed("loud"));
+    quen::host::setLogLevel(LogLevel::Warning);
+}
+
+TEST(LogTest, ASinkTakesBothKindsOfLines) {
+    Sink sink;
+    log_dbg_print("quen", 1, "E [quen] text");
+    EXPECT_GT(__android_log_print(ANDROID_LOG_ERROR, "quen", "%s %d", "failed", 3), 0);
+    EXPECT_GT(__android_log_write(ANDROID_LOG_WARN, nullptr, "no tag"), 0);
+    EXPECT_LE(__android_log_print(ANDROID_LOG_INFO, "quen", "unwanted"), 0);
+    EXPECT_LE(__android_log_write(ANDROID_LOG_SILENT, "quen", "unwanted"), 0);
+    std::string const longText(2000, 'x');
+    __android_log_print(ANDROID_LOG_ERROR, "quen", "%s", longText.c_str());
+    EXPECT_THAT(sink.lines,
+                ElementsAre("camera quen 1 E [quen] text", "android quen 6 failed 3",
+                            "android  5 no tag", "android quen 6 " + longText.substr(0, 1023)));
+}
+
+TEST(LogTest, StandardErrorGetsWholeLinesFromEveryThread) {
+    testing::internal::CaptureStderr();
+    auto const write = [](std::string const& text) {
+        for (int line = 0; line < 300; ++line) {
+            log_dbg_print("quen", 2, (text + "\r\n").c_str());
+        }
+    };
+    std::thread other(write, std::string(200, 'a'));
+    write(std::string(900, 'b'));
+    other.join();
+    std::istringstream output(testing::internal::GetCapturedStderr());
+    auto const whole =
+            MatchesRegex("[0-9]{2}:[0-9]{2}:[0-9]{2}[.][0-9]{3} +[0-9]+ W quen: (a{200}|b{900})");
+    int count = 0;
+    for (std::string line; std::getline(output, line); ++count) {
+        ASSERT_THAT(line, whole);
+    }
+    EXPECT_EQ(600, count);
+}
+
+TEST(LogDeathTest, AnAssertionSpeaksAndEndsTheProcess) {
+    quen::host::setLogLevel(LogLevel::Silent);
+    EXPECT_DEATH(__android_log_assert("1", "quen", "(%s){#%d}\r\n", "init", 7),
+                 "[0-9:.]+ +[0-9]+ F quen: \\(init\\)\\{#7\\}");
+    EXPECT_DEATH(__android_log_assert("x == 1", "quen", nullptr), "Assertion failed: x == 1");
+    quen::host::setLogLevel(LogLevel::Warning);
+}

@@ -1,0 +1,50 @@
+#include <cstring>
+#include <string>
+#include <tuple>
+
+#include <cutils/properties.h>
+#include <gtest/gtest.h>
+
+#include "host/base/Properties.h"
+
+namespace {
+
+constexpr char kKey[] = "vendor.test.value";
+
+std::string read(char const* defaultValue) {
+    char value[PROPERTY_VALUE_MAX];
+    int const length = property_get(kKey, value, defaultValue);
+    EXPECT_EQ(strlen(value), static_cast<size_t>(length));
+    return value;
+}
+
+}  // namespace
+
+TEST(Properties, AreSetReadAndUnset) {
+    EXPECT_EQ("none", read("none"));
+    std::string const longest(PROPERTY_VALUE_MAX - 1, 'x');
+    EXPECT_EQ(0, property_set(kKey, longest.c_str()));
+    EXPECT_FALSE(quen::host::setProperty(kKey, longest + "y"));
+    EXPECT_EQ(longest, read("none"));
+    property_set(kKey, "");
+    EXPECT_EQ("", read(nullptr));
+    EXPECT_EQ(longest, read((longest + "y").c_str()));
+}
+
+TEST(Properties, ReadAsNumbersAndTruthValues) {
+    // -7, -8 and 9 are the defaults.
+    std::tuple<char const*, int32_t, int64_t, int8_t> const cases[] = {
+            {"0", 0, 0, 0},
+            {"0x10", 16, 16, 9},
+            {"4 seconds", 4, 4, 9},
+            {"2147483648", -7, 2147483648, 9},
+            {"9223372036854775808", -7, -8, 9},
+            {"on", -7, -8, 1},
+    };
+    for (auto const& [text, number, wide, truth] : cases) {
+        property_set(kKey, text);
+        EXPECT_EQ(number, property_get_int32(kKey, -7)) << text;
+        EXPECT_EQ(wide, property_get_int64(kKey, -8)) << text;
+        EXPECT_EQ(truth, property_get_bool(kKey, 9)) << text;
+    }
+}

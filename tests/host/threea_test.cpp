@@ -1,0 +1,92 @@
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <set>
+
+#include <gtest/gtest.h>
+#include <quen/Quen3AInfoManager.h>
+
+#include "host/threea/ThreeAStore.h"
+
+using quen::host::setThreeAStore;
+using quen::host::SharedMemoryThreeAStore;
+
+namespace {
+
+constexpr unsigned int kBytes = SharedMemoryThreeAStore::kBufferBytes;
+
+class ThreeA : public testing::Test {
+  protected:
+    // A pool of each test's own.
+    void SetUp() override { setThreeAStore(nullptr); }
+    void TearDown() override { setThreeAStore(nullptr); }
+
+    static QIF3ABufferInfo get() {
+        QIF3ABufferInfo info;
+        EXPECT_EQ(Quen3AInfoManager::Get3AInfoBuf(&info, kBytes), 0);
+        return info;
+    }
+};
+
+TEST_F(ThreeA, BuffersAreSharedAndFoundByIndex) {
+    QIF3ABufferInfo const info = get();
+    EXPECT_EQ(info.bufferIndex, 1);
+    EXPECT_GE(info.fd, 3);
+    EXPECT_EQ(info.size, kBytes);
+    int found = -1;
+    ASSERT_EQ(Quen3AInfoManager::GetTuningData(&found, 1), 0);
+    auto* const written = static_cast<char*>(
+            mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_SHARED, info.fd, 0));
+    auto* const read = static_cast<char*>(mmap(nullptr, kBytes, PROT_READ, MAP_SHARED, found, 0));
+    ASSERT_NE(written, MAP_FAILED);
+    ASSERT_NE(read, MAP_FAILED);
+    written[kBytes - 1] = 77;
+    EXPECT_EQ(read[kBytes - 1], 77);
+    munmap(written, kBytes);
+    munmap(read, kBytes);
+}
+
+TEST_F(ThreeA, RefusalsLeaveTheCallersRecordsAlone) {
+    QIF3ABufferInfo info;
+    EXPECT_LT(Quen3AInfoManager::Get3AInfoBuf(&info, kBytes + 1), 0);
+    EXPECT_EQ(info.fd, -1);
+    EXPECT_LT(Quen3AInfoManager::Get3AInfoBuf(nullptr, kBytes), 0);
+    int descriptor = -1;
+    for (unsigned int index : {0U, 1U, 9U, UINT32_MAX}) {  // 1 is not handed out yet
+        EXPECT_LT(Quen3AInfoManager::GetTuningData(&descriptor, index), 0);
+        EXPECT_EQ(descriptor, -1);
+    }
+}
+
+TEST_F(ThreeA, FullPoolTakesTheBufferLeastRecentlyHandedOut) {
+    std::set<int> descriptors;
+    for (unsigned int i = 1; i <= SharedMemoryThreeAStore::kBuffers; ++i) {
+        QIF3ABufferInfo const info = get();
+        EXPECT_EQ(info.bufferIndex, static_cast<int32_t>(i));
+        descriptors.insert(info.fd);
+    }
+    EXPECT_EQ(descriptors.size(), SharedMemoryThreeAStore::kBuffers);
+    // A request that reads buffer 1 must not be given it to write to.
+    int descriptor = -1;
+    ASSERT_EQ(Quen3AInfoManager::GetTuningData(&descriptor, 1), 0);
+    EXPECT_EQ(get().bufferIndex, 2);
+    EXPECT_EQ(descriptors.count(get().fd), 1u);
+
+    setThreeAStore(nullptr);
+    for (int closed : descriptors) {
+        EXPECT_EQ(fcntl(closed, F_GETFD), -1);
+    }
+}
+
+TEST_F(ThreeA, DescriptorsStayClearOfTheStandardStreams) {
+    int const kept = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    close(STDIN_FILENO);
+    int const descriptor = get().fd;
+    int const restored = dup2(kept, STDIN_FILENO);
+    close(kept);
+    EXPECT_GE(descriptor, 3);
+    EXPECT_EQ(restored, STDIN_FILENO);
+}
+
+}  // namespace

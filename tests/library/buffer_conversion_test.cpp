@@ -1,0 +1,230 @@
+#include <gmock/gmock.h>
+
+#include <numeric>
+
+#include <quenOfflineDevice/TuningHandle.h>
+
+#include "support/Buffers.h"
+#include "support/Lines.h"
+#include "support/MetadataBuilder.h"
+#include "support/Peers.h"
+#include "support/ScriptedThreeA.h"
+
+namespace {
+
+using namespace quentest;
+using testing::Each;
+using testing::ElementsAre;
+
+constexpr uint32_t kTuningBytes = 0x1fa400;
+constexpr uint32_t kRequestNo = 0xc00300a2;
+constexpr uint32_t kBufferIndex = 0xc00c0018;
+constexpr int kNv21 = 0x11;
+constexpr int kRaw16 = 0x20;
+constexpr int kBlob = 0x21;
+constexpr int kYuv = 0x23;
+constexpr int kRaw10 = 0x25;
+
+class BufferConversionTest : public testing::Test {
+  protected:
+    BufferConversionTest() {
+        std::iota(mClient.data(), mClient.data() + mClient.size(), uint8_t{1});
+        mPeer.setStage("RAW2YUV");
+    }
+
+    ImageBuffer client(int format) const { return mClient.image(3, format, 4, 2); }
+
+    /** Converts a buffer and expects these lines, those that frame them, and tuning data or none.
+     */
+    void convert(ImageBuffer const& image, camera_metadata const* settings, Direction direction,
+                 bool tuned, std::string const& lines) {
+        uint32_t const size = image.format == kBlob ? 0 : kTuningBytes;
+        Transcript transcript;
+        mPeer.convertToISPBuffer(&image, settings, &mResult, &mUsed, mTuning, direction);
+        EXPECT_EQ(deviceLines(transcript),
+                  linesOf("I reprocess stage RAW2YUV convertToISPBuffer E\n" + lines +
+                          "\nI tuningData is nullptr " + (tuned ? "0" : "1") +
+                          ", tuningData size = " + std::to_string(size) +
+                          "\nI reprocess stage RAW2YUV convertToISPBuffer X"));
+        EXPECT_EQ(mResult.tuningData.getNativeHandle() != nullptr, tuned);
+        EXPECT_EQ(mResult.tuningDataSize, size);
+    }
+    void expectAllocated(uint32_t width, int format) {
+        IMapper::BufferDescriptorInfo const& info = mGraphics.mapper->described;
+        EXPECT_THAT(
+                (std::vector<uint64_t>{info.width, info.height, uint64_t(info.format), info.usage}),
+                ElementsAre(width, format == kNv21 ? 2 : 1, format, 0x20033));
+    }
+    /** A handle around a 3A descriptor: the descriptor stands in the first integer slot. */
+    void expectDescriptorForm(hidl_handle const& handle, int fd) {
+        ASSERT_NE(handle.getNativeHandle(), nullptr);
+        EXPECT_THAT(
+                (std::vector{handle->numFds, handle->numInts, handle->data[1], handle->data[2]}),
+                ElementsAre(1, 2, fd, 0));
+    }
+
+    Graphics& mGraphics = Graphics::fresh();
+    std::shared_ptr<ScriptedThreeA> const mThreeA = std::make_shared<ScriptedThreeA>();
+    ScriptedThreeA::Guard const mInstalled{mThreeA};
+    MemoryBuffer const mClient{12};
+    MemoryBuffer const m3A{kTuningBytes};
+    quenOfflineDevice mDevice;
+    quenOfflineDevicePeer mPeer{mDevice};
+    TuningHandleScope const mScope;  // outlives the handles that records carry
+    quenOfflineDevicePeer::ISPBuffer mResult{};
+    hidl_handle mTuning;
+    bool mUsed = false;
+};
+
+TEST_F(BufferConversionTest, NullRecordsAreRefused) {
+    ImageBuffer const image = client(kYuv);
+    for (bool const withImage : {false, true}) {
+        Transcript transcript;
+        mPeer.convertToISPBuffer(withImage ? &image : nullptr, nullptr,
+                                 withImage ? nullptr : &mResult, &mUsed, mTuning, Direction::Input);
+        EXPECT_EQ(deviceLines(transcript), linesOf(R"(
+                I reprocess stage RAW2YUV convertToISPBuffer E
+                E imageBuffer is nullptr, convertToISPBuffer failed
+                I reprocess stage RAW2YUV convertToISPBuffer X)"));
+    }
+}
+
+TEST_F(BufferConversionTest, ImageIsCopiedMadeOrPassedThrough) {
+    // A YUV input becomes an NV21 device buffer with the client's picture in it.
+    convert(client(kYuv), nullptr, Direction::Input, false, R"(I alloc gralloc for input yuv buffer
+            D Load YUV stride(64, 64))");
+    expectAllocated(4, kNv21);
+    EXPECT_THAT(Mapping(mResult.buffer->data[0]).bytes(5), ElementsAre(1, 2, 3, 4, 0));
+
+    // One that cannot be accessed stays as it was allocated.
+    BorrowedHandle const nothing({-1});
+    ImageBuffer inaccessible = client(kYuv);
+    inaccessible.buffer = nothing.get();
+    convert(inaccessible, nullptr, Direction::Input, false,
+            "I alloc gralloc for input yuv buffer\nD Load YUV stride(64, 64)");
+    EXPECT_THAT(Mapping(mResult.buffer->data[0]).bytes(4), Each(0));
+
+    // A BLOB output becomes a device buffer of the client's bytes by one, without tuning data.
+    MetadataBuilder settings;
+    settings.i32(kBufferIndex, 4);
+    mUsed = true;
+    mTuning = mClient.handle();
+    convert(client(kBlob), settings.get(), Direction::Output, false,
+            R"(I alloc gralloc for output JPEG buffer)");
+    expectAllocated(12, kBlob);
+    ASSERT_NE(mResult.buffer.getNativeHandle(), nullptr);
+
+    // Everything else is the client's own; tuning data of an earlier conversion is passed on.
+    for (auto const& [format, direction] : {std::pair(kRaw10, Direction::Input),
+                                            {kNv21, Direction::Input},
+                                            {0x22, Direction::Input},
+                                            {kYuv, Direction::Output}}) {
+        ImageBuffer image = client(format);
+        image.streamId = -2;
+        convert(image, nullptr, direction, true, R"(I use QCF gralloc buffer)");
+        EXPECT_EQ(mResult.streamId, 0xFFFFFFFEu);  // widened without its sign
+        EXPECT_EQ(mResult.buffer.getNativeHandle(), mClient.handle());
+        EXPECT_NE(mResult.tuningData.getNativeHandle(), mTuning.getNativeHandle());
+        EXPECT_EQ(Mapping(mResult.tuningData->data[0]).size(), mClient.size());
+        EXPECT_EQ(mResult.reserved.getNativeHandle(), nullptr);
+        EXPECT_EQ(mResult.reservedSize, 0u);
+    }
+    EXPECT_TRUE(mUsed);
+}
+
+TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
+    // 1 is the least descriptor that is accepted.
+    for (int const fd : {m3A.fd(), 1}) {
+        mThreeA->next = {fd, kTuningBytes, 7};
+        MetadataBuilder settings;
+        settings.i32(kBufferIndex, 4);
+        mUsed = false;
+        convert(client(kYuv), settings.get(), Direction::Output, true, R"(I use QCF gralloc buffer
+                I get outputTuningData buffer from quencameraserver success, bufferIndex 7, bufferFd FD
+                I update outputTuningData bufferIndex 7 success
+                I get 3ADebugInfo result is 1 used3ADebugInfo 1)");
+        EXPECT_TRUE(mUsed);
+        EXPECT_EQ(int32In(settings.get(), kBufferIndex), 7);
+        expectDescriptorForm(mTuning, fd);
+        EXPECT_EQ(mTuning->data[0], 0);
+        expectDescriptorForm(mResult.tuningData, fd);
+    }
+    EXPECT_THAT(mThreeA->sizesAsked, Each(kTuningBytes));
+}
+
+TEST_F(BufferConversionTest, OutputWithoutA3ABufferGetsADeviceBuffer) {
+    std::string const refused = "E get outputTuningData buffer from quencameraserver failed";
+    struct Case {
+        int fd;
+        uint32_t size;
+        bool hasIndex;
+        std::string reason;
+    };
+    for (Case const& c : {Case{-1, kTuningBytes, true, refused},
+                          {0, kTuningBytes, true, refused},
+                          {m3A.fd(), kTuningBytes - 1, true, refused},
+                          {m3A.fd(), kTuningBytes, false,
+                           "I get outputTuningData buffer from quencameraserver success, "
+                           "bufferIndex 7, bufferFd FD\n"
+                           "E get tuningData bufferIndex from metadata faild"}}) {
+        mThreeA->next = {c.fd, c.size, 7};
+        MetadataBuilder settings;
+        settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
+        mUsed = true;
+        convert(client(kYuv), settings.get(), Direction::Output, true,
+                "I use QCF gralloc buffer\n" + c.reason + R"(
+                I get 3ADebugInfo result is 0 used3ADebugInfo 0
+                I no used3ADebugInfo, get inputTuningData from input metadata and alloc gralloc for outputTuningData
+                I alloc gralloc for outputTuningData success)");
+        EXPECT_FALSE(mUsed);
+        EXPECT_EQ(int32In(settings.get(), kBufferIndex), c.hasIndex ? 4 : -1);
+        expectAllocated(kTuningBytes, kBlob);
+        EXPECT_GE(Mapping(mResult.tuningData->data[0]).size(), kTuningBytes);
+    }
+}
+
+TEST_F(BufferConversionTest, InputFallsBackToTheTuningDataInTheMetadata) {
+    constexpr uint32_t kRawTuning = 0x800b0016;
+    constexpr uint32_t kYuvTuning = 0x800b0017;
+    struct Case {
+        int format;
+        bool hasIndex;
+        uint32_t carried;  // the tag that carries tuning bytes
+        bool found;
+    };
+    for (Case const& c : {Case{kRaw10, false, kRawTuning, true},
+                          {kYuv, true, kYuvTuning, true},
+                          {kRaw16, true, kYuvTuning, false},
+                          {kYuv, false, kRawTuning, false}}) {
+        bool const isYuv = c.format == kYuv;
+        MetadataBuilder settings;
+        settings.u8(c.carried, std::vector<uint8_t>{0x39, 0x05, 0, 0, 1, 2, 3, 4});
+        settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
+        mTuning = nullptr;
+        mUsed = true;
+        std::string const lines =
+                std::string(isYuv ? "I alloc gralloc for input yuv buffer\n"
+                                    "D Load YUV stride(64, 64)\n"
+                                  : "I use QCF gralloc buffer\n") +
+                "E get QUEN_CONTROL_REQUESTNO from metadata failed\n" +
+                (c.hasIndex ? "I use tuningData bufferIndex 4\nE get inputTuningData faild"
+                            : "E get 3AbufferIndex from metadata failed") +
+                R"(
+                I get 3ADebugInfo result is 0 used3ADebugInfo 0
+                I no used3ADebugInfo, get inputTuningData from input metadata and alloc gralloc for outputTuningData
+                I tuningData type is )" +
+                (isYuv ? "0\n" : "1\n") +
+                (c.found ? R"(
+                I alloc gralloc for inputTuningData success, tuningData requestNo 1337, stride 2073600)"
+                         : R"(
+                E get inputTuningData from input metadata failed)");
+        convert(client(c.format), settings.get(), Direction::Input, c.found, lines);
+        EXPECT_FALSE(mUsed);
+        if (c.found) {  // allocated, and left as it was allocated
+            expectAllocated(kTuningBytes, kBlob);
+            EXPECT_THAT(Mapping(mResult.tuningData->data[0]).bytes(16), Each(0));
+        }
+    }
+}
+
+}  // namespace

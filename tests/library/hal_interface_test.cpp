@@ -1,0 +1,123 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "support/Lines.h"
+#include "support/RecordingCallback.h"
+#include "support/Requests.h"
+
+namespace {
+
+using namespace quentest;
+using testing::ElementsAre;
+
+bool hook() {
+    ADD_FAILURE() << "a hook is never called";
+    return false;
+}
+
+TEST(HalInterface, HookIsStoredAndNeverCalled) {
+    Bridge bridge;
+    EXPECT_TRUE(HalInterface::requestCallback());
+    EXPECT_TRUE(bridge.hal->registerRequestCB(&HalInterface::requestCallback));
+    EXPECT_TRUE(HalInterfacePeer::hasHook(*bridge.hal));
+    EXPECT_TRUE(bridge.hal->registerRequestCB(&hook));
+    EXPECT_FALSE(HalInterfacePeer::hasHook(*bridge.hal));
+    EXPECT_TRUE(bridge.hal->requestCallback());
+}
+
+TEST(HalInterface, NumberRecordedTwiceKeepsItsFirstRequest) {
+    Bridge bridge;
+    android::sp<RecordingCallback> const first = new RecordingCallback;
+    android::sp<RecordingCallback> const second = new RecordingCallback;
+    OfflineRequest* const kept = newRequest(7);
+    OfflineRequest* const dropped = newRequest(7);
+    Transcript transcript;
+    bridge.hal->recordISPRequest(kept, first);
+    bridge.hal->recordISPRequest(dropped, second);
+    bridge.hal->recordISPRequest(newRequest(8), second);
+    EXPECT_THAT(transcript.lines(), ElementsAre());
+    EXPECT_EQ(HalInterfacePeer::find(*bridge.hal, 7), kept);
+    EXPECT_EQ(first->getStrongCount(), 2);
+    EXPECT_EQ(second->getStrongCount(), 2);  // ours and the other request's
+    deleteRequest(dropped);                  // still ours
+
+    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_EQ(first->calls().size(), 2u);
+    EXPECT_EQ(second->calls().size(), 0u);
+    EXPECT_EQ(first->getStrongCount(), 1);
+    EXPECT_TRUE(bridge.deliver(8));
+    EXPECT_EQ(HalInterfacePeer::outstanding(*bridge.hal), 0u);
+}
+
+TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
+    Bridge bridge;
+    Transcript transcript;
+    bridge.hal->waitForRequestDrained();
+    EXPECT_THAT(transcript.lines(), ElementsAre());
+
+    android::sp<RecordingCallback> const client = new RecordingCallback;
+    OfflineRequest* const requests[] = {newRequest(7), newRequest(9)};
+    for (OfflineRequest* const request : requests) {
+        bridge.hal->recordISPRequest(request, client);
+    }
+    bridge.hal->waitForRequestDrained();
+    ASSERT_GE(transcript.lines().size(), 2u);
+    Lines lines = transcript.take();
+    std::sort(lines.begin(), lines.begin() + 2);  // the table has no order
+    EXPECT_EQ(lines, linesOf(R"(
+            I need wait request number 7 process done
+            I need wait request number 9 process done
+            E wait all result process failed, after remove all result mOfflineRequestCallback size is 0)"));
+    EXPECT_EQ(HalInterfacePeer::outstanding(*bridge.hal), 0u);
+    EXPECT_EQ(client->getStrongCount(), 1);
+
+    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_THAT(transcript.lines(), ElementsAre("E cannot find capture request 7"));
+    EXPECT_EQ(client->calls().size(), 0u);
+    for (OfflineRequest* const request : requests) {
+        deleteRequest(request);  // abandoned, so still allocated
+    }
+}
+
+TEST(HalInterface, DrainedWaitEndsWithTheLastResult) {
+    Bridge bridge;
+    bridge.hal->recordISPRequest(newRequest(7), nullptr);
+    bridge.hal->recordISPRequest(newRequest(9), nullptr);
+    Transcript transcript;
+    std::thread waiter([&] { bridge.hal->waitForRequestDrained(); });
+    while (!transcript.has("I need wait request number 7 process done") ||
+           !transcript.has("I need wait request number 9 process done")) {
+        std::this_thread::yield();
+    }
+    // The table is not locked: the waiter must have read it before it changes.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::string const signal = "I all result process done, single waitForRequestDrained";
+    EXPECT_TRUE(bridge.deliver(9));
+    EXPECT_FALSE(transcript.has(signal));
+    EXPECT_TRUE(bridge.deliver(7));
+    waiter.join();
+    EXPECT_EQ(transcript.count(signal), 1u);
+    EXPECT_EQ(transcript.count("I wait all result process done"), 1u);
+    EXPECT_EQ(transcript.count("I need wait request number 7 process done"), 1u);
+}
+
+TEST(HalInterface, DeathOfTheModuleDropsTheCallbackAlone) {
+    Bridge bridge;
+    bridge.hal->recordISPRequest(newRequest(7), nullptr);
+    Transcript transcript;
+    bridge.callback->serviceDied(42, nullptr);
+    EXPECT_THAT(transcript.take(), ElementsAre("I ISPModule(42) has died"));
+    EXPECT_EQ(HalInterfacePeer::callback(*bridge.hal), nullptr);
+    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_FALSE(transcript.has("E cannot find capture request 7"));  // it was in the table still
+
+    bridge.hal = nullptr;
+    bridge.callback->serviceDied(1, nullptr);  // nobody left to tell
+    EXPECT_TRUE(transcript.has("I ISPModule(1) has died"));
+}
+
+}  // namespace

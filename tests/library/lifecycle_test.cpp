@@ -1,0 +1,186 @@
+#include <functional>
+
+#include <quenCommon/Log.h>
+#include <quenOfflineDevice/RequestNumbers.h>
+
+#include "support/DeviceTest.h"
+#include "support/Transcript.h"
+
+using namespace quentest;
+using namespace testing;
+using android::sp;
+using android::wp;
+
+namespace {
+
+using LifecycleTest = DeviceTest;
+using LifecycleDeathTest = DeviceTest;
+
+TEST_F(LifecycleTest, CreateConnectsFirstAndNamesWhatIsMissing) {
+    SessionParams none{};
+    SessionParams noOutputs{{StreamConfig{}}, {}, nullptr};
+    SessionParams noInputs{{}, {StreamConfig{}}, nullptr};
+    std::pair<SessionParams*, std::string> const cases[] = {
+            {nullptr, "1, input_streams is empty 1, output_streams is empty  1"},
+            {&none, "0, input_streams is empty 1, output_streams is empty  1"},
+            {&noOutputs, "0, input_streams is empty 0, output_streams is empty  1"},
+            {&noInputs, "0, input_streams is empty 1, output_streams is empty  0"},
+    };
+    for (auto const& [params, flags] : cases) {
+        quenOfflineDevice fresh;
+        Transcript log;
+        fresh.create(params);
+        EXPECT_THAT(log.lines(), ElementsAre("I create E", "I init E", "I init X",
+                                             "E pCreateParams is nullptr " + flags +
+                                                     ", constructISPStream failed",
+                                             "I create X"));
+        EXPECT_TRUE(quenOfflineDevicePeer(fresh).connected());
+    }
+    EXPECT_THAT(isp->configurations, IsEmpty());
+}
+
+TEST_F(LifecycleTest, ASecondInitReplacesTheDeviceAndClosesNothing) {
+    peer.init();
+    module->device = new StandInDevice;
+    peer.init();
+    device->flush();
+    EXPECT_EQ(isp->flushes, 0);
+    EXPECT_EQ(module->device->flushes, 1);
+    device = nullptr;
+    EXPECT_EQ(isp->closes + module->device->closes, 0);
+}
+
+/** Says when its object dies. */
+template <typename T>
+class Noting : public T {
+  public:
+    explicit Noting(std::function<void()> onDeath) : mOnDeath(std::move(onDeath)) {}
+    ~Noting() override { mOnDeath(); }
+
+  private:
+    std::function<void()> mOnDeath;
+};
+
+/** Hands the only references to a module and an ISP device to `device`, and notes how they go. */
+class ReleaseTest : public DeviceTest {
+  protected:
+    ReleaseTest() {
+        module = new Noting<StandInModule>([this] { note("module"); });
+        isp = nullptr;
+        module->device = new Noting<StandInDevice>([this] { note("device"); });
+        module->registerAsService("internal/0");
+        peer.init();
+        mHal = peer.halInterface();
+        forgetModule();
+        module->device = nullptr;
+        module = nullptr;
+    }
+
+    std::vector<std::string> order;
+
+  private:
+    void note(std::string const& who) {
+        order.push_back(who + (mHal.promote() == nullptr ? " after" : " before") + " hal");
+    }
+
+    wp<HalInterface> mHal;
+};
+
+TEST_F(ReleaseTest, UinitReleasesDeviceThenModuleThenHalInterface) {
+    peer.uinit();
+    EXPECT_THAT(order, ElementsAre("device before hal", "module before hal"));
+    EXPECT_EQ(peer.halInterface(), nullptr);
+    device = nullptr;
+    EXPECT_EQ(order.size(), 2u);
+}
+
+TEST_F(ReleaseTest, TheDestructorReleasesTheModuleFirstAndTheDeviceLast) {
+    device = nullptr;
+    EXPECT_THAT(order, ElementsAre("module before hal", "device after hal"));
+}
+
+TEST_F(LifecycleTest, DestroyClosesOnceAndKeepsTheConfiguration) {
+    SessionParams params{{{1, 0x20, 64, 48, false}}, {{2, 0x23, 64, 48, true}}, nullptr};
+    device->create(&params);
+    gFastDisplayQueue.push(1);
+    gPendingJpegRequestNos.push(7);
+    device->destroy();
+    EXPECT_FALSE(peer.connected());
+    // Both queues are the process's: a device that never used them empties them too.
+    EXPECT_TRUE(gFastDisplayQueue.empty());
+    EXPECT_TRUE(gPendingJpegRequestNos.empty());
+    EXPECT_THAT(peer.inputStreams(), SizeIs(1));
+    EXPECT_THAT(peer.outputStreams(), SizeIs(1));
+    EXPECT_TRUE(peer.raw14bit());
+    device = nullptr;
+    EXPECT_EQ(isp->closes, 1);
+}
+
+TEST_F(LifecycleTest, FlushIgnoresEveryOutcomeInSilence) {
+    peer.init();
+    Transcript log;
+    isp->onFlush = &StandInDevice::transportError;
+    device->flush();
+    isp->onFlush = answering(isphal::Status::INTERNAL_ERROR);
+    device->flush();
+    EXPECT_EQ(isp->flushes, 2);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
+    peer.init();
+    HalInterface& hal = *peer.halInterface();
+    EXPECT_FALSE(HalInterfacePeer::hasHook(hal));
+    sp<isphal::ICallback> const callback = HalInterfacePeer::callback(hal);
+    int32_t const references = callback->getStrongCount();
+    device->setOfflineCallback(callback);
+    EXPECT_TRUE(HalInterfacePeer::hasHook(hal));
+    EXPECT_TRUE(HalInterfacePeer::reservedIsNull(hal));
+    EXPECT_EQ(callback->getStrongCount(), references);
+}
+
+TEST_F(LifecycleDeathTest, InitFails) {
+    module->transportFails = true;
+    EXPECT_FATAL(peer.init(), "Transaction error in openISPDevice from ISPModule:.*stand-in lost");
+    module->transportFails = false;
+    module->status = isphal::Status::RESOURCE_ERROR;
+    EXPECT_FATAL(peer.init(), "openISPDevice failed:RESOURCE_ERROR");
+    module->device = nullptr;  // the status stands before the device
+    EXPECT_FATAL(peer.init(), "openISPDevice failed:RESOURCE_ERROR");
+    module->status = isphal::Status::OK;
+    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is \\(nil\\)");
+    forgetModule();
+    EXPECT_FATAL(peer.init(), "");
+    module->registerAsService("internal/0");
+    module->device = isp;
+    peer.init();
+    module->device = nullptr;
+    std::ostringstream old;
+    old << static_cast<isphal::IDevice*>(isp.get());
+    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is " + old.str());
+}
+
+TEST_F(LifecycleDeathTest, UinitFails) {
+    peer.init();
+    isp->onClose = &StandInDevice::transportError;
+    EXPECT_FATAL(device->destroy(),
+                 "Transaction error in closeISPDevice from ISPDevice:.*stand-in lost");
+    isp->onClose = answering(static_cast<isphal::Status>(6));  // has no name
+    EXPECT_FATAL(peer.uinit(), "closeISPDevice failed:[0x]*6");
+}
+
+TEST(LogTest, ALineNamesItsPlaceAndIsCutAt1023Characters) {
+    Transcript log;
+    quen::logPrint("quenGralloc", quen::kLogWarning, "/far/away/Some.cpp", 12, "doIt", "%s",
+                   std::string(2000, 'x').c_str());
+    std::string const head =
+            g_logInfoLv[2].prefix + std::string("[quenGralloc] Some.cpp:12 doIt() ");
+    EXPECT_THAT(log.rawLines(), ElementsAre(head + std::string(1023 - head.size(), 'x')));
+    quenOfflineDevice device;
+    g_logInfoLv[1].enabled = false;
+    quenOfflineDevicePeer(device).updateMetaData(nullptr, 0, 0);
+    g_logInfoLv[1].enabled = true;
+    EXPECT_THAT(log.lines(), SizeIs(1));
+}
+
+}  // namespace

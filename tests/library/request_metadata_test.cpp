@@ -1,0 +1,144 @@
+#include "support/DeviceTest.h"
+#include "support/MetadataBuilder.h"
+#include "support/Transcript.h"
+
+using namespace quentest;
+using namespace testing;
+using NSCam::IMetadata;
+
+namespace {
+
+constexpr uint32_t kTuningBlobs[] = {0x800b0016, 0x800b0017};
+
+using List = std::vector<int32_t>;
+
+class RequestMetadataTest : public DeviceTest {
+  protected:
+    void prepare(char const* stage, int width = 0, int height = 0) {
+        peer.setStage(stage);
+        peer.updateMetaData(&metadata, width, height);
+    }
+
+    List int32s(uint32_t tag) { return int32sOf(metadata, tag); }
+
+    /** The crop as a rectangle: x, y, width, height. */
+    List cropRect() {
+        auto const rects = itemsOf<NSCam::MRect>(metadata, tags::kCrop, IMetadata::TYPE_MRect);
+        auto const* const first = reinterpret_cast<int32_t const*>(rects.data());
+        return {first, first + 4 * rects.size()};
+    }
+
+    Transcript log;
+    IMetadata metadata;
+};
+
+TEST_F(RequestMetadataTest, ARawRequestWithEveryFact) {
+    std::pair<uint32_t, List> const facts[] = {
+            {tags::kFeedback, {17}},
+            {tags::kUiMode, {-1}},
+            {tags::kEngineerMode, {-2147483640}},  // bit 31 and 0x08
+            {tags::kFusion, {9}},
+            {tags::kSceneMode, {0x400000}},
+            {tags::kDualSlave, {-1}},
+            {tags::kForDepth, {0}},
+            {tags::kFastDisplay, {0}},
+            {tags::kSatCrop, {10, -20, 3000, 2000}},
+    };
+    for (auto const& [tag, items] : facts) {
+        setItems<int32_t>(metadata, tag, items);
+    }
+    setItems<int64_t>(metadata, tags::kCurrentMode, {int64_t{1} << 51});
+    peer.setRaw14bit(true);
+    prepare("RAW2YUV");
+    EXPECT_THAT(log.take(),
+                ElementsAre("D QUEN_FEEDBACK_TUNNINGMODE 17",
+                            "I reprocess currentMode 2251799813685248",
+                            "I reprocess currentUiMode 4294967295",
+                            "I reprocess Engineermode 2147483656", "I reprocess isFusionEnabled 1",
+                            "I reprocess sceneMode 4194304", "I QUEN_CONTROL_ISDUALSLAVE -1",
+                            "I for depth value is 0",
+                            "I QUEN_CONTROL_ISFASTDISPLAYREQUEST 0 read tag isSuccess 1",
+                            "I reprocessStage raw2yuv", "I update tuningMode 6014",
+                            "I reprocessStage RAW2YUV needMsnr 1",
+                            "D update MTK_SCALER_CROP_APP_REGION as [10 -20 3000 2000]"));
+    EXPECT_EQ(int32s(tags::kTuningMode), List{6014});
+    EXPECT_EQ(int32s(tags::kFeatureHint), List{26});
+    EXPECT_EQ(int32s(tags::kNeedMsnr), List{1});
+    EXPECT_EQ(int32s(tags::kRawInputStage), List{1});
+    EXPECT_EQ(int32s(tags::kCrop), (List{10, -20, 3000, 2000}));
+}
+
+TEST_F(RequestMetadataTest, ARawRequestWithoutAnyFact) {
+    for (uint32_t const empty : {tags::kSatCrop, tags::kForDepth}) {  // as good as none
+        metadata.clear();
+        setItems<NSCam::MRect>(metadata, tags::kCrop, {NSCam::MRect({1, 2}, {3, 4})});
+        setItems<int32_t>(metadata, empty, {});
+        prepare("RAW2YUV", 640, 480);
+        EXPECT_THAT(log.take(),
+                    ElementsAre("D QUEN_FEEDBACK_TUNNINGMODE 0",
+                                "E get currentMode from resultMetadata failed",
+                                "E get currentUiMode from resultMetadata failed",
+                                "E get Engineermode from resultMetadata failed",
+                                "E get fusion from resultMetadata failed",
+                                "E get sceneMode from resultMetadata failed",
+                                "I QUEN_CONTROL_ISDUALSLAVE -1", "I for depth value is 0",
+                                "I QUEN_CONTROL_ISFASTDISPLAYREQUEST -1 read tag isSuccess 0",
+                                "I reprocessStage raw2yuv", "I update tuningMode 6019",
+                                "I reprocessStage RAW2YUV needMsnr 1",
+                                "I QUEN_PARAMETER_CROP_REGION_SAT not set, not sat case, app have "
+                                "set MTK_SCALER_CROP_APP_REGION"));
+        EXPECT_THAT(cropRect(), ElementsAre(1, 2, 3, 4));
+    }
+}
+
+TEST_F(RequestMetadataTest, ABypassIsSaidBetweenDepthAndFastDisplay) {
+    setItems<int32_t>(metadata, tags::kDualSlave, {0});
+    setItems<int32_t>(metadata, tags::kForDepth, {2});
+    setItems<int32_t>(metadata, tags::kFastDisplay, {1});
+    prepare("neither");
+    auto const lines = log.lines();
+    EXPECT_THAT(std::vector(lines.end() - 4, lines.end()),
+                ElementsAre("I QUEN_CONTROL_ISDUALSLAVE 0", "I for depth value is 2",
+                            "I setDualCamBypass set true",
+                            "I QUEN_CONTROL_ISFASTDISPLAYREQUEST 1 read tag isSuccess 1"));
+}
+
+TEST_F(RequestMetadataTest, AJpegRequestCropsToItsPicture) {
+    for (auto const& [mode, needMsnr] :
+         {std::pair<int64_t, int32_t>(0, 0), {1 << 24, 1}, {~(1 << 24), 0}, {-1, 1}}) {
+        metadata.clear();
+        setItems<int32_t>(metadata, tags::kSatCrop, {1, 2, 3, 4});
+        setItems<int32_t>(metadata, tags::kCrop, {5, 6, 7, 8});
+        if (mode != -1) {  // as good as none
+            setItems<int64_t>(metadata, tags::kCurrentMode, {mode});
+        }
+        prepare("YUV2JPEG", 4000, 3000);
+        EXPECT_EQ(log.lines().back(),
+                  "I reprocessStage YUV2JPEG cropRegion width 4000, height 3000 needMsnr " +
+                          std::to_string(needMsnr));
+        EXPECT_THAT(cropRect(), ElementsAre(0, 0, 4000, 3000));
+        EXPECT_EQ(int32s(tags::kNeedMsnr), List{needMsnr});
+        EXPECT_EQ(int32s(tags::kRawInputStage), List{0});
+        EXPECT_FALSE(hasTag(metadata, tags::kTuningMode));
+        EXPECT_FALSE(hasTag(metadata, tags::kFeatureHint));
+    }
+}
+
+TEST_F(RequestMetadataTest, EveryStageSetsTheDepthAndRemovesTheTuningBlobs) {
+    for (std::string const stage : {"RAW2YUV", "YUV2JPEG", "raw2yuv", "YUV2JPE", ""}) {
+        for (bool const raw14bit : {false, true}) {
+            SCOPED_TRACE(stage);
+            metadata.clear();
+            setItems<int32_t>(metadata, tags::kRawBitDepth, {1, 2, 3});
+            setItems<uint8_t>(metadata, kTuningBlobs[0], {1, 2});
+            setItems<uint8_t>(metadata, kTuningBlobs[1], {3});
+            peer.setRaw14bit(raw14bit);
+            prepare(stage.c_str());
+            EXPECT_EQ(int32s(tags::kRawBitDepth), List{raw14bit ? 14 : 10});
+            EXPECT_FALSE(hasTag(metadata, kTuningBlobs[0]) || hasTag(metadata, kTuningBlobs[1]));
+            EXPECT_EQ(metadata.count() > 1, stage == "RAW2YUV" || stage == "YUV2JPEG");
+        }
+    }
+}
+
+}  // namespace

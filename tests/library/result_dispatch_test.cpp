@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include <quenOfflineDevice/JpegHandover.h>
+
+#include "support/Lines.h"
+#include "support/MetadataBuilder.h"
+#include "support/PlaneLayouts.h"
+#include "support/RecordingCallback.h"
+#include "support/Requests.h"
+
+namespace {
+
+using namespace quentest;
+using testing::ElementsAre;
+
+constexpr uint32_t kBufferIndex = 0xc00c0018;
+constexpr uint32_t kCurrentMode = 0xc0030014;
+constexpr uint32_t kTuningData = 0x800b0017;
+constexpr uint32_t kTuningBytes = 0x1fa400;
+
+class ResultDispatchTest : public testing::Test {
+  protected:
+    /** Records a request for the client, delivers its result and expects these lines of it. */
+    void exchange(OfflineRequest* request, std::vector<uint8_t> const& metadata,
+                  std::string const& lines) {
+        std::string const frame = std::string("I reprocess result stage ") + request->stage +
+                                  " number 7 Result callback, result.status is OK 1 ";
+        mBridge.hal->recordISPRequest(request, mClient);
+        Transcript transcript;
+        EXPECT_TRUE(mBridge.deliver(7, 0, metadata));
+        EXPECT_EQ(deviceLines(transcript),
+                  linesOf(frame + "E\nD callback request\n" + lines +
+                          "\nI all result process done, single waitForRequestDrained\n" + frame +
+                          "X"));
+        auto const calls = mClient->calls();
+        mTold = calls.at(calls.size() - 2).metadata;
+    }
+    /** An entry of the metadata that the client was told of last; null when there is none. */
+    camera_metadata_ro_entry_t const* told(uint32_t tag) {
+        auto const* const metadata = reinterpret_cast<camera_metadata const*>(mTold.data());
+        return find_camera_metadata_ro_entry(metadata, tag, &mEntry) == 0 ? &mEntry : nullptr;
+    }
+    /** Writes what the ISP leaves at the start of an output tuning buffer. */
+    static void writeTuning(Mapping const& memory, int32_t usedBytes) {
+        std::iota(memory.data(), memory.data() + 256, uint8_t{0});
+        for (auto const& [offset, value] : {std::pair(0, 11), {12, 22}, {32, usedBytes}}) {
+            memcpy(memory.data() + offset, &value, sizeof(value));
+        }
+    }
+
+    HookedMapper& mMapper = *Graphics::fresh().mapper;
+    Bridge mBridge;
+    android::sp<RecordingCallback> const mClient = new RecordingCallback;
+    std::vector<uint8_t> mTold;
+    camera_metadata_ro_entry_t mEntry;
+};
+
+TEST_F(ResultDispatchTest, StatusMapping) {
+    uint32_t const mapping[] = {0, 1, 2, 3, 4, 5, 0, 7, 0};
+    for (uint32_t status = 0; status < 9; ++status) {
+        EXPECT_EQ(HalInterfacePeer::convertStatus(status), mapping[status]);
+    }
+    EXPECT_EQ(HalInterfacePeer::convertStatus(0x80000000), 0u);
+    EXPECT_EQ(HalInterfacePeer::convertStatus(0xFFFFFFFF), 0u);
+}
+
+TEST_F(ResultDispatchTest, UnknownAndEarlyResultsChangeNothing) {
+    mBridge.hal->recordISPRequest(newRequest(7), mClient);
+    Transcript transcript;
+    EXPECT_TRUE(mBridge.deliver(8, 5));
+    EXPECT_TRUE(mBridge.callback->processEarlyResult({7, {}, isphal::Status::OK}).isOk());
+    EXPECT_TRUE(mBridge.callback->processEarlyResult({7, {}, isphal::Status(6)}).isOk());
+    EXPECT_THAT(transcript.take(),
+                ElementsAre("E cannot find capture request 8", "E processResult 7 failed"));
+    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 1u);
+    EXPECT_EQ(mClient->calls().size(), 0u);
+    EXPECT_TRUE(mBridge.deliver(7));
+    transcript.take();
+    EXPECT_TRUE(mBridge.deliver(7));
+    EXPECT_THAT(transcript.take(), ElementsAre("E cannot find capture request 7"));
+}
+
+TEST_F(ResultDispatchTest, ClientIsToldTheMetadataThenTheEnd) {
+    OfflineRequest* const request = newRequest(7);
+    setItems<int64_t>(*request->metadata, kCurrentMode, {-5});
+    mBridge.hal->recordISPRequest(request, mClient);
+    mBridge.hal->recordISPRequest(newRequest(8), mClient);
+    gJpegResultStatus = 99;
+    Transcript transcript;
+    EXPECT_TRUE(mBridge.deliver(7, 5, ispBuffer({})));
+    EXPECT_TRUE(mBridge.deliver(8, 6));  // without metadata; the status has no name
+    EXPECT_EQ(transcript.lines(), linesOf(R"(
+            I reprocess result stage YUV2JPEG number 7 Result callback, result.status is OK 0 E
+            E processResult 7 failed
+            D callback request
+            D ISPMeta entry count : 0
+            I resultMetadata currentMode -5
+            I reprocess result stage YUV2JPEG number 7 Result callback, result.status is OK 0 X
+            I reprocess result stage YUV2JPEG number 8 Result callback, result.status is OK 0 E
+            E processResult 8 failed
+            D callback request
+            E get currentMode failed from resultMetadata
+            I all result process done, single waitForRequestDrained
+            I reprocess result stage YUV2JPEG number 8 Result callback, result.status is OK 0 X)"));
+    std::vector<std::string> calls;
+    for (RecordingCallback::Call const& call : mClient->calls()) {
+        calls.push_back((call.isMetadata ? "metadata " : "end ") +
+                        std::to_string(call.requestNumber) + ":" + std::to_string(call.status));
+    }
+    EXPECT_THAT(calls, ElementsAre("metadata 7:5", "end 7:5", "metadata 8:0", "end 8:0"));
+    EXPECT_EQ(mClient->getStrongCount(), 1);
+    EXPECT_EQ(gJpegResultStatus, 99);
+}
+
+class LostClient : public RecordingCallback {
+    Return<void> notifyRequestResult(uint32_t, postproc::Status) override {
+        return lostTransport();
+    }
+    Return<void> notifyResultMetadata(uint32_t, hidl_vec<uint8_t> const&,
+                                      postproc::Status) override {
+        return lostTransport();
+    }
+};
+
+TEST_F(ResultDispatchTest, LostClientIsIgnored) {
+    mBridge.hal->recordISPRequest(newRequest(7), new LostClient);
+    EXPECT_TRUE(mBridge.deliver(7, 0, ispBuffer({})));
+    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 0u);
+}
+
+TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
+    constexpr uint32_t kTuningMode = 0x800b000e;
+    constexpr uint32_t kNeedMsnr = 0x800b000b;
+    constexpr int kNone = -1000;
+    struct Case {
+        int inResult, inRequest, told;
+    };
+    for (Case const& c : {Case{5, 3, 5},
+                          {5, kNone, 5},
+                          {kNone, 3, 3},
+                          {-1, 3, 3},
+                          {0, 3, 0},
+                          {kNone, kNone, kNone}}) {
+        OfflineRequest* const request = newRequest(7);
+        setItems<int32_t>(*request->metadata, kTuningMode, {6003});
+        std::vector<IspRecordBytes> records = {ispRecord<int32_t>(kTuningMode, 1, {1}),
+                                               ispRecord<int32_t>(kNeedMsnr, 1, {1}),
+                                               ispRecord<int64_t>(kCurrentMode, 2, {1LL << 40})};
+        std::string lines = R"(
+                D tag : 0x800B000E
+                D tag : 0x800B000B
+                D tag : 0xC0030014)";
+        if (c.inRequest != kNone) {
+            setItems<int32_t>(*request->metadata, kBufferIndex, {c.inRequest});
+        }
+        if (c.inResult != kNone) {
+            records.push_back(ispRecord<int32_t>(kBufferIndex, 1, {c.inResult}));
+            lines += "\nD tag : 0xC00C0018";
+        }
+        exchange(request, ispBuffer(records),
+                 "D ISPMeta entry count : " + std::to_string(records.size()) + lines +
+                         "\nI resultMetadata currentMode 1099511627776");
+        EXPECT_EQ(told(kTuningMode)->data.i32[0], 6003);
+        EXPECT_EQ(told(kNeedMsnr)->data.i32[0], 1);
+        EXPECT_EQ(told(kBufferIndex) ? mEntry.data.i32[0] : kNone, c.told);
+        EXPECT_EQ(told(kTuningData), nullptr);  // not a raw stage
+    }
+}
+
+TEST_F(ResultDispatchTest, TuningDataOfARawStageComesWithTheMetadata) {
+    hidl_handle const graphic = allocateGraphic(kTuningBytes, 1, 0x21);
+    Mapping const memory(graphic->data[0]);
+    Fence const fence;
+    for (int32_t const usedBytes : {41, 0}) {
+        writeTuning(memory, usedBytes);
+        mMapper.calls.clear();
+        fenceUnlocks(mMapper, fence);
+        OfflineRequest* const request = newRequest(7, "RAW2YUV");
+        request->inputTuningBuffer = graphic;
+        request->outputTuningBuffer = graphic;
+        int const descriptors = openDescriptors();
+        exchange(request, ispBuffer({}),
+                 R"(
+                D ISPMeta entry count : 0
+                E get currentMode failed from resultMetadata
+                I requestNo 11, frameNumber 22, totalUsedBytes )" +
+                         std::to_string(usedBytes));
+        ASSERT_NE(told(kTuningData), nullptr);
+        EXPECT_EQ(std::vector<uint8_t>(mEntry.data.u8, mEntry.data.u8 + mEntry.count),
+                  memory.bytes(static_cast<size_t>(usedBytes)));
+        // The last two frees are of the request's own buffers.
+        EXPECT_THAT(mMapper.calls, ElementsAre("import", "lock", "unlock", "free", "free", "free"));
+        EXPECT_EQ(mMapper.lockUsage, 3u);
+        EXPECT_EQ(mMapper.lockRegion.width, static_cast<int32_t>(kTuningBytes));
+        EXPECT_EQ(mMapper.lockRegion.height, 1);
+        EXPECT_EQ(openDescriptors(), descriptors - 2);
+    }
+}
+
+TEST_F(ResultDispatchTest, ExternalTuningDataStaysWhereItIs) {
+    MemoryBuffer const shared(kTuningBytes);
+    writeTuning(shared, 41);
+    int const descriptors = openDescriptors();
+    OfflineRequest* const request = newRequest(7, "RAW2YUV");
+    {
+        BorrowedHandle const form({0}, {shared.fd(), 0});
+        hidl_handle const borrowed(form.get());
+        request->inputTuningBuffer = borrowed;  // clones
+        request->outputTuningBuffer = borrowed;
+    }
+    request->tuningBufferIsExternal = true;
+    std::string const fd = ", " + std::to_string(shared.fd());
+    exchange(request, ispBuffer({}),
+             R"(
+            D ISPMeta entry count : 0
+            E get currentMode failed from resultMetadata
+            I requestNo 11, frameNumber 22, totalUsedBytes 41, bufferFd FD
+            D inputTuningData FD FD)" +
+                     fd + "\nD outputTuningData FD FD" + fd);
+    EXPECT_EQ(told(kTuningData), nullptr);
+    EXPECT_THAT(mMapper.calls, ElementsAre());
+    EXPECT_EQ(openDescriptors(), descriptors);  // the clones' slots are closed, the buffer's is not
+}
+
+TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {
+    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
+    for (auto const& [status, stored] : {std::pair(7u, 7), {0u, 0}, {6u, 0}}) {
+        gJpegResultStatus = 99;
+        mMapper.calls.clear();
+        OfflineRequest* const request = newRequest(7, "RAW2YUV");
+        request->inputTuningBuffer = graphic;
+        mBridge.hal->recordISPRequest(request, nullptr);
+        Transcript transcript;
+        EXPECT_TRUE(mBridge.deliver(7, status, ispBuffer({})));
+        EXPECT_EQ(gJpegResultStatus, stored);
+        EXPECT_THAT(mMapper.calls, ElementsAre("free"));
+        if (status == 6) {
+            EXPECT_EQ(deviceLines(transcript), linesOf(R"(
+                I reprocess result stage RAW2YUV number 7 Result callback, result.status is OK 0 E
+                E processResult 7 failed
+                I JPEG callback
+                I JPEG callback signal process
+                I all result process done, single waitForRequestDrained
+                I reprocess result stage RAW2YUV number 7 Result callback, result.status is OK 0 X)"));
+        }
+    }
+    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 0u);
+}
+
+}  // namespace

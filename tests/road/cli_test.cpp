@@ -1,0 +1,282 @@
+// quen-reprocess as its user meets it: files in, files and words out, an exit code.
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Outcome {
+    int exitCode;
+    std::string out;
+    std::string err;
+};
+
+// A colour in linear light, and as full-range YUV of its sRGB.
+struct Colour {
+    double linear[3];
+    int y, cb, cr;
+};
+
+constexpr Colour kGrey = {{0.18, 0.18, 0.18}, 118, 128, 128};
+constexpr Colour kBrick = {{0.5, 0.05, 0.05}, 100, 107, 190};
+constexpr double kGains[3] = {2.0, 1.0, 1.5};
+constexpr uint32_t kWidth = 64;
+constexpr uint32_t kHeight = 48;
+
+uint32_t channelOf(std::string const& order, uint32_t x, uint32_t y) {
+    return static_cast<uint32_t>(std::string("rgb").find(order[(y & 1) * 2 + (x & 1)]));
+}
+
+// An evenly lit surface as an unbalanced sensor sees it.
+std::vector<uint16_t> mosaic(Colour const& colour, std::string const& order, int bits, int black) {
+    std::vector<uint16_t> samples;
+    double const range = (1 << bits) - 1 - black;
+    for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
+        uint32_t const channel = channelOf(order, i % kWidth, i / kWidth);
+        double const light = colour.linear[channel] / kGains[channel];
+        samples.push_back(static_cast<uint16_t>(std::lround(black + range * light)));
+    }
+    return samples;
+}
+
+template <typename Items>
+std::string bytesOf(Items const& items) {
+    return {reinterpret_cast<char const*>(std::data(items)), std::size(items) * sizeof(items[0])};
+}
+
+std::string asRaw10(std::vector<uint16_t> const& samples) {
+    std::string bytes;
+    for (size_t i = 0; i < samples.size(); i += 4) {
+        unsigned low = 0;
+        for (size_t k = 0; k < 4; ++k) {
+            bytes.push_back(static_cast<char>(samples[i + k] >> 2));
+            low |= (samples[i + k] & 3u) << 2 * k;
+        }
+        bytes.push_back(static_cast<char>(low));
+    }
+    return bytes;
+}
+
+// The smallest DNG there is: one strip of 14-bit samples, with the facts that a camera would give.
+std::string asDng(Colour const& colour, std::string const& order) {
+    // From XYZ to sRGB, and white.
+    constexpr double kMatrixAndNeutral[12] = {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415,
+                                              0.0557, -0.2040, 1.0570,  1,       1,      1};
+    std::vector<uint32_t> fractions;
+    for (uint32_t i = 0; i < 12; ++i) {
+        double const value = kMatrixAndNeutral[i] / kGains[i < 9 ? i / 3 : i - 9];
+        fractions.push_back(static_cast<uint32_t>(std::lround(value * 10000)));
+        fractions.push_back(10000);
+    }
+    uint32_t pattern = 0;
+    for (uint32_t i = 0; i < 4; ++i) {
+        pattern |= channelOf(order, i & 1, i >> 1) << 8 * i;
+    }
+    struct {
+        uint16_t tag, type;
+        uint32_t count, value;
+    } const fields[] = {
+            {256, 4, 1, kWidth},    {257, 4, 1, kHeight},       {258, 3, 1, 16},
+            {259, 3, 1, 1},         {262, 3, 1, 32803},         {271, 2, 2, 'Q'},
+            {272, 2, 2, 'T'},       {273, 4, 1, 1024},          {274, 3, 1, 6},
+            {277, 3, 1, 1},         {278, 4, 1, kHeight},       {279, 4, 1, kWidth * kHeight * 2},
+            {33421, 3, 2, 0x20002}, {33422, 1, 4, pattern},     {50706, 1, 4, 0x401},
+            {50708, 2, 2, 'Q'},     {50714, 3, 1, 512},         {50717, 4, 1, 16383},
+            {50721, 10, 9, 512},    {50728, 5, 3, 512 + 9 * 8}, {50778, 3, 1, 21},
+    };
+    std::string file("II*\0\10\0\0\0", 8);
+    file.push_back(std::size(fields));
+    file.push_back(0);
+    file += bytesOf(fields);
+    file.resize(512);
+    file += bytesOf(fractions);
+    file.resize(1024);
+    return file + bytesOf(mosaic(colour, order, 14, 512));
+}
+
+class CliTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::remove_all(mFolder);
+        ASSERT_TRUE(fs::create_directory(mFolder));
+    }
+    void TearDown() override { fs::remove_all(mFolder); }
+
+    std::string path(std::string const& name) const { return (mFolder / name).string(); }
+
+    void put(std::string const& name, std::string const& bytes) const {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+
+    std::string get(std::string const& name) const {
+        std::ifstream file(path(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    }
+
+    // Everything in the folder but what the runs print, hidden files included.
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (auto const& entry : fs::recursive_directory_iterator(mFolder)) {
+            if (entry.is_regular_file() && entry.path().extension() != ".txt") {
+                found.insert(fs::relative(entry.path(), mFolder).string());
+            }
+        }
+        return found;
+    }
+
+    Outcome run(std::string const& arguments) const {
+        std::string const command = "cd '" + mFolder.string() + "' && '" QUEN_REPROCESS "' " +
+                                    arguments + " >out.txt 2>err.txt";
+        int const status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, get("out.txt"), get("err.txt")};
+    }
+
+    // The middle of an NV21 picture, away from what a border may do.
+    void expectColour(std::string const& name, Colour const& colour) const {
+        std::string const picture = get(name);
+        ASSERT_EQ(kWidth * kHeight * 3 / 2, picture.size()) << name;
+        auto const at = [&](size_t offset) { return static_cast<uint8_t>(picture[offset]); };
+        size_t const chroma = kWidth * kHeight * 5 / 4 + kWidth / 2;
+        EXPECT_NEAR(colour.y, at(kWidth * kHeight / 2 + kWidth / 2), 2) << name;
+        EXPECT_NEAR(colour.cr, at(chroma), 2) << name;
+        EXPECT_NEAR(colour.cb, at(chroma + 1), 2) << name;
+    }
+
+    fs::path const mFolder = fs::temp_directory_path() / ("quen-cli-" + std::to_string(::getpid()));
+};
+
+}  // namespace
+
+TEST_F(CliTest, EveryBayerOrderAndContainerGivesTheSurfaceItsColour) {
+    for (Colour const& colour : {kGrey, kBrick}) {
+        for (std::string const order : {"rggb", "grbg", "gbrg", "bggr"}) {
+            std::string const headerless = " --size 64x48 --wb 2,1,1.5 --bayer " + order;
+            auto const ten = mosaic(colour, order, 10, 64);
+            put("words.raw", bytesOf(ten));
+            put("packed.raw", asRaw10(ten));
+            put("twelve.raw", bytesOf(mosaic(colour, order, 12, 256)));
+            put("camera.dng", asDng(colour, order));
+            for (std::string const& input :
+                 {"words.raw --black 64" + headerless, "words.raw --black 64 --raw16" + headerless,
+                  "packed.raw --black 64" + headerless,
+                  "twelve.raw --bits 12 --black 256" + headerless, std::string("camera.dng")}) {
+                SCOPED_TRACE(order + " " + input);
+                Outcome const outcome = run(input + " -o out.nv21");
+                ASSERT_EQ(0, outcome.exitCode) << outcome.err;
+                expectColour("out.nv21", colour);
+                fs::remove(path("out.nv21"));
+            }
+        }
+    }
+}
+
+TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
+    put("shot.dng", asDng(kBrick, "rggb"));
+    Outcome const both = run("shot.dng -o shot.jpg --info --set 0x800b000e=7 --mode 0x2");
+    ASSERT_EQ(0, both.exitCode) << both.err;
+    // Bit 1 of the mode chooses tuning 6003, whatever the client says.
+    for (char const* const line :
+         {"tuningMode[^\n]* 6003\n", "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV",
+          "YUV2JPEG", "totalUsedBytes"}) {
+        EXPECT_THAT(both.out, ContainsRegex(line));
+    }
+    Outcome const plain = run("shot.dng -o shot.nv21 --info --ui-mode 16");
+    EXPECT_THAT(plain.out, ContainsRegex("rawBitDepth[^\n]* 10\n"));
+    expectColour("shot.nv21", kBrick);
+
+    EXPECT_EQ(0, run("shot.nv21 --size 64x48 -o from-nv21.jpg").exitCode);
+    EXPECT_EQ(0, run("shot.dng -o shot.yuv --ui-mode 16").exitCode);
+    EXPECT_EQ(0, run("shot.yuv --size 64x48 -o from-yuv.jpg").exitCode);
+    EXPECT_EQ(get("from-nv21.jpg").size(), get("from-yuv.jpg").size());
+    // The camera was turned: both encodings say so, the second because the first did.
+    EXPECT_EQ(0, run("shot.jpg -o again.jpg").exitCode);
+    EXPECT_THAT(get("again.jpg"), HasSubstr(std::string("\0\x11\x08\0\x30\0\x40", 7)));  // 64x48
+    EXPECT_THAT(run("again.jpg -o third.jpg --info").out, ContainsRegex("orientation[^\n]* 90\n"));
+}
+
+TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
+    fs::create_directory(mFolder / "a");
+    put("good.dng", asDng(kGrey, "rggb"));
+    put("a/good.dng", asDng(kGrey, "bggr"));
+    put("broken.jpg", std::string("\xff\xd8\xff\xe0\0\x10J", 7));
+    put("noise.dng", std::string(5000, 7));
+    Outcome const outcome = run("good.dng broken.jpg noise.dng a/good.dng missing.dng -o out");
+    EXPECT_EQ(1, outcome.exitCode);
+    for (char const* const name : {"broken.jpg: ", "noise.dng: ", "missing.dng: "}) {
+        EXPECT_THAT(outcome.err, HasSubstr(name));
+    }
+    EXPECT_THAT(outcome.out, HasSubstr("2 of 5 reprocessed, 3 failed"));
+    EXPECT_THAT(names(), ElementsAre("a/good.dng", "broken.jpg", "good.dng", "noise.dng",
+                                     "out/good-2.jpg", "out/good.jpg"));
+
+    // What stood there before a failure stays.
+    put("kept.jpg", "kept");
+    EXPECT_EQ(1, run("noise.dng -o kept.jpg").exitCode);
+    for (std::string const arguments :
+         {"good.dng --set 0x000d0000=0,0,-5,9", "out/good.jpg --set android.jpeg.orientation=7"}) {
+        Outcome const refused = run(arguments + " -o kept.jpg");
+        EXPECT_EQ(1, refused.exitCode) << arguments;
+        EXPECT_THAT(refused.err, HasSubstr("ILLEGAL_ARGUMENT"));
+    }
+    EXPECT_EQ("kept", get("kept.jpg"));
+    for (char const* const arguments : {"good.dng -o nowhere/x.jpg", "out/good.jpg -o out/good.jpg",
+                                        "out/good.jpg -o decoded.nv21"}) {
+        EXPECT_EQ(1, run(arguments).exitCode) << arguments;
+    }
+}
+
+TEST_F(CliTest, HeaderlessFilesMustBeWhatTheyAreSaidToBe) {
+    put("words.raw", bytesOf(mosaic(kGrey, "rggb", 12, 0)));
+    put("short.raw", std::string(1000, 0));
+    std::pair<std::string, char const*> const cases[] = {
+            {"words.raw --size 64x48 --bayer rggb --bits 8", "--bits"},
+            {"words.raw --size 64x50 --bayer rggb --bits 12", "6400"},
+            {"short.raw --size 64x48 --bayer rggb", "3840 as packed RAW10"},
+            {"words.raw --size 64x48 --bayer rggb --bits 12 --black 4095", "--black"},
+            {"words.raw", "--bayer"},
+    };
+    for (auto const& [arguments, says] : cases) {
+        Outcome const outcome = run(arguments + " -o x.jpg");
+        EXPECT_EQ(1, outcome.exitCode) << arguments;
+        EXPECT_THAT(outcome.err, HasSubstr(says));
+    }
+    EXPECT_THAT(names(), ElementsAre("short.raw", "words.raw"));
+}
+
+TEST_F(CliTest, AWrongCommandLineDoesNothing) {
+    put("in.dng", asDng(kGrey, "rggb"));
+    for (char const* const arguments :
+         {"", "in.dng", "in.dng -o x", "in.dng -o x.jpg --format yuv",
+          "in.dng -o x.jpg --quality 0", "in.dng -o x.jpg --set nosuchtag=1",
+          "in.dng -o x.jpg --set currentMode=abc", "in.dng -o x.jpg --set 0x000d0000=1,2",
+          "in.dng -o x.jpg --bayer rggb", "demo in.dng"}) {
+        Outcome const outcome = run(arguments);
+        EXPECT_EQ(2, outcome.exitCode) << arguments;
+        EXPECT_FALSE(outcome.err.empty()) << arguments;
+    }
+    EXPECT_THAT(names(), ElementsAre("in.dng"));
+    EXPECT_EQ(0, run("--help").exitCode);
+    // Without the three standard descriptors no file of the run takes their place.
+    std::string const bare =
+            "'" QUEN_REPROCESS "' " + path("in.dng") + " -o " + path("x.nv21") + " 0<&- 1>&- 2>&-";
+    EXPECT_EQ(0, std::system(bare.c_str()));
+    expectColour("x.nv21", kGrey);
+}

@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "host/isp/SoftwareIspModule.h"
+#include "support/MetadataBuilder.h"
+#include "support/RecordingCallback.h"
+#include "support/Road.h"
+
+namespace {
+
+using namespace quentest;
+
+constexpr int kWidth = 64;
+constexpr int kHeight = 48;
+constexpr int kRequests = 2000;
+constexpr int kWarmUp = 40;  // fills the pool of 3A buffers, starts every thread
+
+// The heap and the sanitizers map memory of their own; a leak shows by hundreds.
+constexpr long kMappingsOfOthers = 40;
+
+long mappings() {
+    std::ifstream maps("/proc/self/maps");
+    return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+}
+
+TEST(Endurance, ThousandsOfRequestsLeaveNothingBehind) {
+    hidl_handle const raw = allocateGraphic(kWidth, kHeight, 0x25);
+    hidl_handle const developed = allocateGraphic(kWidth, kHeight, 0x23);
+    MemoryBuffer const packed(kWidth * kHeight * 3 / 2);
+    MemoryBuffer const encoded(16384);
+    ImageBuffer const rawInput = imageOf(1, 0x25, kWidth, kHeight, raw);
+    ImageBuffer const yuvOutput = imageOf(2, 0x23, kWidth, kHeight, developed);
+    ImageBuffer const yuvInput = packed.image(3, 0x23, kWidth, kHeight);
+    ImageBuffer const jpegOutput = encoded.image(4, 0x21, kWidth, kHeight);
+
+    ASSERT_EQ(quen::host::isp::registerSoftwareIsp(), 0);
+    setJpegTimeout("1");
+    Road road;
+    road.create(rawInput, {yuvOutput});
+    auto const run = [&](int first, int count) {
+        for (int i = first; i < first + count && !testing::Test::HasFailure(); i += 2) {
+            // Every other pair has its tuning data in 3A buffers, the rest in graphic buffers.
+            MetadataBuilder settings;
+            if (i % 4 == 0) {
+                settings.i32(0xc00c0018, 1);
+            }
+            android::sp<RecordingCallback> const client = new RecordingCallback;
+            EXPECT_EQ(road.process(i, rawInput, {yuvOutput}, settings.get(), client), 0);
+            EXPECT_TRUE(client->waitFor(2));
+            road.waitUntilDrained();
+            EXPECT_EQ(client->calls().back().status, 0u);
+            EXPECT_GT(road.process(i + 1, yuvInput, {jpegOutput}, settings.get(), nullptr), 0);
+            road.waitUntilDrained();
+            Graphics::fresh();  // forgets the calls that it remembers
+        }
+    };
+    run(0, kWarmUp);
+    int const descriptors = openDescriptors();
+    long const maps = mappings();
+    run(kWarmUp, kRequests);
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_LE(mappings(), maps + kMappingsOfOthers);
+    road.device.destroy();
+}
+
+}  // namespace

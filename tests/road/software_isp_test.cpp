@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <turbojpeg.h>
+
+#include <array>
+#include <cmath>
+
+#include <quen/Quen3AInfoManager.h>
+#include <quenGralloc/MapperHelper.h>
+
+#include "host/isp/SoftwareIspModule.h"
+#include "support/MetadataBuilder.h"
+#include "support/RecordingCallback.h"
+#include "support/Road.h"
+
+namespace {
+
+using namespace quentest;
+namespace isp = quen::host::isp;
+
+constexpr int kWidth = 64;
+constexpr int kHeight = 48;
+constexpr int kRaw16 = 0x20;
+constexpr int kYuv = 0x23;
+constexpr int kRaw10 = 0x25;
+constexpr uint32_t kBufferIndex = 0xc00c0018;
+
+// Linear light that displays as middle grey.
+constexpr double kMiddleGrey = 0.2140;
+
+class SoftwareIspTest : public testing::Test {
+  protected:
+    SoftwareIspTest() {
+        Graphics::fresh();
+        EXPECT_EQ(isp::registerSoftwareIsp({}), 0);
+    }
+    ~SoftwareIspTest() override { mRoad.device.destroy(); }
+
+    /** Fills a RAW buffer with one sample for each Bayer position of two rows. */
+    static void fillRaw(hidl_handle const& handle, int format, std::array<int, 4> const& samples) {
+        Mapping const memory(handle->data[0]);
+        std::vector<MapperHelper::PlaneLayout> planes;
+        MapperHelper mapper = MapperHelper::getInstance();
+        native_handle_t const* buffer = handle.getNativeHandle();
+        mapper.importBuffer(buffer);
+        ASSERT_EQ(mapper.getPlaneLayouts(buffer, &planes), 0);
+        mapper.freeBuffer(buffer);
+        memset(memory.data(), 0, memory.size());
+        for (int row = 0; row < kHeight; ++row) {
+            uint8_t* const line = memory.data() + row * planes.at(0).strideInBytes;
+            for (int x = 0; x < kWidth; ++x) {
+                int const sample = samples[row % 2 * 2 + x % 2];
+                if (format == kRaw16) {
+                    line[2 * x] = static_cast<uint8_t>(sample);
+                    line[2 * x + 1] = static_cast<uint8_t>(sample >> 8);
+                } else {
+                    uint8_t* const group = line + x / 4 * 5;
+                    group[x % 4] = static_cast<uint8_t>(sample >> 2);
+                    group[4] |= static_cast<uint8_t>((sample & 3) << (2 * (x % 4)));
+                }
+            }
+        }
+    }
+    static void expectMiddleGrey(hidl_handle const& handle, int width, int height) {
+        MapperHelper mapper = MapperHelper::getInstance();
+        native_handle_t const* buffer = handle.getNativeHandle();
+        mapper.importBuffer(buffer);
+        android_ycbcr picture = {};
+        ASSERT_EQ(mapper.lockYCbCr_4_0(buffer, 0x3, {0, 0, width, height}, -1, picture), 0);
+        for (int row = 0; row < height; ++row) {
+            for (int x = 0; x < width; ++x) {
+                size_t const chroma = row / 2 * picture.cstride + x / 2 * picture.chroma_step;
+                EXPECT_NEAR(static_cast<uint8_t*>(picture.y)[row * picture.ystride + x], 128, 3);
+                EXPECT_NEAR(static_cast<uint8_t*>(picture.cb)[chroma], 128, 1);
+                EXPECT_NEAR(static_cast<uint8_t*>(picture.cr)[chroma], 128, 1);
+            }
+        }
+        int fence = -1;
+        mapper.unlock(buffer, fence);
+        mapper.freeBuffer(buffer);
+    }
+    /** Develops a RAW buffer into a YUV one of that size, which is to come out grey. */
+    void develop(hidl_handle const& raw, int format, int width, int height,
+                 MetadataBuilder const& settings) {
+        hidl_handle const yuv = allocateGraphic(width, height, kYuv);
+        android::sp<RecordingCallback> const client = new RecordingCallback;
+        ImageBuffer const input = imageOf(1, format, kWidth, kHeight, raw);
+        ImageBuffer const output = imageOf(2, kYuv, width, height, yuv);
+        if (!mRoad.peer.connected()) {
+            mRoad.create(input, {output}, settings.get());
+        }
+        EXPECT_EQ(mRoad.process(++mFrame, input, {output}, settings.get(), client), 0);
+        EXPECT_TRUE(client->waitFor(2));
+        mRoad.waitUntilDrained();
+        EXPECT_EQ(client->calls().back().status, 0u);
+        expectMiddleGrey(yuv, width, height);
+    }
+
+    Road mRoad;
+    int32_t mFrame = 32;
+};
+
+TEST_F(SoftwareIspTest, UiModeDecidesTheDepthOfRaw16) {
+    struct Case {
+        int format, uiMode, bits, scale;
+    };
+    for (Case const& c : {Case{kRaw10, 0, 10, 1},
+                          {kRaw10, 0, 10, 2},  // configures anew
+                          {kRaw16, 35, 14, 1},
+                          {kRaw16, 16, 10, 1}}) {
+        hidl_handle const raw = allocateGraphic(kWidth, kHeight, c.format);
+        int const sample = static_cast<int>(std::lround(kMiddleGrey * ((1 << c.bits) - 1)));
+        fillRaw(raw, c.format, {sample, sample, sample, sample});
+        MetadataBuilder settings;
+        settings.i32(0xc0080001, c.uiMode);
+        develop(raw, c.format, kWidth / c.scale, kHeight / c.scale, settings);
+    }
+}
+
+TEST_F(SoftwareIspTest, FactsOfTheCaptureReachTheIspAndComeBack) {
+    // A grey card under a warm light, on a black level of 64.
+    isp::CaptureFacts facts;
+    facts.bayerOrder = isp::BayerOrder::BGGR;
+    std::fill_n(facts.blackLevel, 4, 64.0f);
+    facts.wbGains[0] = 2.0f;
+    facts.wbGains[3] = 1.25f;
+    auto const sample = [](double gain) {
+        return static_cast<int>(std::lround(64 + kMiddleGrey * (1023 - 64) / gain));
+    };
+    hidl_handle const raw = allocateGraphic(kWidth, kHeight, kRaw10);
+    fillRaw(raw, kRaw10, {sample(1.25), sample(1), sample(1), sample(2)});
+    QIF3ABufferInfo captured;
+    ASSERT_EQ(Quen3AInfoManager::Get3AInfoBuf(&captured, isp::kTuningBufferBytes), 0);
+    ASSERT_NE(
+            isp::encodeTuningData({}, facts, Mapping(captured.fd).data(), isp::kTuningBufferBytes),
+            0u);
+    MetadataBuilder settings;
+    settings.i32(kBufferIndex, captured.bufferIndex);
+    develop(raw, kRaw10, kWidth, kHeight, settings);
+
+    // The client finds what the ISP used by the index that stands in its settings now.
+    int const index = int32In(settings.get(), kBufferIndex);
+    EXPECT_NE(index, captured.bufferIndex);
+    int fd = -1;
+    ASSERT_EQ(Quen3AInfoManager::GetTuningData(&fd, static_cast<unsigned int>(index)), 0);
+    Mapping const memory(fd);
+    isp::CaptureFacts used;
+    ASSERT_EQ(isp::decodeCaptureFacts(memory.data(), memory.size(), used),
+              isp::FactsState::Present);
+    EXPECT_EQ(used.bayerOrder, isp::BayerOrder::BGGR);
+    EXPECT_EQ(used.wbGains[0], 2.0f);
+}
+
+TEST_F(SoftwareIspTest, YuvBecomesAJpegInTheClientsBuffer) {
+    constexpr int kPixels = kWidth * kHeight;
+    MemoryBuffer const yuv(kPixels * 3 / 2);
+    memset(yuv.data(), 60, kPixels / 2);  // luma in two halves, one neutral colour all over
+    memset(yuv.data() + kPixels / 2, 200, kPixels / 2);
+    memset(yuv.data() + kPixels, 128, kPixels / 2);
+    MemoryBuffer const jpeg(65536);
+    ImageBuffer const input = yuv.image(1, kYuv, kWidth, kHeight);
+    ImageBuffer const output = jpeg.image(2, 0x21, kWidth, kHeight);
+    MetadataBuilder settings;
+    mRoad.create(input, {output}, settings.get());
+    int const size = mRoad.process(5, input, {output}, settings.get(), nullptr);
+    mRoad.waitUntilDrained();
+    ASSERT_GT(size, 0);
+
+    tjhandle const decoder = tjInitDecompress();
+    auto const bytes = static_cast<unsigned long>(size);
+    std::vector<uint8_t> rgb(3 * kPixels);
+    ASSERT_EQ(
+            tjDecompress2(decoder, jpeg.data(), bytes, rgb.data(), kWidth, 0, kHeight, TJPF_RGB, 0),
+            0);
+    tjDestroy(decoder);
+    EXPECT_NEAR(rgb[3 * (8 * kWidth + 8)], 60, 4);
+    EXPECT_NEAR(rgb[3 * (kPixels - 8 * kWidth)], 200, 4);
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/Transcript.h"
+
+namespace quentest {
+
+using Lines = std::vector<std::string>;
+
+/** The lines of a text, without their indentation; empty ones are left out. */
+inline Lines linesOf(std::string const& text) {
+    Lines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in >> std::ws, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/** A line without what differs from run to run: that stands as "ADDRESS" and "FD". */
+inline std::string steady(std::string const& line) {
+    static std::regex const address("0x[0-9a-f]{6,}|\\(nil\\)");
+    static std::regex const descriptor("(FD|Fd) -?[0-9]+");
+    return std::regex_replace(std::regex_replace(line, address, "ADDRESS"), descriptor, "$1 FD");
+}
+
+/** The lines that the device object and its callback wrote, not the helpers below; steady ones. */
+inline Lines deviceLines(Transcript const& transcript) {
+    Lines const lines = transcript.lines();
+    Lines const raw = transcript.rawLines();
+    Lines result;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (raw[i].find("[quenOfflineDevice] ") != std::string::npos) {
+            result.push_back(steady(lines[i]));
+        }
+    }
+    return result;
+}
+
+}  // namespace quentest

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <quenOfflineDevice/HalInterface.h>
+#include <quenOfflineDevice/quenOfflineDevice.h>
+
+/** The tests' way to the device object's internal operations and state. */
+class quenOfflineDevicePeer {
+  public:
+    using Device = quenOfflineDevice;
+    using ISPBuffer = Device::ISPBuffer;
+    using ISPStream = Device::ISPStream;
+
+    explicit quenOfflineDevicePeer(Device& device) : mDevice(device) {}
+
+    void init() { mDevice.init(); }
+    void uinit() { mDevice.uinit(); }
+    bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat) {
+        return mDevice.isNeedRaw14bit(meta, inputFormat);
+    }
+    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> outputs,
+                          camera_metadata const* settings) {
+        mDevice.checkReconfigure(input, std::move(outputs), settings);
+    }
+    void convertToISPBuffer(ImageBuffer const* imageBuffer, camera_metadata const* settings,
+                            ISPBuffer* ispBuffer, bool* used,
+                            android::hardware::hidl_handle& tuningData, Direction direction) {
+        mDevice.convertToISPBuffer(imageBuffer, settings, ispBuffer, used, tuningData, direction);
+    }
+    void allocGraphicBuffer(android::hardware::hidl_handle& handle, void const* source, int width,
+                            int height, int format, unsigned long usage, unsigned int& stride) {
+        mDevice.allocGraphicBuffer(handle, source, width, height, format, usage, stride, 0);
+    }
+    void updateMetaData(NSCam::IMetadata* meta, int width, int height) {
+        mDevice.updateMetaData(meta, width, height);
+    }
+    void convertToISPMetadata(NSCam::IMetadata* meta, std::vector<unsigned char>& out) {
+        mDevice.convertToISPMetadata(meta, out);
+    }
+    int getJpegSize(native_handle const* handle, int size) {
+        return mDevice.getJpegSize(handle, size);
+    }
+
+    std::map<uint64_t, ISPStream>& inputStreams() { return mDevice.mInputStreams; }
+    std::map<uint64_t, ISPStream>& outputStreams() { return mDevice.mOutputStreams; }
+    android::sp<HalInterface>& halInterface() { return mDevice.mHalInterface; }
+    bool connected() const { return mDevice.mDevice != nullptr; }
+    std::string stage() const { return mDevice.mStage; }
+    void setStage(char const* stage) {
+        snprintf(mDevice.mStage, sizeof(mDevice.mStage), "%s", stage);
+    }
+    bool raw14bit() const { return mDevice.IsNeedRaw14bit; }
+    void setRaw14bit(bool raw14bit) { mDevice.IsNeedRaw14bit = raw14bit; }
+
+  private:
+    Device& mDevice;
+};
+
+/** The tests' way to the HalInterface's members and its callback's internal operations. */
+class HalInterfacePeer {
+  public:
+    using ClientCallback = HalInterface::ClientCallback;
+    using IspStatus = ClientCallback::IspStatus;
+
+    static android::sp<ClientCallback> callback(HalInterface& hal) { return hal.mCallback; }
+    static bool hasHook(HalInterface& hal) {
+        return hal.mRequestCB == &HalInterface::requestCallback;
+    }
+    static bool reservedIsNull(HalInterface& hal) { return hal.mReserved == nullptr; }
+    static size_t outstanding(HalInterface& hal) {
+        return hal.mCallback->mOfflineRequestCallback.size();
+    }
+    static OfflineRequest* find(HalInterface& hal, uint32_t number) {
+        auto const found = hal.mCallback->mOfflineRequestCallback.find(number);
+        return found == hal.mCallback->mOfflineRequestCallback.end() ? nullptr
+                                                                     : found->second.request;
+    }
+    static uint32_t convertStatus(uint32_t status) {
+        return static_cast<uint32_t>(ClientCallback::convertStatus(static_cast<IspStatus>(status)));
+    }
+    static bool convertToIMetadata(HalInterface& hal, void const* data, NSCam::IMetadata& out) {
+        return hal.mCallback->convertToIMetadata(data, out);
+    }
+};

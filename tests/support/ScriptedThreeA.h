@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "host/threea/ThreeAStore.h"
+
+namespace quentest {
+
+/** A 3A store that answers what a test sets; installed while it lives in a Guard. */
+class ScriptedThreeA : public quen::host::IThreeAStore {
+  public:
+    class Guard {
+      public:
+        explicit Guard(std::shared_ptr<ScriptedThreeA> const& store)
+            : mOld(quen::host::setThreeAStore(store)) {}
+        ~Guard() { quen::host::setThreeAStore(std::move(mOld)); }
+        Guard(Guard const&) = delete;
+        Guard& operator=(Guard const&) = delete;
+
+      private:
+        std::shared_ptr<quen::host::IThreeAStore> mOld;
+    };
+
+    int get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) override {
+        sizesAsked.push_back(size);
+        *info = next;
+        return 0;
+    }
+    int getTuningData(int* fd, unsigned int bufferIndex) override {
+        indexesAsked.push_back(bufferIndex);
+        if (tuningFd >= 0) {
+            *fd = tuningFd;
+        }
+        return 0;
+    }
+
+    QIF3ABufferInfo next;  // a refusal as it stands
+    int tuningFd = -1;     // -1: no tuning data
+    std::vector<unsigned int> sizesAsked;
+    std::vector<unsigned int> indexesAsked;
+};
+
+}  // namespace quentest

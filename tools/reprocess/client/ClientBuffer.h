@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <aidl/android/hardware/graphics/common/PlaneLayout.h>
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+#include <cutils/native_handle.h>
+#include <hidl/HidlSupport.h>
+#include <utils/StrongPointer.h>
+
+namespace quen::reprocess {
+
+/**
+ * A graphic buffer of the client's: allocated, imported for the client's own access, freed with the
+ * object. What goes to the library is the allocator's raw handle: the library may free the handle
+ * it is given, which an allocator's handle survives and an imported one would not.
+ *
+ * Not thread-safe.
+ */
+class ClientBuffer {
+  public:
+    /** CPU access to the pixels, until the object ends. */
+    class Lock {
+      public:
+        Lock(Lock&& other) noexcept;
+        ~Lock();
+        Lock& operator=(Lock&&) = delete;
+
+        uint8_t* data() const { return mData; }
+
+      private:
+        friend class ClientBuffer;
+        Lock(ClientBuffer const& buffer, uint8_t* data) : mBuffer(&buffer), mData(data) {}
+
+        ClientBuffer const* mBuffer;
+        uint8_t* mData;
+    };
+
+    /** @throws Failure when there is no such buffer to be had */
+    ClientBuffer(uint32_t width, uint32_t height, int32_t format);
+    ~ClientBuffer();
+    ClientBuffer(ClientBuffer const&) = delete;
+    ClientBuffer& operator=(ClientBuffer const&) = delete;
+
+    /** The raw handle; stays the buffer's. */
+    native_handle* handle() const;
+
+    /** Bytes that a mapping of the buffer has. */
+    size_t size() const { return mSize; }
+
+    /** @throws Failure when the mapper refuses */
+    Lock lock() const;
+
+    /** @throws Failure when the mapper does not tell */
+    std::vector<aidl::android::hardware::graphics::common::PlaneLayout> planes() const;
+
+  private:
+    using IMapper = android::hardware::graphics::mapper::V4_0::IMapper;
+
+    android::sp<IMapper> mMapper;
+    android::hardware::hidl_handle mRaw;
+    void* mImported = nullptr;
+    size_t mSize = 0;
+};
+
+}  // namespace quen::reprocess

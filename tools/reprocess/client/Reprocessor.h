@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "client/ClientBuffer.h"
+#include "client/RequestMetadata.h"
+#include "command/Options.h"
+#include "command/OutputFile.h"
+#include "inputs/Capture.h"
+#include "report/Report.h"
+#include "report/Stopwatch.h"
+
+namespace quen::reprocess {
+
+/** A finished picture, ready for its file. */
+struct Product {
+    Bytes bytes{};
+    std::shared_ptr<void const> memory;  ///< keeps the bytes
+};
+
+/**
+ * Takes captures along the library's road: a mosaic through "RAW2YUV", a picture through
+ * "YUV2JPEG", with as many of the two as its way to the wanted output has.
+ *
+ * One thread at a time in a process: the library hands JPEGs over through process-wide state.
+ */
+class Reprocessor {
+  public:
+    /** @param report the ISP's observer */
+    Reprocessor(RequestOptions const& options, Report& report);
+
+    /**
+     * @param watch takes the times of the legs
+     * @throws Failure, without the input's name
+     */
+    Product run(Capture const& capture, OutputKind kind, Stopwatch& watch);
+
+  private:
+    struct Developed;
+
+    [[noreturn]] void fail(char const* problem) const;
+    Developed develop(Capture const& capture, Stopwatch& watch);
+    Product encode(ClientBuffer const& picture, Capture const& capture, RequestMetadata& metadata,
+                   Stopwatch& watch);
+
+    RequestOptions const& mOptions;
+    Report& mReport;
+    int32_t mFrameNumber = 0;
+};
+
+}  // namespace quen::reprocess

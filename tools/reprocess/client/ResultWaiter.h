@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include <system/camera_metadata.h>
+#include <vendor/quen/hardware/camera/quenpostproc/1.0/IQuenPostProcCallback.h>
+
+namespace quen::reprocess {
+
+/** What the library told of a request. */
+struct ClientResult {
+    struct Free {
+        void operator()(camera_metadata* data) const { free_camera_metadata(data); }
+    };
+
+    vendor::quen::hardware::camera::quenpostproc::V1_0::Status status{};
+    std::unique_ptr<camera_metadata, Free> metadata;  ///< null when none came
+};
+
+/** The client's end of the library: keeps the one result that it waits for. Any thread. */
+class ResultWaiter
+    : public vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback {
+  public:
+    using Status = vendor::quen::hardware::camera::quenpostproc::V1_0::Status;
+
+    /** The result; none when the time is up before it is there. */
+    std::optional<ClientResult> waitFor(std::chrono::seconds limit);
+
+    android::hardware::Return<void> notifyRequestResult(uint32_t requestNumber,
+                                                        Status status) override;
+    android::hardware::Return<void> notifyResultMetadata(
+            uint32_t requestNumber, android::hardware::hidl_vec<uint8_t> const& metadata,
+            Status status) override;
+
+  private:
+    std::mutex mLock;
+    std::condition_variable mEnded;
+    ClientResult mResult;    // guarded by mLock
+    bool mHasEnded = false;  // guarded by mLock
+};
+
+}  // namespace quen::reprocess

@@ -1,0 +1,71 @@
+#include "client/TuningBuffer.h"
+
+#include <sys/mman.h>
+
+#include <quen/Quen3AInfoManager.h>
+
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+using host::isp::kTuningBufferBytes;
+
+// A 3A buffer's mapping; null data when it could not be mapped.
+struct Mapping {
+    explicit Mapping(int fd)
+        : data(::mmap(nullptr, kTuningBufferBytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0)) {
+        if (data == MAP_FAILED) {
+            data = nullptr;
+        }
+    }
+    ~Mapping() {
+        if (data) {
+            ::munmap(data, kTuningBufferBytes);
+        }
+    }
+    Mapping(Mapping const&) = delete;
+    Mapping& operator=(Mapping const&) = delete;
+
+    void* data;
+};
+
+}  // namespace
+
+int32_t publishTuningData(CaptureFacts const& facts, int32_t frameNumber) {
+    QIF3ABufferInfo info;
+    if (Quen3AInfoManager::Get3AInfoBuf(&info, kTuningBufferBytes) != 0) {
+        throw Failure("cannot be developed: there is no 3A buffer for its tuning data");
+    }
+    Mapping const mapping(info.fd);
+    if (!mapping.data) {
+        throw Failure("cannot be developed: its 3A buffer cannot be mapped");
+    }
+    host::isp::TuningHeader header;
+    header.requestNo = frameNumber;
+    header.frameNumber = frameNumber;
+    host::isp::encodeTuningData(header, facts, mapping.data, kTuningBufferBytes);
+    return info.bufferIndex;
+}
+
+std::optional<TuningReport> readTuningData(int32_t index) {
+    int fd = -1;
+    if (index < 0 || Quen3AInfoManager::GetTuningData(&fd, static_cast<unsigned int>(index)) != 0 ||
+        fd < 0) {
+        return std::nullopt;
+    }
+    Mapping const mapping(fd);
+    if (!mapping.data) {
+        return std::nullopt;
+    }
+    TuningReport report;
+    report.header = host::isp::decodeTuningHeader(mapping.data, kTuningBufferBytes);
+    CaptureFacts facts;
+    if (host::isp::decodeCaptureFacts(mapping.data, kTuningBufferBytes, facts) ==
+        host::isp::FactsState::Present) {
+        report.facts = facts;
+    }
+    return report;
+}
+
+}  // namespace quen::reprocess

@@ -1,0 +1,109 @@
+#include "command/FileNames.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <set>
+
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct OutputName {
+    char const* extension;
+    OutputKind kind;
+};
+
+// The first of a kind is the one that files in a folder get.
+constexpr OutputName kOutputNames[] = {
+        {".jpg", OutputKind::Jpeg},
+        {".jpeg", OutputKind::Jpeg},
+        {".nv21", OutputKind::Nv21},
+        {".yuv", OutputKind::I420},
+};
+
+char const* extensionOf(OutputKind kind) {
+    for (OutputName const& name : kOutputNames) {
+        if (name.kind == kind) {
+            return name.extension;
+        }
+    }
+    return "";
+}
+
+bool namesFolder(Options const& options) {
+    std::error_code ignored;
+    return options.inputs.size() > 1 || options.output.back() == '/' ||
+           fs::is_directory(options.output, ignored);
+}
+
+void makeFolder(std::string const& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (!fs::is_directory(path)) {
+        throw Failure(path + ": cannot be made a folder" +
+                              (error ? ": " + error.message() : std::string()),
+                      "several inputs need a folder as their output");
+    }
+}
+
+std::string freeName(fs::path const& folder, std::string const& stem, char const* extension,
+                     std::set<std::string>& taken) {
+    std::string name = stem + extension;
+    for (int number = 2; !taken.insert(name).second; ++number) {
+        name = stem + "-" + std::to_string(number) + extension;
+    }
+    return (folder / name).string();
+}
+
+}  // namespace
+
+std::string lowerExtension(std::string const& path) {
+    std::string extension = fs::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return extension;
+}
+
+std::optional<OutputKind> outputKindOf(std::string const& path) {
+    std::string const extension = lowerExtension(path);
+    for (OutputName const& name : kOutputNames) {
+        if (extension == name.extension) {
+            return name.kind;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<Job> planJobs(Options const& options) {
+    std::vector<Job> jobs;
+    if (!namesFolder(options)) {
+        std::optional<OutputKind> const named = outputKindOf(options.output);
+        if (!named && !options.format) {
+            throw Failure(options.output + ": does not tell what to make",
+                          "end it in .jpg, .nv21 or .yuv, or give --format");
+        }
+        if (named && options.format && *named != *options.format) {
+            throw Failure(options.output + ": contradicts --format",
+                          "leave --format out or change the name's ending");
+        }
+        jobs.push_back({options.inputs.front(), options.output, named.value_or(*options.format)});
+        return jobs;
+    }
+
+    makeFolder(options.output);
+    OutputKind const kind = options.format.value_or(OutputKind::Jpeg);
+    std::set<std::string> taken;
+    for (std::string const& input : options.inputs) {
+        jobs.push_back({input,
+                        freeName(options.output, fs::path(input).stem().string(), extensionOf(kind),
+                                 taken),
+                        kind});
+    }
+    return jobs;
+}
+
+}  // namespace quen::reprocess

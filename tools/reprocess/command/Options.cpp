@@ -1,0 +1,315 @@
+#include "command/Options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+
+#include "command/ExitCode.h"
+#include "support/Numbers.h"
+
+namespace quen::reprocess {
+namespace {
+
+constexpr char kDescription[] =
+        "Develops camera frames through the offline device library: RAW becomes YUV or JPEG, YUV "
+        "and\n"
+        "JPEG become JPEG. The stages are chosen by what goes in and what comes out.";
+
+constexpr char kFooter[] = R"(Inputs, by name:
+  *.jpg *.jpeg     JPEG
+  *.nv21 *.yuv     packed NV21 or planar I420, full range; needs --size
+  anything else    headerless Bayer when --bayer is given, otherwise a camera's raw
+                   file (DNG and the makers' own)
+Outputs, by name: *.jpg *.jpeg JPEG, *.nv21 packed NV21, *.yuv planar I420. Several
+inputs, a folder, or a name that ends in '/' make a folder of outputs. A file is
+written whole or not at all.
+
+Headerless samples are little-endian words of 16 bits, or packed RAW10 when that is
+what the file's size amounts to.
+
+Exit codes:
+  0  everything was reprocessed
+  1  at least one input was not; the others are there
+  2  the command line is wrong; nothing was done
+  3  the demo's picture differs too much from its scene (below 30 dB)
+
+Examples:
+  quen-reprocess demo -o demo.jpg
+  quen-reprocess shot.dng -o shot.jpg --quality 90 --info
+  quen-reprocess shot.dng -o shot.nv21 --mode 0x2 --set fusion=1
+  quen-reprocess frame.raw -o frame.jpg --size 1920x1080 --bayer rggb --bits 10 \
+                 --wb 1.8,1,1.3 --black 64
+  quen-reprocess card/*.dng -o developed/ --log warning)";
+
+std::map<std::string, BayerOrder> const kBayerNames = {
+        {"rggb", BayerOrder::RGGB},
+        {"grbg", BayerOrder::GRBG},
+        {"gbrg", BayerOrder::GBRG},
+        {"bggr", BayerOrder::BGGR},
+};
+
+std::map<std::string, OutputKind> const kOutputNames = {
+        {"jpg", OutputKind::Jpeg},
+        {"nv21", OutputKind::Nv21},
+        {"yuv", OutputKind::I420},
+};
+
+// CLI11's help, with the two ways to call spelled out and single empty lines.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    std::string make_usage(CLI::App const*, std::string) const override {
+        return "Usage: quen-reprocess INPUT... -o OUT [OPTIONS]\n"
+               "       quen-reprocess demo [-o demo.jpg] [OPTIONS]\n";
+    }
+
+    std::string make_help(CLI::App const* app, std::string name,
+                          CLI::AppFormatMode mode) const override {
+        std::string text = CLI::Formatter::make_help(app, name, mode);
+        for (size_t at = text.find("\n\n\n"); at != std::string::npos; at = text.find("\n\n\n")) {
+            text.erase(at, 1);
+        }
+        return text;
+    }
+};
+
+// What an option takes is in its type name already; the checks need not say it again.
+template <typename Names>
+CLI::Validator oneOf(Names const& names) {
+    return CLI::IsMember(names, CLI::ignore_case).description("");
+}
+
+CLI::Validator range(int least, int most) {
+    return CLI::Range(least, most).description("");
+}
+
+// The whole of a text as one number, nothing else.
+template <typename T>
+bool parseNumber(std::string_view text, T& value) {
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+// Numbers with a separator between them; none when the text is anything else.
+template <typename T>
+std::vector<T> parseList(std::string_view text, char separator) {
+    std::vector<T> values;
+    for (size_t begin = 0; begin <= text.size();) {
+        size_t const end = std::min(text.find(separator, begin), text.size());
+        T value;
+        if (!parseNumber(text.substr(begin, end - begin), value)) {
+            return {};
+        }
+        values.push_back(value);
+        begin = end + 1;
+    }
+    return values;
+}
+
+void setSize(std::string const& text, InputOptions& options) {
+    constexpr uint32_t kLargest = 65534;  // what a JPEG can hold, and even
+    auto const values = parseList<uint32_t>(text, 'x');
+    if (values.size() != 2) {
+        throw CLI::ValidationError("--size", "expects WIDTHxHEIGHT in pixels, not '" + text + "'");
+    }
+    for (uint32_t const value : values) {
+        if (value < 2 || value > kLargest) {
+            throw CLI::ValidationError("--size", "width and height must lie in 2 to 65534");
+        }
+    }
+    options.size = {values[0], values[1]};
+}
+
+void setWhiteBalance(std::string const& text, InputOptions& options) {
+    auto const values = parseList<float>(text, ',');
+    if (values.size() != 3) {
+        throw CLI::ValidationError("--wb", "expects three gains R,G,B, not '" + text + "'");
+    }
+    for (float const value : values) {
+        if (!(value > 0 && value <= 64)) {
+            throw CLI::ValidationError("--wb", "gains must be above 0 and at most 64");
+        }
+    }
+    options.wb = {values[0], values[1], values[2]};
+}
+
+void setBlack(std::string const& text, InputOptions& options) {
+    auto values = parseList<float>(text, ',');
+    if (values.size() == 1) {
+        values.resize(4, values[0]);
+    }
+    if (values.size() != 4) {
+        throw CLI::ValidationError("--black",
+                                   "expects one level or four (R,Gr,Gb,B), not '" + text + "'");
+    }
+    for (float const value : values) {
+        if (!(value >= 0 && value <= 65535)) {
+            throw CLI::ValidationError("--black", "levels must lie in 0 to 65535");
+        }
+    }
+    options.black = {values[0], values[1], values[2], values[3]};
+}
+
+void addInputOptions(CLI::App& app, InputOptions& options) {
+    constexpr char kGroup[] = "What the input is";
+    app.add_option_function<std::string>(
+               "--size", [&](std::string const& text) { setSize(text, options); },
+               "Size of a headerless Bayer or YUV picture in pixels")
+            ->type_name("WxH")
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--bayer", [&](std::string const& text) { options.bayer = kBayerNames.at(text); },
+               "Colours of a headerless mosaic's top left 2 x 2 pixels")
+            ->transform(oneOf(kBayerNames))
+            ->type_name("rggb|grbg|gbrg|bggr")
+            ->group(kGroup);
+    app.add_option("--bits", options.bits, "Depth of headerless Bayer samples")
+            ->check(range(8, 16))
+            ->type_name("8..16")
+            ->capture_default_str()
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--wb", [&](std::string const& text) { setWhiteBalance(text, options); },
+               "White-balance gains, in place of a raw file's own;\n1,1,1 when headerless")
+            ->type_name("R,G,B")
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--black", [&](std::string const& text) { setBlack(text, options); },
+               "Black level, one or R,Gr,Gb,B, in place of a raw\nfile's own; 0 when headerless")
+            ->type_name("N")
+            ->group(kGroup);
+}
+
+constexpr char kRequestGroup[] = "What the request carries";
+
+// A whole number of any bit pattern, which CLI11's own reading would cut off at the largest signed
+// one.
+template <typename T>
+CLI::Option* addWhole(CLI::App& app, char const* name, T& value, char const* description) {
+    auto const read = [name, &value](std::string const& text) {
+        auto const number = parseWholeAs<T>(text);
+        if (!number) {
+            throw CLI::ValidationError(name, "'" + text + "' is not a whole number of " +
+                                                     std::to_string(8 * sizeof(T)) + " bits");
+        }
+        value = *number;
+    };
+    return app.add_option_function<std::string>(name, read, description)
+            ->default_str("0")
+            ->group(kRequestGroup);
+}
+
+void addRequestOptions(CLI::App& app, RequestOptions& options) {
+    constexpr auto& kGroup = kRequestGroup;
+    addWhole(app, "--mode", options.mode, "currentMode, a set of 64 bits; 0x... is hexadecimal")
+            ->type_name("BITS");
+    addWhole(app, "--ui-mode", options.uiMode, "currentUiMode; 16 turns the 14-bit path off")
+            ->type_name("N");
+    addWhole(app, "--scene", options.scene, "sceneMode; 0x... is hexadecimal")->type_name("CODE");
+    app.add_option("--quality", options.quality, "JPEG quality")
+            ->check(range(1, 100))
+            ->type_name("1..100")
+            ->capture_default_str()
+            ->group(kGroup);
+    app.add_option("--set", options.assignments,
+                   "Sets a request tag, by name or 0x id, to a value or\n"
+                   "several with commas between them; may be repeated")
+            ->allow_extra_args(false)
+            ->type_name("TAG=VALUE")
+            ->group(kGroup);
+    app.add_flag("--raw16", options.raw16, "Hand RAW16 to the ISP even where RAW10 would do")
+            ->group(kGroup);
+    app.add_option("--timeout", options.timeoutSeconds,
+                   "How long to wait for the ISP, in seconds\n(vendor.debug.camera.jpeg.timeout)")
+            ->check(range(1, 3600))
+            ->type_name("SECONDS")
+            ->capture_default_str()
+            ->group(kGroup);
+}
+
+void addReportOptions(CLI::App& app, Options& options) {
+    constexpr char kGroup[] = "What is shown";
+    app.add_flag("--info", options.info,
+                 "Print what the ISP was given and gave back, and\nwhere the time went")
+            ->group(kGroup);
+    app.add_option("--log", options.logLevel, "Show the library's messages down to a level")
+            ->check(oneOf(std::vector<std::string>{"silent", "error", "warning", "info", "debug"}))
+            ->type_name("silent|error|warning|info|debug")
+            ->capture_default_str()
+            ->group(kGroup);
+}
+
+// What CLI11 cannot see: options that need each other.
+void checkTogether(Options const& options) {
+    if (options.demo) {
+        if (!options.inputs.empty()) {
+            throw CLI::ValidationError(
+                    "demo", "takes no input; '" + options.inputs.front() + "' was given");
+        }
+        return;
+    }
+    if (options.inputs.empty()) {
+        throw CLI::RequiredError("INPUT");
+    }
+    if (options.output.empty()) {
+        throw CLI::RequiredError("-o");
+    }
+    if (options.input.bayer && !options.input.size) {
+        throw CLI::ValidationError("--bayer",
+                                   "needs --size: a headerless file does not tell its own");
+    }
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
+    Options options;
+    CLI::App app(kDescription, "quen-reprocess");
+    app.footer(kFooter);
+    auto const formatter = std::make_shared<HelpFormatter>();
+    formatter->column_width(30);
+    app.formatter(formatter);
+    app.failure_message([](CLI::App const*, CLI::Error const& error) {
+        return "quen-reprocess: " + std::string(error.what()) + "; --help tells what there is\n";
+    });
+    app.add_option("INPUT", options.inputs, "Files to reprocess")->type_name("");
+    app.add_option("-o,--output", options.output, "Where the picture goes: a file or a folder")
+            ->type_name("OUT");
+    app.add_option_function<std::string>(
+               "--format", [&](std::string const& text) { options.format = kOutputNames.at(text); },
+               "What to make where OUT's name does not tell: in a\nfolder jpg, unless this says "
+               "otherwise")
+            ->transform(oneOf(kOutputNames))
+            ->type_name("jpg|nv21|yuv");
+    addInputOptions(app, options.input);
+    addRequestOptions(app, options.request);
+    addReportOptions(app, options);
+    CLI::App* const demo = app.add_subcommand(
+            "demo",
+            "Renders a test scene as a noisy 12-megapixel capture,\ndevelops it and measures the "
+            "picture against the scene;\nOUT is demo.jpg unless given");
+    demo->fallthrough();
+    demo->footer(
+            "Takes what is said under \"What the request carries\" and \"What is shown\" as well: "
+            "see\n"
+            "quen-reprocess --help.");
+
+    try {
+        app.parse(argc, argv);
+        options.demo = demo->parsed();
+        checkTogether(options);
+    } catch (CLI::ParseError const& error) {
+        exitCode = app.exit(error) == 0 ? kAllGood : kUsage;
+        return std::nullopt;
+    }
+    if (options.demo && options.output.empty()) {
+        options.output = "demo.jpg";
+    }
+    return options;
+}
+
+}  // namespace quen::reprocess

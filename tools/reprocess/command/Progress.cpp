@@ -1,0 +1,66 @@
+#include "command/Progress.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace quen::reprocess {
+namespace {
+
+constexpr size_t kBarWidth = 30;
+constexpr size_t kNameWidth = 36;
+
+// The end of a name that is too long, which tells more than its beginning.
+std::string shortened(std::string const& name) {
+    return name.size() <= kNameWidth ? name : "..." + name.substr(name.size() - kNameWidth + 3);
+}
+
+}  // namespace
+
+Progress::Progress(size_t total)
+    : mTotal(total), mShown(total > 1 && ::isatty(STDERR_FILENO) == 1) {}
+
+Progress::~Progress() {
+    erase();
+}
+
+void Progress::begin(std::string const& name) {
+    mName = name;
+    draw();
+}
+
+void Progress::line(std::string const& text) {
+    erase();
+    std::fprintf(stdout, "%s\n", text.c_str());
+    std::fflush(stdout);
+    draw();
+}
+
+void Progress::problem(std::string const& text) {
+    erase();
+    std::fprintf(stderr, "%s\n", text.c_str());
+    draw();
+}
+
+void Progress::end() {
+    ++mDone;
+    draw();
+}
+
+void Progress::erase() {
+    if (mShown) {
+        std::fputs("\r\033[K", stderr);
+    }
+}
+
+void Progress::draw() {
+    if (!mShown || mDone == mTotal) {
+        return;
+    }
+    size_t const filled = mDone * kBarWidth / mTotal;
+    std::string const bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
+    std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s", bar.c_str(), mDone, mTotal,
+                 shortened(mName).c_str());
+}
+
+}  // namespace quen::reprocess

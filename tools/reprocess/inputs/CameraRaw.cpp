@@ -1,0 +1,198 @@
+#include <libraw/libraw.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "inputs/Corrections.h"
+#include "inputs/Inputs.h"
+#include "inputs/MappedFile.h"
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+void check(int result) {
+    if (result == LIBRAW_FILE_UNSUPPORTED) {
+        throw Failure("is no camera's raw file that LibRaw knows",
+                      "a headerless frame needs --size and --bayer");
+    }
+    if (result != LIBRAW_SUCCESS) {
+        throw Failure(std::string("cannot be read: ") + libraw_strerror(result));
+    }
+}
+
+// LibRaw reads on over damaged data; the picture would not be the one that was taken.
+template <typename Offset>  // of one type or another, by LibRaw's version
+void noteDamage(void* damaged, char const* /*file*/, Offset /*offset*/) {
+    *static_cast<bool*>(damaged) = true;
+}
+
+// Colour index of the pixel at an offset from the visible area's top left corner: 0 red, 2 blue,
+// the greens 1 and 3 or both 1.
+int colourAt(LibRaw& raw, int row, int column) {
+    return raw.COLOR(row, column);
+}
+
+BayerOrder bayerOrder(LibRaw& raw) {
+    auto const& info = raw.imgdata.idata;
+    bool const mosaic = raw.imgdata.rawdata.raw_image && info.colors == 3 && info.filters > 1000;
+    if (!mosaic || raw.is_fuji_rotated()) {
+        throw Failure("is no 2 x 2 Bayer mosaic", "convert it with other means first");
+    }
+    for (int order = 0; order < 4; ++order) {
+        bool matches = true;
+        // Eight rows: LibRaw's mosaics may repeat no earlier.
+        for (int row = 0; row < 8; ++row) {
+            for (int column = 0; column < 2; ++column) {
+                BayerChannel const channel = kBayerChannels[order][(row & 1) * 2 + column];
+                int const wanted = channel == kRed ? 0 : channel == kBlue ? 2 : 1;
+                int const colour = colourAt(raw, row, column);
+                matches = matches && (colour == 3 ? 1 : colour) == wanted;
+            }
+        }
+        if (matches) {
+            return static_cast<BayerOrder>(order);
+        }
+    }
+    throw Failure("has a mosaic of red, green and blue in no Bayer order",
+                  "convert it with other means first");
+}
+
+void readBlackLevels(LibRaw& raw, CaptureFacts& facts) {
+    auto const& colour = raw.imgdata.color;
+    unsigned const rows = colour.cblack[4];
+    unsigned const columns = colour.cblack[5];
+    for (unsigned position = 0; position < 4; ++position) {
+        unsigned const row = position / 2;
+        unsigned const column = position % 2;
+        unsigned level = colour.black + colour.cblack[colourAt(raw, int(row), int(column))];
+        if (rows && columns) {
+            level += colour.cblack[6 + row % rows * columns + column % columns];
+        }
+        BayerChannel const channel = kBayerChannels[int(facts.bayerOrder)][position];
+        facts.blackLevel[channel] = static_cast<float>(level);
+    }
+}
+
+bool usableGains(float const* gains) {
+    return std::all_of(gains, gains + 3,
+                       [](float gain) { return std::isfinite(gain) && gain > 0; });
+}
+
+// As shot when the camera says so, else daylight; green is 1.
+void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
+    float const* gains = colour.cam_mul;
+    if (!usableGains(gains)) {
+        gains = colour.pre_mul;
+        capture.notes.push_back(
+                "has no white balance of its own, so daylight's is used; --wb sets another");
+    }
+    if (usableGains(gains)) {
+        capture.facts.wbGains[kRed] = gains[0] / gains[1];
+        capture.facts.wbGains[kBlue] = gains[2] / gains[1];
+    }
+}
+
+void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
+    float matrix[9];
+    bool usable = true;
+    for (int row = 0; row < 3; ++row) {
+        float sum = 0;
+        for (int column = 0; column < 3; ++column) {
+            matrix[row * 3 + column] = colour.rgb_cam[row][column];
+            sum += colour.rgb_cam[row][column];
+        }
+        usable = usable && std::isfinite(sum) && sum > 0;
+    }
+    if (!usable) {
+        capture.notes.push_back("is of a camera whose colours are not known, so they stay its own");
+        return;
+    }
+    std::copy(std::begin(matrix), std::end(matrix), capture.facts.colorMatrix);
+}
+
+// The default facts are those of a sensor at ISO 100; amplification raises shot noise with itself
+// and read noise with its square.
+void scaleNoise(float iso, CaptureFacts& facts) {
+    if (iso > 0) {
+        float const gain = std::clamp(iso / 100, 0.5f, 256.0f);
+        facts.noiseShot *= gain;
+        facts.noiseRead *= gain * gain;
+    }
+}
+
+int depthOf(BayerImage const& image, uint32_t width, uint32_t height, float white) {
+    uint16_t largest = static_cast<uint16_t>(std::min(white, 65535.0f));
+    for (uint32_t row = 0; row < height; ++row) {
+        uint16_t const* const samples = image.samples + row * image.stride;
+        for (uint32_t column = 0; column < width; ++column) {
+            largest = std::max(largest, samples[column]);
+        }
+    }
+    int bits = 8;
+    while (largest >> bits) {
+        ++bits;
+    }
+    return bits;
+}
+
+int orientationOf(int flip) {
+    switch (flip) {
+        case 3:
+            return 180;
+        case 5:
+            return 270;
+        case 6:
+            return 90;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace
+
+Capture readCameraRaw(std::string const& path, InputOptions const& options) {
+    MappedFile::open(path);  // says what is wrong with the file itself better than LibRaw does
+    // The object is larger than a stack frame should be.
+    auto const raw = std::make_shared<LibRaw>();
+    bool damaged = false;
+    raw->set_dataerror_handler(noteDamage, &damaged);
+    check(raw->open_file(path.c_str()));
+    check(raw->unpack());
+    raw->set_dataerror_handler(nullptr, nullptr);
+    if (damaged) {
+        throw Failure("is damaged: LibRaw could not read all of its samples");
+    }
+
+    Capture capture;
+    capture.facts.bayerOrder = bayerOrder(*raw);
+    auto const& sizes = raw->imgdata.sizes;
+    auto const& colour = raw->imgdata.color;
+    if (sizes.width < 2 || sizes.height < 2 || sizes.left_margin + sizes.width > sizes.raw_width ||
+        sizes.top_margin + sizes.height > sizes.raw_height) {
+        throw Failure("has no visible area of 2x2 pixels or more");
+    }
+    capture.width = sizes.width & ~1u;
+    capture.height = sizes.height & ~1u;
+
+    BayerImage image;
+    image.stride = sizes.raw_pitch / sizeof(uint16_t);
+    image.samples =
+            raw->imgdata.rawdata.raw_image + sizes.top_margin * image.stride + sizes.left_margin;
+    capture.image = image;
+    CaptureFacts& facts = capture.facts;
+    facts.whiteLevel = static_cast<float>(colour.maximum);
+    facts.levelBits = depthOf(image, capture.width, capture.height, facts.whiteLevel);
+    readBlackLevels(*raw, facts);
+    readColourMatrix(colour, capture);
+    scaleNoise(raw->imgdata.other.iso_speed, facts);
+    if (!options.wb) {
+        readWhiteBalance(colour, capture);
+    }
+    applyCorrections(options, facts);
+    capture.orientation = orientationOf(sizes.flip);
+    capture.memory = raw;
+    return capture;
+}
+
+}  // namespace quen::reprocess

@@ -1,0 +1,80 @@
+#include <algorithm>
+
+#include "inputs/Corrections.h"
+#include "inputs/Inputs.h"
+#include "inputs/MappedFile.h"
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+uint16_t largestSample(uint16_t const* samples, size_t count) {
+    uint16_t largest = 0;
+    for (size_t i = 0; i < count; ++i) {
+        largest = std::max(largest, samples[i]);
+    }
+    return largest;
+}
+
+std::string sizeText(InputOptions const& options) {
+    return std::to_string((*options.size)[0]) + "x" + std::to_string((*options.size)[1]);
+}
+
+void checkDepth(uint16_t const* samples, size_t count, int bits) {
+    uint16_t const largest = largestSample(samples, count);
+    if (largest >> bits) {
+        throw Failure("has a sample of " + std::to_string(largest) + ", more than " +
+                              std::to_string(bits) + " bits hold",
+                      "give the true depth with --bits");
+    }
+}
+
+CaptureFacts factsFrom(InputOptions const& options) {
+    CaptureFacts facts;
+    facts.bayerOrder = *options.bayer;
+    facts.levelBits = options.bits;
+    facts.whiteLevel = static_cast<float>((1 << options.bits) - 1);
+    applyCorrections(options, facts);
+    return facts;
+}
+
+}  // namespace
+
+Capture readHeaderlessBayer(std::string const& path, InputOptions const& options) {
+    auto const file = MappedFile::open(path);
+    auto const [width, height] = *options.size;
+    size_t const pixels = size_t{width} * height;
+    size_t const wordBytes = pixels * 2;
+    size_t const packedBytes = width % 4 == 0 ? pixels * 5 / 4 : 0;
+
+    Capture capture;
+    capture.facts = factsFrom(options);
+    BayerImage image;
+    if (file->size() == wordBytes) {
+        image.samples = reinterpret_cast<uint16_t const*>(file->data());
+        image.stride = width;
+        checkDepth(image.samples, pixels, options.bits);
+    } else if (file->size() == packedBytes) {
+        if (options.bits != 10) {
+            throw Failure(
+                    "has the size of packed RAW10, but --bits says " + std::to_string(options.bits),
+                    "leave --bits out, or check --size");
+        }
+        image.packed10 = file->data();
+        image.stride = width / 4 * 5;
+    } else {
+        std::string const packed =
+                packedBytes ? " or " + std::to_string(packedBytes) + " as packed RAW10" : "";
+        throw Failure("has " + std::to_string(file->size()) + " bytes; " + sizeText(options) +
+                              " takes " + std::to_string(wordBytes) + " in words of 16 bits" +
+                              packed,
+                      "check --size");
+    }
+    capture.image = image;
+    capture.width = width & ~1u;
+    capture.height = height & ~1u;
+    capture.memory = file;
+    return capture;
+}
+
+}  // namespace quen::reprocess

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "command/Options.h"
+#include "inputs/Capture.h"
+
+namespace quen::reprocess {
+
+/** What a file is read as. */
+enum class InputKind { Jpeg, Yuv, HeaderlessBayer, CameraRaw };
+
+/** What a file is to be read as: its name's ending decides, then whether a Bayer order was given.
+ */
+InputKind inputKind(std::string const& path, InputOptions const& options);
+
+/**
+ * Reads one picture.
+ *
+ * @throws Failure, without the file's name
+ */
+Capture readCapture(std::string const& path, InputOptions const& options);
+
+// The readers behind it, one a kind of file.
+Capture readCameraRaw(std::string const& path, InputOptions const& options);
+Capture readHeaderlessBayer(std::string const& path, InputOptions const& options);
+Capture readYuv(std::string const& path, InputOptions const& options);
+Capture readJpeg(std::string const& path);
+
+}  // namespace quen::reprocess

@@ -1,0 +1,150 @@
+#include <libexif/exif-data.h>
+#include <libyuv.h>
+#include <turbojpeg.h>
+
+#include <array>
+
+#include "inputs/Inputs.h"
+#include "inputs/MappedFile.h"
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+using Decoder = std::unique_ptr<void, decltype(&tjDestroy)>;
+
+// A picture as libjpeg stores it: luma and two chroma planes of their own sampling.
+struct Planes {
+    std::vector<uint8_t> bytes;
+    std::array<uint8_t*, 3> data{};
+    std::array<int, 3> stride{};
+};
+
+// Conversions between samplings that need no detour through RGB, by TJSAMP_*.
+using PlaneConversion = int (*)(uint8_t const*, int, uint8_t const*, int, uint8_t const*, int,
+                                uint8_t*, int, uint8_t*, int, int, int);
+
+PlaneConversion planeConversion(int sampling) {
+    switch (sampling) {
+        case TJSAMP_420:
+            return libyuv::I420ToNV21;
+        case TJSAMP_422:
+            return libyuv::I422ToNV21;
+        case TJSAMP_444:
+            return libyuv::I444ToNV21;
+        default:
+            return nullptr;
+    }
+}
+
+[[noreturn]] void throwDecoding(tjhandle decoder) {
+    throw Failure(std::string("is no JPEG that can be decoded: ") + tjGetErrorStr2(decoder));
+}
+
+// Warnings (a stray byte, an early end) leave a picture, but not the one that was meant.
+void check(tjhandle decoder, int result) {
+    if (result != 0) {
+        throwDecoding(decoder);
+    }
+}
+
+Planes decodePlanes(tjhandle decoder, MappedFile const& file, int width, int height, int sampling) {
+    Planes planes;
+    size_t total = 0;
+    int const count = sampling == TJSAMP_GRAY ? 1 : 3;
+    std::array<size_t, 3> offsets{};
+    for (int i = 0; i < count; ++i) {
+        planes.stride[i] = tjPlaneWidth(i, width, sampling);
+        offsets[i] = total;
+        total += tjPlaneSizeYUV(i, width, 0, height, sampling);
+    }
+    planes.bytes.resize(total);
+    for (int i = 0; i < count; ++i) {
+        planes.data[i] = planes.bytes.data() + offsets[i];
+    }
+    check(decoder, tjDecompressToYUVPlanes(decoder, file.data(), file.size(), planes.data.data(),
+                                           width, planes.stride.data(), height, 0));
+    return planes;
+}
+
+void decodeToNv21(tjhandle decoder, MappedFile const& file, int width, int height, int sampling,
+                  Capture const& capture, uint8_t* out) {
+    int const evenWidth = static_cast<int>(capture.width);
+    int const evenHeight = static_cast<int>(capture.height);
+    uint8_t* const chroma = out + size_t(evenWidth) * evenHeight;
+    PlaneConversion const convert = planeConversion(sampling);
+    if (convert) {
+        Planes const planes = decodePlanes(decoder, file, width, height, sampling);
+        convert(planes.data[0], planes.stride[0], planes.data[1], planes.stride[1], planes.data[2],
+                planes.stride[2], out, evenWidth, chroma, evenWidth, evenWidth, evenHeight);
+        return;
+    }
+    std::vector<uint8_t> rgb(size_t(width) * height * 3);
+    check(decoder, tjDecompress2(decoder, file.data(), file.size(), rgb.data(), width, 0, height,
+                                 TJPF_RGB, 0));
+    libyuv::RAWToJNV21(rgb.data(), width * 3, out, evenWidth, chroma, evenWidth, evenWidth,
+                       evenHeight);
+}
+
+// The orientation tag; 1 when the file has none.
+int exifOrientation(MappedFile const& file) {
+    std::unique_ptr<ExifData, decltype(&exif_data_unref)> const exif(
+            exif_data_new_from_data(file.data(), static_cast<unsigned>(file.size())),
+            &exif_data_unref);
+    ExifEntry* const entry =
+            exif ? exif_content_get_entry(exif->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION) : nullptr;
+    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) {
+        return 1;
+    }
+    return exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
+}
+
+void setOrientation(int exif, Capture& capture) {
+    constexpr int kDegrees[] = {0, 0, 0, 180, 180, 90, 90, 270, 270};  // by the tag's value
+    constexpr bool kMirrored[] = {false, false, true, false, true, true, false, true, false};
+    if (exif < 1 || exif > 8) {
+        return;
+    }
+    capture.orientation = kDegrees[exif];
+    if (kMirrored[exif]) {
+        capture.notes.push_back(
+                "is stored mirrored; a request can only turn, so it stays mirrored");
+    }
+}
+
+}  // namespace
+
+Capture readJpeg(std::string const& path) {
+    auto const file = MappedFile::open(path);
+    Decoder const decoder(tjInitDecompress(), &tjDestroy);
+    if (!decoder) {
+        throw Failure("cannot be decoded: the JPEG decoder does not start");
+    }
+    int width = 0;
+    int height = 0;
+    int sampling = 0;
+    int colour = 0;
+    check(decoder.get(), tjDecompressHeader3(decoder.get(), file->data(), file->size(), &width,
+                                             &height, &sampling, &colour));
+    if (width < 2 || height < 2) {
+        throw Failure("is smaller than 2x2 pixels");
+    }
+    if (colour == TJCS_CMYK || colour == TJCS_YCCK) {
+        throw Failure("is a CMYK JPEG", "convert it to RGB or YUV first");
+    }
+
+    Capture capture;
+    capture.width = static_cast<uint32_t>(width) & ~1u;
+    capture.height = static_cast<uint32_t>(height) & ~1u;
+    // Colours stored as RGB have no chroma planes to hand on.
+    int const usable = colour == TJCS_YCbCr ? sampling : -1;
+    auto const packed =
+            std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));
+    decodeToNv21(decoder.get(), *file, width, height, usable, capture, packed->data());
+    capture.image = Nv21Image{packed->data()};
+    capture.memory = packed;
+    setOrientation(exifOrientation(*file), capture);
+    return capture;
+}
+
+}  // namespace quen::reprocess

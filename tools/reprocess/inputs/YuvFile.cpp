@@ -1,0 +1,68 @@
+#include <libyuv.h>
+
+#include "command/FileNames.h"
+#include "inputs/Inputs.h"
+#include "inputs/MappedFile.h"
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+// The even part of a picture of any size, in a buffer of its own.
+std::shared_ptr<std::vector<uint8_t>> repack(MappedFile const& file, uint32_t width,
+                                             uint32_t height, bool planar) {
+    int const evenWidth = static_cast<int>(width & ~1u);
+    int const evenHeight = static_cast<int>(height & ~1u);
+    int const lumaStride = static_cast<int>(width);
+    int const chromaStride = static_cast<int>((width + 1) / 2);
+    uint8_t const* const luma = file.data();
+    uint8_t const* const chroma = luma + size_t{width} * height;
+
+    auto packed = std::make_shared<std::vector<uint8_t>>(nv21Size(width & ~1u, height & ~1u));
+    uint8_t* const out = packed->data();
+    uint8_t* const outChroma = out + size_t(evenWidth) * evenHeight;
+    if (planar) {
+        uint8_t const* const v = chroma + size_t(chromaStride) * ((height + 1) / 2);
+        libyuv::I420ToNV21(luma, lumaStride, chroma, chromaStride, v, chromaStride, out, evenWidth,
+                           outChroma, evenWidth, evenWidth, evenHeight);
+    } else {
+        libyuv::CopyPlane(luma, lumaStride, out, evenWidth, evenWidth, evenHeight);
+        libyuv::CopyPlane(chroma, chromaStride * 2, outChroma, evenWidth, evenWidth,
+                          evenHeight / 2);
+    }
+    return packed;
+}
+
+}  // namespace
+
+Capture readYuv(std::string const& path, InputOptions const& options) {
+    if (!options.size) {
+        throw Failure("does not tell its size", "give it with --size WIDTHxHEIGHT");
+    }
+    auto const file = MappedFile::open(path);
+    auto const [width, height] = *options.size;
+    size_t const expected =
+            size_t{width} * height + size_t{2} * ((width + 1) / 2) * ((height + 1) / 2);
+    if (file->size() != expected) {
+        throw Failure("has " + std::to_string(file->size()) + " bytes; " + std::to_string(width) +
+                              "x" + std::to_string(height) + " takes " + std::to_string(expected) +
+                              " in YUV 4:2:0",
+                      "check --size");
+    }
+
+    Capture capture;
+    capture.width = width & ~1u;
+    capture.height = height & ~1u;
+    bool const planar = lowerExtension(path) == ".yuv";
+    if (planar || capture.width != width || capture.height != height) {
+        auto const packed = repack(*file, width, height, planar);
+        capture.image = Nv21Image{packed->data()};
+        capture.memory = packed;
+    } else {
+        capture.image = Nv21Image{file->data()};
+        capture.memory = file;
+    }
+    return capture;
+}
+
+}  // namespace quen::reprocess

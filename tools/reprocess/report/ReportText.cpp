@@ -1,0 +1,158 @@
+#include "report/ReportText.h"
+
+#include <system/graphics.h>
+
+#include "host/metadata/MetadataText.h"
+#include "support/Text.h"
+
+namespace quen::reprocess {
+namespace {
+
+struct FormatName {
+    int32_t format;
+    char const* name;
+};
+
+constexpr FormatName kFormatNames[] = {
+        {HAL_PIXEL_FORMAT_YCRCB_420_SP, "NV21"},
+        {HAL_PIXEL_FORMAT_RAW16, "RAW16"},
+        {HAL_PIXEL_FORMAT_BLOB, "BLOB"},
+        {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, "implementation-defined"},
+        {HAL_PIXEL_FORMAT_YCBCR_420_888, "YCbCr_420_888"},
+        {HAL_PIXEL_FORMAT_RAW10, "RAW10"},
+};
+
+constexpr char const* kBayerNames[] = {"rggb", "grbg", "gbrg", "bggr"};
+
+// By host::isp::FactsState.
+constexpr char const* kFactsOrigins[] = {"not given: defaults", "given", "malformed: defaults"};
+
+char const* formatName(int32_t format) {
+    for (FormatName const& entry : kFormatNames) {
+        if (entry.format == format) {
+            return entry.name;
+        }
+    }
+    return "unknown";
+}
+
+std::string streamText(char const* direction, isphal::ISPStream const& stream) {
+    std::string text =
+            format("%s stream %lld: %ux%u, format 0x%x %s, %u bytes, stride", direction,
+                   static_cast<long long>(stream.id), stream.width, stream.height,
+                   static_cast<unsigned>(stream.format), formatName(stream.format), stream.size);
+    for (uint32_t const stride : stream.stride) {
+        if (stride != 0) {
+            text += format(" %u", stride);
+        }
+    }
+    text += format(", usage 0x%llx, data space 0x%x, layout 0x%x\n",
+                   static_cast<unsigned long long>(stream.usage), stream.dataSpace,
+                   stream.bufferLayout);
+    return text;
+}
+
+std::string bufferText(char const* direction, isphal::ISPBuffer const& buffer) {
+    bool const tuned = buffer.tuningData.getNativeHandle() != nullptr;
+    return format("%s buffer of stream %lld, tuning data %s (%u bytes)\n", direction,
+                  static_cast<long long>(buffer.streamId), tuned ? "attached" : "none",
+                  buffer.tuningDataSize);
+}
+
+template <typename Settings>
+std::string settingsText(char const* title, Settings const& settings) {
+    return std::string(title) + "\n" +
+           indented(host::ispMetadataText(settings.data(), settings.size()));
+}
+
+std::string floatsText(float const* values, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < count; ++i) {
+        text += format(" %g", static_cast<double>(values[i]));
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string configurationText(isphal::ISPStreamConfiguration const& config, isphal::Status status) {
+    bool const encodes = config.outputStreams.size() > 0 &&
+                         config.outputStreams[0].format == HAL_PIXEL_FORMAT_BLOB;
+    std::string lines;
+    for (isphal::ISPStream const& stream : config.inputStreams) {
+        lines += streamText("input", stream);
+    }
+    for (isphal::ISPStream const& stream : config.outputStreams) {
+        lines += streamText("output", stream);
+    }
+    lines += settingsText("session settings", config.sessionSettings);
+    return format("ISP configured for %s: %s\n", encodes ? "YUV2JPEG" : "RAW2YUV",
+                  toString(status).c_str()) +
+           indented(lines);
+}
+
+std::string requestText(isphal::ISPRequest const& request, isphal::Status status) {
+    std::string lines;
+    for (isphal::ISPBuffer const& buffer : request.inputBuffers) {
+        lines += bufferText("input", buffer);
+    }
+    for (isphal::ISPBuffer const& buffer : request.outputBuffers) {
+        lines += bufferText("output", buffer);
+    }
+    lines += settingsText("settings", request.settings);
+    return format("ISP request %u: %s\n", request.requestNumber, toString(status).c_str()) +
+           indented(lines);
+}
+
+std::string resultText(isphal::ISPResult const& result, host::isp::IspReport const& report) {
+    std::string lines = format("crop %d,%d %dx%d\n", report.crop.x, report.crop.y,
+                               report.crop.width, report.crop.height);
+    if (report.isRaw) {
+        lines += format("samples of %d bits\n", report.rawBits);
+        lines += format("capture facts (%s)\n",
+                        kFactsOrigins[static_cast<size_t>(report.factsState)]);
+        lines += indented(factsText(report.facts));
+    }
+    if (report.hasTuningHeader) {
+        lines += "output tuning data\n" + indented(tuningHeaderText(report.tuningHeader));
+    }
+    lines += settingsText("result metadata", result.resultMetadata);
+    lines += "legs\n";
+    for (host::isp::IspLeg const& leg : report.legs) {
+        lines += format("  %-16s %9.2f ms\n", leg.name,
+                        static_cast<double>(leg.time.count()) / 1000);
+    }
+    return format("ISP result %u: %s\n", result.reqNumber, toString(result.status).c_str()) +
+           indented(lines);
+}
+
+std::string factsText(host::isp::CaptureFacts const& facts) {
+    return format("Bayer order %s, levels of %d bits\n",
+                  kBayerNames[static_cast<size_t>(facts.bayerOrder)], facts.levelBits) +
+           "black R Gr Gb B" + floatsText(facts.blackLevel, 4) + ", white" +
+           floatsText(&facts.whiteLevel, 1) + "\n" + "gains R Gr Gb B" +
+           floatsText(facts.wbGains, 4) + ", exposure" + floatsText(&facts.exposureGain, 1) + "\n" +
+           "colour matrix" + floatsText(facts.colorMatrix, 9) + "\n" + "noise shot" +
+           floatsText(&facts.noiseShot, 1) + ", read" + floatsText(&facts.noiseRead, 1) +
+           ", denoise" + floatsText(&facts.denoiseStrength, 1) + ", sharpening" +
+           floatsText(&facts.sharpening, 1) + "\n";
+}
+
+std::string tuningHeaderText(host::isp::TuningHeader const& header) {
+    return format("requestNo %d, frameNumber %d, totalUsedBytes %d\n", header.requestNo,
+                  header.frameNumber, header.totalUsedBytes);
+}
+
+std::string indented(std::string const& lines) {
+    std::string text;
+    for (size_t begin = 0; begin < lines.size();) {
+        size_t const end = lines.find('\n', begin);
+        size_t const next = end == std::string::npos ? lines.size() : end + 1;
+        text += "  ";
+        text.append(lines, begin, next - begin);
+        begin = next;
+    }
+    return text;
+}
+
+}  // namespace quen::reprocess
