@@ -55,18 +55,6 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
     EXPECT_EQ(info.reservedSize, 0u);
 }
 
-TEST(AllocatorHelper, LostCallTouchesNothing) {
-    Graphics::fresh().allocator->onAllocate = losing();
-    BorrowedHandle const before({});
-    hidl_handle handle(before.get());
-    uint32_t stride = 5;
-    Transcript transcript;
-    allocate(&handle, &stride);
-    EXPECT_EQ(handle.getNativeHandle(), before.get());
-    EXPECT_EQ(stride, 5u);
-    EXPECT_EQ(transcript.lines().back(), "I allocateGraphicBuffer is ok 0");
-}
-
 TEST(UsageConversion, Gralloc0ToGralloc1) {
     struct Case {
         int32_t usage;

@@ -43,9 +43,11 @@ TEST(LostTransport, EndsNothingWithTheLogOff) {
     EXPECT_EQ(graphics.mapper->calls.size(), 5u + 3u);
 
     hidl_handle allocated;
+    uint32_t stride = 7;  // left alone
     AllocatorHelper::getInstance().allocateGraphicBuffer(
             16, 16, 0x33, android::hardware::graphics::common::V1_0::PixelFormat::BLOB, &allocated,
-            nullptr);
+            &stride);
+    EXPECT_EQ(stride, 7u);
     EXPECT_EQ(allocated.getNativeHandle(), nullptr);
 }
 
