@@ -1,18 +1,7 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <numeric>
-#include <thread>
-
-#include <quenOfflineDevice/JpegHandover.h>
 #include <quenOfflineDevice/RequestNumbers.h>
 
 #include "support/Lines.h"
-#include "support/MetadataBuilder.h"
-#include "support/RecordingCallback.h"
-#include "support/Road.h"
-#include "support/ScriptedThreeA.h"
+#include "support/ProcessTest.h"
 
 namespace {
 
@@ -21,53 +10,14 @@ using testing::Contains;
 using testing::ElementsAre;
 using Answer = StandInDevice::StatusReturn;
 
-constexpr int kWidth = 64;
-constexpr int kHeight = 48;
-constexpr uint32_t kTuningBytes = 0x1fa400;
-constexpr uint32_t kJpegBytes = 4096;
 constexpr uint32_t kBufferIndex = 0xc00c0018;
 
-class ProcessTest : public testing::Test {
-  protected:
-    ProcessTest() {
-        gJpegResultStatus = 0;
-        setJpegTimeout(nullptr);
-    }
-
-    StandInDevice& isp() { return mRoad.isp(); }
-    int develop(int32_t frameNumber, Road::Client const& client) {
-        return mRoad.process(frameNumber, mRaw, {mYuv}, mSettings.get(), client);
-    }
-    int encode(int32_t frameNumber, Road::Client const& client = nullptr) {
-        return mRoad.process(frameNumber, mYuv, {mJpeg}, mSettings.get(), client);
-    }
-    /** Writes what the ISP leaves in a BLOB buffer: JPEG bytes, and their number at its end. */
-    static void writeJpeg(isphal::ISPRequest const& request, uint32_t bytes) {
-        Mapping const memory(request.outputBuffers[0].buffer->data[0]);
-        std::iota(memory.data(), memory.data() + std::min(bytes, 1000u), uint8_t{1});
-        uint32_t const trailer[] = {0xFF, bytes};
-        memcpy(memory.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
-    }
-    static bool deadlineHasPassed() {
-        timespec now;
-        clock_gettime(CLOCK_REALTIME, &now);
-        return std::pair(now.tv_sec, now.tv_nsec) >=
-               std::pair(gJpegDeadline.tv_sec, gJpegDeadline.tv_nsec);
-    }
-
-    Graphics& mGraphics = Graphics::fresh();
-    std::shared_ptr<ScriptedThreeA> const mThreeA = std::make_shared<ScriptedThreeA>();
-    ScriptedThreeA::Guard const mInstalled{mThreeA};
-    MemoryBuffer const mRawMemory{kWidth * kHeight * 10 / 8};
-    MemoryBuffer const mYuvMemory{kWidth * kHeight * 3 / 2};
-    MemoryBuffer const mJpegMemory{kJpegBytes};
-    ImageBuffer const mRaw = mRawMemory.image(1, 0x25, kWidth, kHeight);
-    ImageBuffer const mYuv = mYuvMemory.image(2, 0x23, kWidth, kHeight);
-    ImageBuffer const mJpeg = mJpegMemory.image(3, 0x21, kWidth, kHeight);
-    MetadataBuilder mSettings;
-    android::sp<RecordingCallback> const mClient = new RecordingCallback;
-    StandInRoad mRoad;
-};
+bool deadlineHasPassed() {
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    return std::pair(now.tv_sec, now.tv_nsec) >=
+           std::pair(gJpegDeadline.tv_sec, gJpegDeadline.tv_nsec);
+}
 
 TEST_F(ProcessTest, NullParametersAreRefused) {
     mRoad.create(mRaw, {mYuv});
@@ -85,53 +35,7 @@ TEST_F(ProcessTest, RawRequestTravelsToTheClient) {
     mThreeA->next = {debug.fd(), kTuningBytes, 7};
     mSettings.i64(0xc0030014, int64_t{2}).i32(0xc00300a2, 12).i32(kBufferIndex, 4);
     mRoad.create(mRaw, {mYuv});
-    Transcript transcript;
     EXPECT_EQ(develop(100, mClient), 0);
-    EXPECT_EQ(deviceLines(transcript), linesOf(R"(
-I reprocess request stage RAW2YUV E
-I reprocess request session ADDRESS, frame_number 100 input_buffer info : streamId = 1, width = 64, height = 48, size 3840, format = 37
-I reprocess request session ADDRESS, frame_number 100 output_buffer info : streamId = 2, width = 64, height = 48, size 4608, format = 35
-I process request RAW2YUV stage checkReconfigure E
-I last config input stream info width = 64, height = 48, format is equal 1
-I last config output stream info streamIndex 0, width = 64, height = 48, format is equal 1
-I inputFormat == HAL_PIXEL_FORMAT_RAW10
-I isNeedRaw14bit 0
-I current snapshot IsNeedRaw14bit 0, last snapshot IsNeedRaw14bit 0
-I needReconfigure 0
-I process request RAW2YUV stage checkReconfigure X
-I reprocess stage RAW2YUV convertToISPBuffer E
-I use QCF gralloc buffer
-I RequestNo for reprocess 12
-I use tuningData bufferIndex 4
-I get inputTuningData from metadata success, bufferIndex 4, bufferFd FD
-I get 3ADebugInfo result is 1 used3ADebugInfo 1
-I tuningData is nullptr 0, tuningData size = 2073600
-I reprocess stage RAW2YUV convertToISPBuffer X
-I reprocess stage RAW2YUV convertToISPBuffer E
-I use QCF gralloc buffer
-I get outputTuningData buffer from quencameraserver success, bufferIndex 7, bufferFd FD
-I update outputTuningData bufferIndex 7 success
-I get 3ADebugInfo result is 1 used3ADebugInfo 1
-I tuningData is nullptr 0, tuningData size = 2073600
-I reprocess stage RAW2YUV convertToISPBuffer X
-D read QUEN_CONTROL_ISFASTDISPLAYREQUEST -1 res 0 pRequesNo 100 frame_num 100
-D QUEN_FEEDBACK_TUNNINGMODE 0
-I reprocess currentMode 2
-E get currentUiMode from resultMetadata failed
-E get Engineermode from resultMetadata failed
-E get fusion from resultMetadata failed
-E get sceneMode from resultMetadata failed
-I QUEN_CONTROL_ISDUALSLAVE -1
-I for depth value is 0
-I QUEN_CONTROL_ISFASTDISPLAYREQUEST -1 read tag isSuccess 0
-I reprocessStage raw2yuv
-I update tuningMode 6003
-I reprocessStage RAW2YUV needMsnr 1
-I QUEN_PARAMETER_CROP_REGION_SAT not set, not sat case, app have set MTK_SCALER_CROP_APP_REGION
-I convertToISPMetadata E
-D IMetadata entry count : 8
-I convertToISPMetadata X
-I reprocess request stage RAW2YUV X)"));
 
     // What the ISP was given.
     ASSERT_EQ(isp().requests.size(), 1u);
@@ -184,13 +88,7 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
         Mapping const input(request.inputBuffers[0].buffer->data[0]);
         EXPECT_EQ(input.bytes(kWidth), mYuvMemory.bytes(kWidth));
         writeJpeg(request, 777);
-        answerer = std::thread([&] {
-            while (!transcript.has("I wait JPEG process")) {
-                std::this_thread::yield();
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            isp().answer(100);
-        });
+        answerer = answerLater(100, transcript);
         return StandInDevice::ok();
     };
     EXPECT_EQ(encode(100), 777);
@@ -200,28 +98,6 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
     std::vector<uint8_t> expected(kJpegBytes, 0xEE);
     std::iota(expected.begin(), expected.begin() + 777, uint8_t{1});
     EXPECT_EQ(mJpegMemory.bytes(kJpegBytes), expected);
-
-    // The request's lines from its encoding on, without those of the result's thread.
-    Lines lines = deviceLines(transcript);
-    lines.erase(lines.begin(), std::find(lines.begin(), lines.end(), "I convertToISPMetadata E"));
-    auto const isOfResult = [](std::string const& line) {
-        return line.find("callback") != std::string::npos ||
-               line.find("esult ") != std::string::npos;
-    };
-    lines.erase(std::remove_if(lines.begin(), lines.end(), isOfResult), lines.end());
-    EXPECT_EQ(lines, linesOf(R"(
-I convertToISPMetadata E
-D IMetadata entry count : 5
-D IMetadata entry tag: 0xD0000, type: 8, count: 1, byte_count: 16, count*byte_count: 16
-I convertToISPMetadata X
-I wait JPEG process
-I JPEG process done
-I get JPEG size from output buffer E
-I get data from output buffer address ADDRESS
-D {.blobId = JPEG, .blobSize = 777}
-I get JPEG size is 777 from output buffer X
-I jpegSize is 777
-I reprocess request stage YUV2JPEG X)"));
 }
 
 TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {

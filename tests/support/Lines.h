@@ -3,6 +3,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/Transcript.h"
@@ -23,9 +24,16 @@ inline Lines linesOf(std::string const& text) {
 
 /** A line without what differs from run to run: that stands as "ADDRESS" and "FD". */
 inline std::string steady(std::string const& line) {
-    static std::regex const address("0x[0-9a-f]{6,}|\\(nil\\)");
-    static std::regex const descriptor("(FD|Fd) -?[0-9]+");
-    return std::regex_replace(std::regex_replace(line, address, "ADDRESS"), descriptor, "$1 FD");
+    static std::pair<std::regex, char const*> const changing[] = {
+            {std::regex("0x[0-9a-f]{6,}|\\(nil\\)"), "ADDRESS"},
+            {std::regex("addr\\(0x[0-9A-F]+\\)"), "addr(ADDRESS)"},
+            {std::regex("(FD|Fd) -?[0-9]+"), "$1 FD"},
+    };
+    std::string result = line;
+    for (auto const& [what, name] : changing) {
+        result = std::regex_replace(result, what, name);
+    }
+    return result;
 }
 
 /** The lines that the device object and its callback wrote, not the helpers below; steady ones. */

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <mtkcam/log.h>
@@ -40,12 +42,25 @@ class Transcript : public quen::host::LogSink {
         std::lock_guard<std::mutex> lock(mLock);
         mRaw.emplace_back(text);
         mLines.push_back(std::string(1, "DEWI"[level & 3]) + " " + messageOf(text));
+        mThreads.push_back(std::this_thread::get_id());
     }
 
     /** The lines so far, oldest first. */
     std::vector<std::string> lines() const {
         std::lock_guard<std::mutex> lock(mLock);
         return mLines;
+    }
+
+    /** The calling thread's lines, or those of all the others. */
+    std::vector<std::string> linesOfThisThread(bool ofThis = true) const {
+        std::lock_guard<std::mutex> lock(mLock);
+        std::vector<std::string> lines;
+        for (size_t i = 0; i < mLines.size(); ++i) {
+            if ((mThreads[i] == std::this_thread::get_id()) == ofThis) {
+                lines.push_back(mLines[i]);
+            }
+        }
+        return lines;
     }
 
     /** The same lines, as they were written. */
@@ -58,6 +73,7 @@ class Transcript : public quen::host::LogSink {
     std::vector<std::string> take() {
         std::lock_guard<std::mutex> lock(mLock);
         mRaw.clear();
+        mThreads.clear();
         return std::exchange(mLines, {});
     }
 
@@ -77,8 +93,9 @@ class Transcript : public quen::host::LogSink {
     }
 
     mutable std::mutex mLock;
-    std::vector<std::string> mLines;  // guarded by mLock
-    std::vector<std::string> mRaw;    // guarded by mLock
+    std::vector<std::string> mLines;        // guarded by mLock
+    std::vector<std::string> mRaw;          // guarded by mLock
+    std::vector<std::thread::id> mThreads;  // guarded by mLock
     quen::host::LogLevel mOldLevel;
     quen::host::LogSink* mOldSink;
 };

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <numeric>
+#include <thread>
+#include <utility>
+
+#include <quenOfflineDevice/JpegHandover.h>
+
+#include "support/MetadataBuilder.h"
+#include "support/RecordingCallback.h"
+#include "support/Road.h"
+#include "support/ScriptedThreeA.h"
+#include "support/Transcript.h"
+
+namespace quentest {
+
+/** A client of small pictures on the road to a stand-in ISP: RAW10 to YUV, YUV to JPEG. */
+class ProcessTest : public testing::Test {
+  protected:
+    static constexpr int kWidth = 64;
+    static constexpr int kHeight = 48;
+    static constexpr uint32_t kTuningBytes = 0x1fa400;
+    static constexpr uint32_t kJpegBytes = 4096;
+
+    ProcessTest() {
+        gJpegResultStatus = 0;
+        setJpegTimeout(nullptr);
+    }
+
+    StandInDevice& isp() { return mRoad.isp(); }
+    int develop(int32_t frameNumber, Road::Client const& client) {
+        return mRoad.process(frameNumber, mRaw, {mYuv}, mSettings.get(), client);
+    }
+    int encode(int32_t frameNumber, Road::Client const& client = nullptr) {
+        return mRoad.process(frameNumber, mYuv, {mJpeg}, mSettings.get(), client);
+    }
+    /** Writes what the ISP leaves in a BLOB buffer: JPEG bytes, and their number at its end. */
+    static void writeJpeg(isphal::ISPRequest const& request, uint32_t bytes) {
+        Mapping const memory(request.outputBuffers[0].buffer->data[0]);
+        std::iota(memory.data(), memory.data() + std::min(bytes, 1000u), uint8_t{1});
+        uint32_t const trailer[] = {0xFF, bytes};
+        memcpy(memory.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
+    }
+    /** Answers a request on a thread of the ISP's, some time after its client began to wait. */
+    std::thread answerLater(uint32_t number, Transcript const& transcript) {
+        return std::thread([this, number, &transcript] {
+            while (!transcript.has("I wait JPEG process")) {
+                std::this_thread::yield();
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            isp().answer(number);
+        });
+    }
+
+    Graphics& mGraphics = Graphics::fresh();
+    std::shared_ptr<ScriptedThreeA> const mThreeA = std::make_shared<ScriptedThreeA>();
+    ScriptedThreeA::Guard const mInstalled{mThreeA};
+    MemoryBuffer const mRawMemory{kWidth * kHeight * 10 / 8};
+    MemoryBuffer const mYuvMemory{kWidth * kHeight * 3 / 2};
+    MemoryBuffer const mJpegMemory{kJpegBytes};
+    ImageBuffer const mRaw = mRawMemory.image(1, 0x25, kWidth, kHeight);
+    ImageBuffer const mYuv = mYuvMemory.image(2, 0x23, kWidth, kHeight);
+    ImageBuffer const mJpeg = mJpegMemory.image(3, 0x21, kWidth, kHeight);
+    MetadataBuilder mSettings;
+    android::sp<RecordingCallback> const mClient = new RecordingCallback;
+    StandInRoad mRoad;
+};
+
+}  // namespace quentest
