@@ -26,10 +26,15 @@ class MapperHelper {
     /** A copy of the one instance, which is made on first use and fetches the service then. */
     QUEN_EXPORT static MapperHelper getInstance();
 
-    /** Fetches the service; without one the helper cannot be used. */
+    /** Fetches the service. Without one every later call crashes: nobody fetches it again. */
     QUEN_EXPORT void init();
 
-    /** Encodes what is to be allocated into the bytes that the allocator takes. */
+    /**
+     * Encodes what is to be allocated into the bytes that the allocator takes.
+     *
+     * @param descriptor the mapper's answer, whatever its error; left alone when the mapper could
+     *                   not be reached
+     */
     QUEN_EXPORT void createDescriptor(IMapper::BufferDescriptorInfo const& info,
                                       android::hardware::hidl_vec<uint8_t>& descriptor);
 
@@ -48,9 +53,9 @@ class MapperHelper {
      * Locks an imported buffer for the CPU.
      *
      * @param accessRegion pixels; bytes by one row for a BLOB
-     * @param acquireFence waited for and closed in every case; -1 for none
-     * @param outData the buffer's address, null when the mapper refused; left alone when it could
-     *                not be reached
+     * @param acquireFence waited for by the mapper, closed in every case; -1 for none
+     * @param outData the address that the mapper answered, whatever its error; left alone when the
+     *                mapper could not be reached
      * @return always 0
      */
     QUEN_EXPORT int lock(native_handle const* handle, uint64_t cpuUsage,

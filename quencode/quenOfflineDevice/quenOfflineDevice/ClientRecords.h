@@ -27,7 +27,10 @@ struct SessionParams {
     camera_metadata const* metadata;           ///< session metadata, may be null
 };
 
-/** One buffer of a request. */
+/**
+ * One buffer of a request. An input of format YCBCR_420_888 is read as packed rows of the image's
+ * width: luma, then V and U in turn where the device buffer is semi-planar, else U, then V.
+ */
 struct ImageBuffer {
     int32_t streamId;
     int32_t format;         ///< Android HAL pixel format

@@ -23,8 +23,8 @@ constexpr size_t kSemiPlanarStep = 2;
 
 /**
  * Copies packed rows into a plane of longer rows, whose ends are set to 0. A plane without an
- * address is passed over. Rows that lie close together on both sides are one block: a long copy
- * goes past the caches, which doubles its speed where the picture is larger than they are.
+ * address is passed over. Rows that lie close together on both sides are one block: one long
+ * copy leaves it to the C library to go past the caches.
  *
  * @return the source behind what was read
  */

@@ -82,7 +82,7 @@ int quenOfflineDevice::copyJpeg(PostProcessParams const& params,
     void* const target = mapClientBuffer(client);
     int const jpegSize = getJpegSize(device, client.size);
     if (device == nullptr) {
-        // The mapping stays, as it always has on this path.
+        // The mapping is left behind on purpose: see ARCHITECTURE.md.
         QLOGE("Invalid output buffer");
         return kNoJpeg;
     }

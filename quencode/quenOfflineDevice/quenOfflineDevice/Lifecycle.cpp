@@ -44,9 +44,8 @@ void quenOfflineDevice::create(SessionParams* params) {
     bool const noOutputs = noParams || params->output_streams.empty();
     if (noInputs || noOutputs) {
         // The two blanks before the third flag are kept on purpose.
-        QLOGE("pCreateParams is nullptr %d, input_streams is empty %d, output_streams is empty  "
-              "%d, "
-              "constructISPStream failed",
+        QLOGE("pCreateParams is nullptr %d, input_streams is empty %d, "
+              "output_streams is empty  %d, constructISPStream failed",
               noParams, noInputs, noOutputs);
     } else {
         IsNeedRaw14bit = isNeedRaw14bit(params->metadata, params->input_streams[0].format);

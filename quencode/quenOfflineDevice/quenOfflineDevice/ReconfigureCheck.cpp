@@ -22,11 +22,14 @@ bool matches(ISPStream const& configured, StreamConfig const& wanted) {
 /**
  * Configures the ISP device anew when the request's buffers or its raw depth are not those of the
  * last configuration, after the outstanding requests have drained or were given up. Blocks
- * meanwhile.
+ * meanwhile. An object that is not connected only notes the raw depth.
  *
  * What is compared are the streams as the ISP was told them: an RGB reprocess input, told with a
  * third of its width and as a BLOB, does not match the client's buffer and is configured for every
- * request.
+ * request. Outputs are compared by size and format, whatever their number and ids; none at all
+ * configured forces a configuration, no input configured does not.
+ *
+ * @param outputs not empty: a configuration takes its stage from the first
  */
 void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
                                          std::vector<ImageBuffer*> outputs,

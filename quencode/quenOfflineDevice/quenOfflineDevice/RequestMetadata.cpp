@@ -90,7 +90,7 @@ void readModes(IMetadata const& metadata, RequestFacts& facts) {
     }
 }
 
-void readScene(IMetadata const& metadata, RequestFacts& facts) {
+void readCircumstances(IMetadata const& metadata, RequestFacts& facts) {
     facts.capture.sceneMode = -1;
     if (readItem(metadata, tag::kSceneMode, facts.capture.sceneMode)) {
         QLOGI("reprocess sceneMode %d", facts.capture.sceneMode);
@@ -200,7 +200,7 @@ void prepareYuvToJpeg(IMetadata& metadata, RequestFacts const& facts, char const
  * raw depth in every stage; tuning mode, feature hint, crop and switches as the stage wants them.
  *
  * @param meta changed in place; null is logged
- * @param width pixels of the picture to be made; used when encoding only
+ * @param width of the whole picture, which a JPEG is cropped to; unused in the other stage
  * @param height as `width`
  */
 void quenOfflineDevice::updateMetaData(IMetadata* meta, int width, int height) {
@@ -214,7 +214,7 @@ void quenOfflineDevice::updateMetaData(IMetadata* meta, int width, int height) {
     writeRawBitDepth(*meta, IsNeedRaw14bit);
     meta->remove(tag::kRawTuningData);
     meta->remove(tag::kYuvTuningData);
-    readScene(*meta, facts);
+    readCircumstances(*meta, facts);
     if (strcmp(mStage, kStageRawToYuv) == 0) {
         prepareRawToYuv(*meta, facts, mStage);
     }

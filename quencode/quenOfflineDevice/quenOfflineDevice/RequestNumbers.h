@@ -6,9 +6,10 @@
 #include <nscam/IMetadata.h>
 
 /**
- * The request numbers of the fast-display sequence, for the whole process: a fast-display raw
- * request leaves a marker, the next normal raw request takes the marker and leaves its number, the
- * next JPEG request takes that number over as its own.
+ * The request numbers of the fast-display sequence, for the whole process: a raw request with
+ * the fast-display tag at 1 leaves a marker, the next raw one with the tag at 0 takes the marker
+ * and leaves its number, the next JPEG request with the tag takes that number over as its own.
+ * Requests without the tag have no part in it.
  *
  * No lock: used by `process` and emptied by `uinit`, which the client serialises.
  */

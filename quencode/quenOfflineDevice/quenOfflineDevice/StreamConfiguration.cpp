@@ -28,12 +28,12 @@ constexpr int32_t kUiModeWithoutRaw14bit = 16;
 constexpr int32_t kRawBits = 14;
 
 constexpr size_t kStreamPlanes = 3;
-constexpr uint32_t kJpegDataSpace = 0x08C20000;  // HAL_DATASPACE_V0_JFIF
+constexpr uint32_t kJpegDataSpace = HAL_DATASPACE_V0_JFIF;
 constexpr uint64_t kOutputUsage = 6;
 constexpr uint64_t kImplementationDefinedUsage = 0x60000;
 
-// The RGB reprocess flow: an input at least six times as wide as the first output is stated to the
-// ISP as a third of that width with six bytes a pixel.
+// The RGB reprocess flow: an input at least six times as wide as the first output, which is no
+// BLOB, is stated to the ISP as a BLOB of a third of that width with six bytes a pixel.
 constexpr uint32_t kRgbLayout = 0x00010002;
 constexpr uint32_t kRgbSamplesPerPixel = 3;
 constexpr uint32_t kRgbBytesPerPixel = 6;
@@ -55,7 +55,7 @@ int appendInt32(std::vector<unsigned char>& buffer, uint32_t tag, int32_t value)
 }
 
 /**
- * Zeroes what lies between the fields of stream records, where they finally stand: HIDL sends their
+ * Zeroes what no field of a stream record covers, where the records finally stand: HIDL sends their
  * memory as it is, and copying a record leaves its padding behind.
  */
 void clearPadding(hidl_vec<ISPStream>& streams) {
@@ -147,7 +147,10 @@ bool quenOfflineDevice::isNeedRaw14bit(camera_metadata const* meta, int inputFor
     return result;
 }
 
-/** Encodes the session metadata for the ISP, with the raw depth and the camera's id added. */
+/**
+ * Encodes the session metadata for the ISP. The raw depth is added when it is 14 bits, the camera's
+ * id when it is known.
+ */
 std::vector<unsigned char> quenOfflineDevice::encodeSessionSettings(camera_metadata const* meta) {
     NSCam::IMetadata metadata;
     mMetadataConverter->convert(meta, metadata);

@@ -63,9 +63,11 @@ class quenOfflineDevice {
     /**
      * Submits one request.
      *
-     * With a callback the call returns at once and the result goes to the callback. Without one the
-     * call blocks until the result is there, for "vendor.debug.camera.jpeg.timeout" seconds at most
-     * (4 by default), and a JPEG is copied into the client's BLOB buffer.
+     * With a callback the call does not wait for the result, which goes to the callback. Without
+     * one it blocks until the result is there, for "vendor.debug.camera.jpeg.timeout" seconds at
+     * most (4 by default); a result that comes before the wait begins does not end it. A JPEG is
+     * then copied into the client's first BLOB buffer. Either way the call blocks for outstanding
+     * requests first when it has to configure anew.
      *
      * @param params read during the call only
      * @param callback may be null
@@ -81,7 +83,10 @@ class quenOfflineDevice {
     /** Asks the ISP device to flush; the outcome is ignored. */
     QUEN_EXPORT void flush();
 
-    /** Closes the ISP device and releases every reference. */
+    /**
+     * Closes the ISP device and releases every reference. Outstanding requests are not waited for;
+     * the fast-display bookkeeping, which the process's device objects share, is emptied.
+     */
     QUEN_EXPORT void destroy();
 
     /**
