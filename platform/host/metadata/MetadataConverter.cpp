@@ -1,5 +1,6 @@
 #include <nscam/IMetadataConverter.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <vector>
@@ -73,6 +74,7 @@ class MetadataConverter final : public IMetadataConverter {
     bool convert(camera_metadata const* buffer, IMetadata& metadata) const override;
 
   private:
+    static std::vector<camera_metadata_ro_entry> entriesInTagOrder(camera_metadata const* buffer);
     int flatTypeOfTag(uint32_t tag) const;
     bool flatten(IMetadata::IEntry&& entry, std::vector<FlatEntry>& out) const;
     IMetadata::IEntry unflatten(camera_metadata_ro_entry const& flat) const;
@@ -165,16 +167,34 @@ IMetadata::IEntry MetadataConverter::unflatten(camera_metadata_ro_entry const& f
     return entry;
 }
 
+/**
+ * The entries by their tags, those of one tag as they stand in the buffer. Metadata is filled
+ * fastest in this order: an entry that comes late moves all behind it.
+ */
+std::vector<camera_metadata_ro_entry> MetadataConverter::entriesInTagOrder(
+        camera_metadata const* buffer) {
+    size_t const count = get_camera_metadata_entry_count(buffer);
+    std::vector<camera_metadata_ro_entry> entries;
+    entries.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
+        camera_metadata_ro_entry flat;
+        if (get_camera_metadata_ro_entry(buffer, i, &flat) == 0 && flat.type < NUM_TYPES) {
+            entries.push_back(flat);
+        }
+    }
+    auto const isBefore = [](auto const& a, auto const& b) { return a.tag < b.tag; };
+    if (!std::is_sorted(entries.begin(), entries.end(), isBefore)) {
+        std::stable_sort(entries.begin(), entries.end(), isBefore);
+    }
+    return entries;
+}
+
 bool MetadataConverter::convert(camera_metadata const* buffer, IMetadata& metadata) const {
     if (buffer == nullptr) {
         return false;
     }
-    size_t const count = get_camera_metadata_entry_count(buffer);
-    for (size_t i = 0; i < count; ++i) {
-        camera_metadata_ro_entry flat;
-        if (get_camera_metadata_ro_entry(buffer, i, &flat) == 0 && flat.type < NUM_TYPES) {
-            metadata.update(flat.tag, unflatten(flat));
-        }
+    for (camera_metadata_ro_entry const& flat : entriesInTagOrder(buffer)) {
+        metadata.update(flat.tag, unflatten(flat));
     }
     return true;
 }

@@ -68,9 +68,10 @@ class HalInterface : public virtual android::RefBase {
  * Receives the ISP device's results, and keeps the table of requests that wait for one.
  *
  * The client's thread inserts into the table (recordISPRequest) and the ISP HAL's threads look up
- * and erase (processResult), both without a lock, which is kept so: an insert or an erase that meets
- * an erase is a data race. A synchronous `process` is released a moment before its request goes. mDrainLock
- * covers only the test for an empty table and the wait or signal that goes with it.
+ * and erase (processResult), both without a lock, which is kept so: an insert or an erase that
+ * meets an erase is a data race. A synchronous `process` is released a moment before its request
+ * goes. mDrainLock covers only the test for an empty table and the wait or signal that goes with
+ * it.
  */
 class HalInterface::ClientCallback
     : public vendor::mediatek::hardware::camera::isphal::V1_0::ICallback,
