@@ -124,14 +124,14 @@ void allocOutputTuningData(hidl_handle& tuningData) {
  * States a client buffer as the ISP wants it and attaches tuning data.
  *
  * A YUV input is copied into a new device buffer, a BLOB output gets a new one, everything else
- * passes through as the client's own. Failures are logged and the conversion goes on with what it
- * has.
+ * passes through as the client's own. The conversion goes on with what it has; what failed is
+ * logged for tuning data only.
  *
  * @param settings the request's; the 3A buffer index in it is overwritten for an output
  * @param ispBuffer filled
  * @param used3ADebugInfo written when tuning data is looked for: not for a BLOB, not without
  * settings
- * @param tuningData in and out: what one conversion leaves the next one of the request may pass on
+ * @param tuningData in and out: the request's of this direction; left alone where none is found
  */
 void quenOfflineDevice::convertToISPBuffer(ImageBuffer const* imageBuffer,
                                            camera_metadata const* settings, ISPBuffer* ispBuffer,

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <system/camera_metadata.h>
+
 #include "quenCommon/Log.h"
 #include "quenGralloc/MapperHelper.h"
 #include "quenOfflineDevice/CpuUsage.h"
@@ -24,9 +26,6 @@ using NSCam::IMetadata;
 using NSCam::Type2Type;
 
 namespace {
-
-/** Longest stage text, with its end. */
-constexpr size_t kStageBytes = 10;
 
 /** What the ISP says of the tuning data it wrote. */
 struct TuningHeader {
@@ -187,7 +186,9 @@ Return<void> HalInterface::ClientCallback::processResult(ISPResult const& result
         return Void();
     }
     offlineRequestCallback entry = found->second;
-    // The client's thread may rewrite the device's text once this request is off the table.
+    // The device's text may be another's before the last line, or gone: its client reconfigures or
+    // destroys it when a waiting call was released, a drained wait gave up or the callback
+    // returned.
     char stage[kStageBytes] = {};
     strncpy(stage, entry.request->stage, kStageBytes - 1);
     bool const isOk = result.status == IspStatus::OK;

@@ -33,7 +33,7 @@ constexpr uint64_t kOutputUsage = 6;
 constexpr uint64_t kImplementationDefinedUsage = 0x60000;
 
 // The RGB reprocess flow: an input at least six times as wide as the first output, which is no
-// BLOB, is stated to the ISP as a BLOB of a third of that width with six bytes a pixel.
+// BLOB, is stated to the ISP as a BLOB of a third of the input's width with six bytes a pixel.
 constexpr uint32_t kRgbLayout = 0x00010002;
 constexpr uint32_t kRgbSamplesPerPixel = 3;
 constexpr uint32_t kRgbBytesPerPixel = 6;

@@ -20,6 +20,7 @@
 #include "quenCommon/Export.h"
 #include "quenOfflineDevice/ClientRecords.h"
 #include "quenOfflineDevice/HalInterface.h"
+#include "quenOfflineDevice/Stage.h"
 
 /** Which side of the ISP a stream or a buffer is on. */
 enum class Direction : uint32_t { Input = 0, Output = 1 };
@@ -165,7 +166,7 @@ class quenOfflineDevice {
     pthread_mutex_t mLock;  // taken by setOfflineCallback only, before the HalInterface's own
 
     // "RAW2YUV" or "YUV2JPEG", of the last configuration. Every OfflineRequest points at it.
-    char mStage[10];
+    char mStage[kStageBytes];
 
     bool IsNeedRaw14bit;  // raw input is processed at 14 bits
 };

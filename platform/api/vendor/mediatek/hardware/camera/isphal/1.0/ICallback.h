@@ -8,7 +8,7 @@ namespace vendor::mediatek::hardware::camera::isphal::V1_0 {
 /**
  * Where an ISP device delivers the results of its requests.
  *
- * Called on a thread of the ISP HAL, one result at a time.
+ * Called on threads of the ISP HAL. The software ISP delivers one result at a time.
  */
 struct ICallback : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
