@@ -17,6 +17,9 @@ Iterator lowerBound(Iterator first, Iterator last, IMetadata::Tag_t tag) {
                             });
 }
 
+/** What there is room for at once: metadata of a capture has dozens of entries. */
+constexpr size_t kUsualEntries = 32;
+
 }  // namespace
 
 IMetadata::IMetadata() = default;
@@ -69,6 +72,9 @@ void IMetadata::update(Tag_t tag, IEntry const& entry) {
     copy.mTag = tag;
     // Whoever fills metadata does so in the order of the tags more often than not.
     if (mEntries.empty() || mEntries.back().tag() < tag) {
+        if (mEntries.capacity() == 0) {
+            mEntries.reserve(kUsualEntries);
+        }
         mEntries.push_back(std::move(copy));
         return;
     }

@@ -12,6 +12,15 @@ StreamConfig describe(ImageBuffer const& buffer, bool isOutput) {
             static_cast<uint32_t>(buffer.height), isOutput};
 }
 
+std::vector<StreamConfig> describeOutputs(std::vector<ImageBuffer*> const& outputs) {
+    std::vector<StreamConfig> streams;
+    streams.reserve(outputs.size());
+    for (ImageBuffer const* const output : outputs) {
+        streams.push_back(describe(*output, true));
+    }
+    return streams;
+}
+
 bool matches(ISPStream const& configured, StreamConfig const& wanted) {
     return configured.width == wanted.width && configured.height == wanted.height &&
            configured.format == wanted.format;
@@ -43,10 +52,6 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
               last.width, last.height, last.format == inputStream.format);
         needReconfigure = !matches(last, inputStream);
     }
-    std::vector<StreamConfig> const inputStreams{inputStream};
-
-    std::vector<StreamConfig> outputStreams;
-    outputStreams.reserve(outputs.size());
     for (ImageBuffer const* const output : outputs) {
         StreamConfig const outputStream = describe(*output, true);
         bool matched = false;
@@ -62,7 +67,6 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
             ++index;
         }
         needReconfigure = needReconfigure || !matched;
-        outputStreams.push_back(outputStream);
     }
 
     bool const raw14bit = isNeedRaw14bit(settings, input->format);
@@ -77,7 +81,7 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
         mHalInterface->waitForRequestDrained();
         mInputStreams.clear();
         mOutputStreams.clear();
-        config(inputStreams, outputStreams, settings);
+        config({inputStream}, describeOutputs(outputs), settings);
     }
     QLOGI("process request %s stage checkReconfigure X", mStage);
 }
