@@ -8,6 +8,7 @@
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
 
+#include "host/isp/ClientThread.h"
 #include "host/isp/GraphicBuffer.h"
 #include "host/isp/Picture.h"
 #include "host/isp/RequestSettings.h"
@@ -37,6 +38,7 @@ struct Request {
     RequestImage input;
     std::vector<RequestImage> outputs;
     std::chrono::steady_clock::time_point submitted;
+    ClientThread client = ClientThread::current();  ///< who submitted it
 };
 
 /**

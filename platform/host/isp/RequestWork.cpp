@@ -19,6 +19,7 @@ namespace {
 
 constexpr unsigned int kIspTypeInt32 = 1;
 constexpr unsigned int kMostEntries = 3;
+constexpr std::chrono::milliseconds kLongestWayToSleep{50};
 
 using Clock = std::chrono::steady_clock;
 
@@ -75,10 +76,11 @@ void RequestWork::releaseBuffers() {
     mRequest->outputs.clear();
 }
 
-/** Waits until the result is late enough. */
+/** Waits until the result is late enough and its client can hear of it. */
 void RequestWork::hold(IspReport& report) {
     Clock::time_point const start = Clock::now();
     std::this_thread::sleep_until(mRequest->submitted + mOptions.minimumLatency);
+    mRequest->client.waitUntilAsleep(kLongestWayToSleep);
     report.legs.push_back({"hold", since(start)});
 }
 

@@ -12,6 +12,7 @@
 #include "quenGralloc/AllocatorHelper.h"
 #include "quenGralloc/MapperHelper.h"
 #include "quenOfflineDevice/CpuUsage.h"
+#include "quenOfflineDevice/RowCopy.h"
 #include "quenOfflineDevice/quenOfflineDevice.h"
 
 using android::hardware::hidl_handle;
@@ -21,45 +22,37 @@ namespace {
 
 constexpr size_t kSemiPlanarStep = 2;
 
-/**
- * Copies packed rows into a plane of longer rows, whose ends are set to 0. A plane without an
- * address is passed over. Rows that lie close together on both sides are one block: one long
- * copy leaves it to the C library to go past the caches.
- *
- * @return the source behind what was read
+/** Rows of a plane: as many bytes of each as are written, and what lies between their beginnings.
  */
-uint8_t const* copyRows(uint8_t const* source, size_t sourceRowBytes, uint8_t* plane,
-                        size_t planeRowBytes, size_t stride, size_t rows) {
-    size_t const copied = std::min(sourceRowBytes, planeRowBytes);
-    if (plane == nullptr) {
-        return source + copied * rows;
+struct Plane {
+    uint8_t* address;  // may be null: nothing is written
+    size_t rowBytes;
+    size_t stride;
+    size_t rows;
+};
+
+/** Sets to 0 what a row has beyond the source's bytes. */
+void clearRowEnds(Plane const& plane, size_t sourceBytes) {
+    for (size_t row = 0; row < plane.rows && sourceBytes < plane.rowBytes; ++row) {
+        memset(plane.address + row * plane.stride + sourceBytes, 0, plane.rowBytes - sourceBytes);
     }
-    if (copied == stride && planeRowBytes == stride) {
-        memcpy(plane, source, copied * rows);
-        return source + copied * rows;
-    }
-    for (size_t row = 0; row < rows; ++row) {
-        uint8_t* const target = plane + row * stride;
-        memcpy(target, source, copied);
-        memset(target + copied, 0, planeRowBytes - copied);
-        source += copied;
-    }
-    return source;
 }
 
-/** Copies pairs of bytes in the other order, as copyRows does otherwise. */
-void copySwappedRows(uint8_t const* source, size_t sourcePairs, uint8_t* plane, size_t planePairs,
-                     size_t stride, size_t rows) {
-    size_t const copied = std::min(sourcePairs, planePairs);
-    for (size_t row = 0; row < rows; ++row) {
-        uint8_t* const target = plane + row * stride;
-        for (size_t i = 0; i < copied; ++i) {
-            target[2 * i] = source[2 * i + 1];
-            target[2 * i + 1] = source[2 * i];
-        }
-        memset(target + 2 * copied, 0, 2 * (planePairs - copied));
-        source += 2 * copied;
+/** Fills a plane from packed rows. Returns the source behind what was read. */
+uint8_t const* fillPlane(uint8_t const* source, size_t sourceRowBytes, Plane const& plane) {
+    size_t const copied = std::min(sourceRowBytes, plane.rowBytes);
+    if (plane.address != nullptr) {
+        clearRowEnds(plane, copied);
+        copyRows(source, copied, plane.address, plane.stride, plane.rows);
     }
+    return source + copied * plane.rows;
+}
+
+/** Fills a plane of pairs from packed pairs in the other order. */
+void fillSwappedPlane(uint8_t const* source, size_t sourcePairs, Plane const& plane) {
+    size_t const pairs = std::min(sourcePairs, plane.rowBytes / 2);
+    clearRowEnds(plane, 2 * pairs);
+    copySwappedRows(source, pairs, plane.address, plane.stride, plane.rows);
 }
 
 /** Copies every second source byte into samples a step apart; row ends are set to 0. */
@@ -89,17 +82,17 @@ void copyPicture(uint8_t const* source, size_t width, size_t height, android_ycb
     auto* const luma = static_cast<uint8_t*>(target.y);
     auto* const cb = static_cast<uint8_t*>(target.cb);
     auto* const cr = static_cast<uint8_t*>(target.cr);
-    source = copyRows(source, width, luma, target.ystride, target.ystride, height);
+    source = fillPlane(source, width, {luma, target.ystride, target.ystride, height});
     size_t const sourceChroma = width / 2;
     size_t const targetChroma = target.ystride / 2;
     size_t const rows = height / 2;
     if (target.chroma_step != kSemiPlanarStep) {
-        source = copyRows(source, sourceChroma, cb, targetChroma, target.cstride, rows);
-        copyRows(source, sourceChroma, cr, targetChroma, target.cstride, rows);
+        source = fillPlane(source, sourceChroma, {cb, targetChroma, target.cstride, rows});
+        fillPlane(source, sourceChroma, {cr, targetChroma, target.cstride, rows});
     } else if (cr != nullptr && cb == cr + 1) {
-        copyRows(source, 2 * sourceChroma, cr, 2 * targetChroma, target.cstride, rows);
+        fillPlane(source, 2 * sourceChroma, {cr, 2 * targetChroma, target.cstride, rows});
     } else if (cb != nullptr && cr == cb + 1) {
-        copySwappedRows(source, sourceChroma, cb, targetChroma, target.cstride, rows);
+        fillSwappedPlane(source, sourceChroma, {cb, 2 * targetChroma, target.cstride, rows});
     } else {
         copySamples(source, sourceChroma, cr, targetChroma, target.cstride, rows);
         copySamples(source + 1, sourceChroma, cb, targetChroma, target.cstride, rows);

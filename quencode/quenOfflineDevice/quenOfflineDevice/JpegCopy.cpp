@@ -55,7 +55,8 @@ void copyFromDevice(native_handle const* handle, int size, void* target) {
  * gJpegMutex is held from the wait until the copy is done.
  *
  * @param outputs the ISP's buffers, in the order of the client's
- * @return the JPEG's size, -1 without a usable BLOB output, 0 when there is nothing to copy
+ * @return the JPEG's size; -1 without a usable BLOB output or when it cannot hold the JPEG; 0 when
+ * there is nothing to copy
  */
 int quenOfflineDevice::waitForResult(PostProcessParams const& params,
                                      hidl_vec<ISPBuffer> const& outputs) {

@@ -24,7 +24,7 @@ inline constexpr uint32_t kFeedbackTuningMode = 0xc00e0032;
 
 // What the ISP is told.
 inline constexpr uint32_t kIspFeatureHint = 0x00010038;  // list of feature codes
-inline constexpr uint32_t kCropAppRegion = 0x000d0000;   // rectangle
+inline constexpr uint32_t kCropAppRegion = 0x000d0000;   // raw: four int32; JPEG: one rectangle
 inline constexpr uint32_t kNeedMsnr = 0x800b000b;
 inline constexpr uint32_t kRawInputStage = 0x800b000c;
 inline constexpr uint32_t kTuningMode = 0x800b000e;

@@ -8,8 +8,8 @@
 /**
  * What is kept of a request while the ISP device works on it.
  *
- * Built by `process` on the heap; owned by the request table from HalInterface::recordISPRequest
- * on, deleted when the request's result has been handled.
+ * Built by `process` on the heap; owned by the request table once recorded there, and deleted
+ * when the request's result has been handled.
  */
 struct OfflineRequest {
     uint32_t requestNumber;      ///< ISP request number, key of the request table

@@ -74,7 +74,7 @@ class quenOfflineDevice {
      * @param callback may be null
      * @return -22 for null params; the JPEG's size for a JPEG request without callback, -1 when it
      *         has no usable BLOB output or a size that its buffer cannot hold; 0 otherwise, also
-     * when the ISP device refused the request
+     *         when the ISP device refused the request or the latest result is no success
      */
     QUEN_EXPORT int process(
             PostProcessParams const* params,
