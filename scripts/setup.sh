@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing on a Debian machine: compiler, build tools and the host platform's libraries.
+# Usage: scripts/setup.sh [PACKAGE...]    further packages, wanted by one script alone
 set -euo pipefail
 
 packages=(
@@ -7,6 +8,7 @@ packages=(
     libopencv-core-dev libopencv-imgproc-dev libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev
     libraw-dev libcli11-dev
     libgtest-dev libgmock-dev
+    "$@"
 )
 
 missing=()

@@ -20,6 +20,12 @@ uint8_t* ImportedBuffer::map() {
         void* const address = mmap(nullptr, mFacts.extent.sizeInBytes, PROT_READ | PROT_WRITE,
                                    MAP_SHARED, memory(), 0);
         mAddress = address == MAP_FAILED ? nullptr : static_cast<uint8_t*>(address);
+        // Whoever locks a picture goes through all of it, and its pages at one go take two thirds
+        // of the time of their faults one by one, half of the time of two threads' faults together.
+        // A plain block may be larger than what is ever written to it.
+        if (mAddress != nullptr && mFacts.layout != Layout::Blob) {
+            madvise(address, mFacts.extent.sizeInBytes, MADV_POPULATE_WRITE);
+        }
     }
     return mAddress;
 }

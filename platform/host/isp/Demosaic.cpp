@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/isp/Vectorised.h"
+
 namespace quen::host::isp {
 
 namespace {
@@ -25,6 +27,7 @@ inline int16_t narrow(int value) {
 }
 
 /** At red or blue samples: green, and the other of the two. */
+QUEN_VECTORISED
 void interpolateAtColour(Surroundings const& at, int count, int16_t* __restrict green,
                          int16_t* __restrict other) {
     int16_t const* const centre = at.own[2];
@@ -41,6 +44,7 @@ void interpolateAtColour(Surroundings const& at, int count, int16_t* __restrict 
 }
 
 /** At green samples: the colour beside them, and the one above and below. */
+QUEN_VECTORISED
 void interpolateAtGreen(Surroundings const& at, int count, int16_t* __restrict beside,
                         int16_t* __restrict above) {
     int16_t const* const centre = at.own[2];

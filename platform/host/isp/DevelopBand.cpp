@@ -12,7 +12,6 @@ namespace {
 constexpr int kDemosaicMargin = 2;    // raw rows read beyond a row, on either side
 constexpr int kRefinementMargin = 2;  // picture rows: one of chroma
 constexpr int kCellMargin = 2;        // cells beyond either end of a half row
-constexpr int kBytesPerPixel = 3;
 
 constexpr int kMaxBandRows = kBandRows + 2 * kRefinementMargin;
 constexpr int kMaxRawRows = kMaxBandRows + 2 * kDemosaicMargin;
@@ -33,7 +32,7 @@ BandDeveloper::BandDeveloper(DevelopPlan const& plan)
       mFirstCell((plan.crop.x + plan.redColumn) / 2),
       mLastCell((plan.crop.x + plan.crop.width - 1 + plan.redColumn) / 2 + 1),
       mHalfRowStride(static_cast<size_t>(mCells + 2 * kCellMargin)),
-      mPixelRowBytes(static_cast<size_t>(mLastCell - mFirstCell) * 2 * kBytesPerPixel) {
+      mPixelStride(static_cast<size_t>(mLastCell - mFirstCell) * 2) {
     if (plan.source.isBayer()) {
         mSamples.resize(kMaxRawRows * 2 * mHalfRowStride);
         mRows.resize(kMaxRawRows);
@@ -45,7 +44,7 @@ BandDeveloper::BandDeveloper(DevelopPlan const& plan)
     }
     size_t const width = static_cast<size_t>(plan.crop.width);
     size_t const chromaWidth = static_cast<size_t>(chromaSize(plan.crop.width));
-    mPixels.resize(kMaxBandRows * mPixelRowBytes);
+    mPixels.resize(kMaxBandRows * mPixelStride);
     mLuma.resize(kMaxBandRows * width);
     mCb.resize(kMaxBandRows / 2 * chromaWidth);
     mCr.resize(kMaxBandRows / 2 * chromaWidth);
@@ -130,17 +129,17 @@ void BandDeveloper::renderRgb(int firstRow, int lastRow) {
     }
 }
 
-uint8_t* BandDeveloper::pixelRow(int bandRow) {
-    return mPixels.data() + static_cast<size_t>(bandRow) * mPixelRowBytes;
+uint32_t* BandDeveloper::pixelRow(int bandRow) {
+    return mPixels.data() + static_cast<size_t>(bandRow) * mPixelStride;
 }
 
 /** Converts the band's pixels, from the crop's first column on. */
 void BandDeveloper::convert(int rows) {
     int const width = mPlan.crop.width;
     int const skipped = mPlan.crop.x + mPlan.redColumn - 2 * mFirstCell;
-    libyuv::RAWToJ420(mPixels.data() + skipped * kBytesPerPixel, static_cast<int>(mPixelRowBytes),
-                      mLuma.data(), width, mCb.data(), chromaSize(width), mCr.data(),
-                      chromaSize(width), width, rows);
+    libyuv::ARGBToJ420(reinterpret_cast<uint8_t const*>(mPixels.data() + skipped),
+                       static_cast<int>(mPixelStride * sizeof(uint32_t)), mLuma.data(), width,
+                       mCb.data(), chromaSize(width), mCr.data(), chromaSize(width), width, rows);
 }
 
 /** Refines the band's target rows and writes them; the rows around them are only read. */

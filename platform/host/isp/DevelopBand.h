@@ -42,7 +42,7 @@ class BandDeveloper {
     void fillRowEnds(int16_t* even, int16_t* odd) const;
     void renderBayer(int firstRow, int lastRow);
     void renderRgb(int firstRow, int lastRow);
-    uint8_t* pixelRow(int bandRow);
+    uint32_t* pixelRow(int bandRow);
     void convert(int rows);
     void store(int firstTargetRow, int lastTargetRow, int firstBandRow, int bandRows);
     void storePlane(std::vector<uint8_t> const& plane, int width, int row, int rows, int threshold,
@@ -53,15 +53,15 @@ class BandDeveloper {
     int mFirstCell;  ///< cells that the crop takes part in, mLastCell excluded
     int mLastCell;
     size_t mHalfRowStride;  ///< samples from half row to half row
-    size_t mPixelRowBytes;
+    size_t mPixelStride;
 
     std::vector<int16_t> mSamples;  ///< two half rows a raw row of the band
     std::vector<BayerRow> mRows;    ///< by raw row of the band
     std::vector<int16_t> mColours;  ///< six half rows: red, green, blue of even and odd columns
     RgbHalfRows mEven = {};
     RgbHalfRows mOdd = {};
-    std::vector<uint8_t> mPixels;  ///< the band as interleaved RGB
-    std::vector<uint8_t> mLuma;    ///< the band as 4:2:0, rows without padding
+    std::vector<uint32_t> mPixels;  ///< the band as RGB
+    std::vector<uint8_t> mLuma;     ///< the band as 4:2:0, rows without padding
     std::vector<uint8_t> mCb;
     std::vector<uint8_t> mCr;
     std::vector<uint8_t> mChromaRows;  ///< a refined row of cb, and one of cr

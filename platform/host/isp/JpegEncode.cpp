@@ -15,6 +15,9 @@ namespace {
 // Restart markers are numbered 0 to 7: slices of whole octaves can be joined as they are.
 constexpr int kSliceStep = 8 * kMcuSide;
 
+// Several, as a part of a picture may take far longer than another.
+constexpr int kSlicesAProcessor = 4;
+
 constexpr uint8_t kMarker = 0xff;
 constexpr uint8_t kFrameHeader = 0xc0;
 constexpr uint8_t kScanHeader = 0xda;
@@ -35,7 +38,8 @@ struct Slice {
 std::vector<Slice> cut(int height) {
     int const processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     int const steps = (height + kSliceStep - 1) / kSliceStep;
-    int const stepsASlice = (steps + processors - 1) / processors;
+    int const most = kSlicesAProcessor * processors;
+    int const stepsASlice = (steps + most - 1) / most;
     std::vector<Slice> slices;
     for (int row = 0; row < height; row += stepsASlice * kSliceStep) {
         Slice slice;

@@ -4,11 +4,12 @@
 #include <cmath>
 #include <iterator>
 
+#include "host/isp/Vectorised.h"
+
 namespace quen::host::isp {
 
 namespace {
 
-constexpr int kChannels = 3;
 constexpr int kLinearWhite = 8191;
 
 constexpr float kIdentity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
@@ -21,11 +22,12 @@ uint8_t toneOf(float light) {
 }
 
 inline float linear(int16_t code) {
-    float const bounded = static_cast<float>(std::clamp<int>(code, 0, kCodeWhite));
+    float const bounded = std::clamp<int16_t>(code, 0, kCodeWhite);
     return bounded * bounded;
 }
 
 /** Applies a matrix to companded samples in place, which gives linear ones, 0..kLinearWhite. */
+QUEN_VECTORISED
 void applyMatrix(std::array<float, 9> const& m, RgbHalfRows const& samples, int count) {
     int16_t* __restrict const red = samples[0];
     int16_t* __restrict const green = samples[1];
@@ -44,10 +46,11 @@ void applyMatrix(std::array<float, 9> const& m, RgbHalfRows const& samples, int 
     }
 }
 
+QUEN_VECTORISED
 void clampCodes(RgbHalfRows const& samples, int count) {
     for (int16_t* const channel : samples) {
         for (int i = 0; i < count; ++i) {
-            channel[i] = static_cast<int16_t>(std::clamp<int>(channel[i], 0, kCodeWhite));
+            channel[i] = std::clamp<int16_t>(channel[i], 0, kCodeWhite);
         }
     }
 }
@@ -68,7 +71,7 @@ Rendering::Rendering(CaptureFacts const& facts)
 }
 
 void Rendering::renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int count,
-                          uint8_t* rgb) const {
+                          uint32_t* pixels) const {
     for (RgbHalfRows const* const samples : {&even, &odd}) {
         if (mHasMatrix) {
             applyMatrix(mMatrix, *samples, count);
@@ -77,12 +80,13 @@ void Rendering::renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int c
         }
     }
     uint8_t const* const tone = mTone.data();
+    auto const pixel = [tone](RgbHalfRows const& samples, int i) {
+        return uint32_t{tone[samples[0][i]]} << 16 | uint32_t{tone[samples[1][i]]} << 8 |
+               uint32_t{tone[samples[2][i]]};
+    };
     for (int i = 0; i < count; ++i) {
-        for (size_t channel = 0; channel < kChannels; ++channel) {
-            rgb[channel] = tone[even[channel][i]];
-            rgb[kChannels + channel] = tone[odd[channel][i]];
-        }
-        rgb += 2 * kChannels;
+        pixels[2 * i] = pixel(even, i);
+        pixels[2 * i + 1] = pixel(odd, i);
     }
 }
 

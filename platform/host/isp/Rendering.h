@@ -19,9 +19,10 @@ class Rendering {
      *
      * @param even, odd companded samples of every other column; overwritten when there is a matrix
      * @param count column pairs
-     * @param rgb receives 2 * count pixels of three bytes: R, G, B
+     * @param pixels receives 2 * count pixels: R << 16 | G << 8 | B, written at one go each
      */
-    void renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int count, uint8_t* rgb) const;
+    void renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int count,
+                   uint32_t* pixels) const;
 
   private:
     bool mHasMatrix;

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <vector>
+
+#include "host/isp/Parallel.h"
 
 namespace quen::reprocess {
 namespace {
@@ -43,34 +46,62 @@ void scaleRow(uint16_t const* in, uint32_t width, int fromBits, int toBits, uint
     }
 }
 
+// Writes rows of one image; one thread at a time.
+class RowWriter {
+  public:
+    RowWriter(BayerImage const& image, int bits, uint32_t width, RawTarget target)
+        : mImage(image),
+          mBits(bits),
+          mWidth(width),
+          mTarget(target),
+          mUnpacked(image.packed10 && target.raw16 ? width : 0),
+          mScaled(bits != target.bits && !target.raw16 ? width : 0) {}
+
+    void write(uint32_t y, uint8_t* out) {
+        if (mImage.packed10 && !mTarget.raw16) {
+            std::memcpy(out, mImage.packed10 + y * mImage.stride, mWidth / 4 * 5);
+            return;
+        }
+        uint16_t const* row = mImage.samples + y * mImage.stride;
+        if (mImage.packed10) {
+            unpackRow(mImage.packed10 + y * mImage.stride, mWidth, mUnpacked.data());
+            row = mUnpacked.data();
+        }
+        if (mTarget.raw16) {
+            scaleRow(row, mWidth, mBits, mTarget.bits, reinterpret_cast<uint16_t*>(out));
+            return;
+        }
+        if (mBits != mTarget.bits) {
+            scaleRow(row, mWidth, mBits, mTarget.bits, mScaled.data());
+            row = mScaled.data();
+        }
+        packRow(row, mWidth, out);
+    }
+
+  private:
+    BayerImage const& mImage;
+    int const mBits;
+    uint32_t const mWidth;
+    RawTarget const mTarget;
+    std::vector<uint16_t> mUnpacked;
+    std::vector<uint16_t> mScaled;
+};
+
 }  // namespace
 
 void writeBayerRows(BayerImage const& image, int bits, uint32_t width, uint32_t height,
                     RawTarget target, uint8_t* out, size_t outStride) {
-    bool const samePacked = image.packed10 && !target.raw16;
-    bool const scale = bits != target.bits;
-    std::vector<uint16_t> unpacked(image.packed10 && !samePacked ? width : 0);
-    std::vector<uint16_t> scaled(scale && !target.raw16 ? width : 0);
-    for (uint32_t y = 0; y < height; ++y, out += outStride) {
-        if (samePacked) {
-            std::memcpy(out, image.packed10 + y * image.stride, width / 4 * 5);
-            continue;
-        }
-        uint16_t const* row = image.samples + y * image.stride;
-        if (image.packed10) {
-            unpackRow(image.packed10 + y * image.stride, width, unpacked.data());
-            row = unpacked.data();
-        }
-        if (target.raw16) {
-            scaleRow(row, width, bits, target.bits, reinterpret_cast<uint16_t*>(out));
-            continue;
-        }
-        if (scale) {
-            scaleRow(row, width, bits, target.bits, scaled.data());
-            row = scaled.data();
-        }
-        packRow(row, width, out);
-    }
+    constexpr uint32_t kRowsAPiece = 64;
+    uint32_t const pieces = (height + kRowsAPiece - 1) / kRowsAPiece;
+    host::isp::inParallel(static_cast<int>(pieces), [&] {
+        auto const writer = std::make_shared<RowWriter>(image, bits, width, target);
+        return [&, writer](int piece) {
+            uint32_t const first = static_cast<uint32_t>(piece) * kRowsAPiece;
+            for (uint32_t y = first; y < std::min(first + kRowsAPiece, height); ++y) {
+                writer->write(y, out + y * outStride);
+            }
+        };
+    });
 }
 
 }  // namespace quen::reprocess

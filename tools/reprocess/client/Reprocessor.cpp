@@ -73,6 +73,21 @@ std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture) {
             HAL_PIXEL_FORMAT_BLOB);
 }
 
+// A developed picture in such a buffer: its own when that can be, else another.
+std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
+                                              Capture const& capture) {
+    auto const from = picture->lock();
+    YuvPlanes const planes = yuvPlanes(*picture, from.data());
+    if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
+        packNv21(planes, capture.width, capture.height, from.data());
+        return picture;
+    }
+    auto packed = packedPicture(capture);
+    auto const to = packed->lock();
+    packNv21(planes, capture.width, capture.height, to.data());
+    return packed;
+}
+
 Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKind kind) {
     auto const packed =
             std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));
@@ -102,14 +117,9 @@ Product Reprocessor::run(Capture const& capture, OutputKind kind, Stopwatch& wat
             return watch.time("copy picture",
                               [&] { return packPlanes(*developed.picture, capture, kind); });
         }
-        auto const packed = packedPicture(capture);
-        watch.time("copy picture", [&] {
-            auto const from = developed.picture->lock();
-            auto const to = packed->lock();
-            packNv21(yuvPlanes(*developed.picture, from.data()), capture.width, capture.height,
-                     to.data());
+        auto const packed = watch.time("copy picture", [&] {
+            return asPackedPicture(std::move(developed.picture), capture);
         });
-        developed.picture.reset();
         return encode(*packed, capture, developed.metadata, watch);
     }
 

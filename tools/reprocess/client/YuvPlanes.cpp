@@ -1,5 +1,9 @@
 #include "client/YuvPlanes.h"
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 #include <libyuv.h>
 
 #include <gralloctypes/Gralloc4.h>
@@ -45,18 +49,30 @@ YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data) {
     return planes;
 }
 
+bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data) {
+    return planes.chromaStep == 2 && planes.y == data && planes.yStride >= int(width) &&
+           planes.chromaStride >= int(width) &&
+           std::min(planes.cb, planes.cr) >= data + size_t{width} * height;
+}
+
 void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out) {
     int const columns = static_cast<int>(width);
-    int const rows = static_cast<int>(height);
-    uint8_t* const chroma = out + size_t{width} * height;
-    libyuv::CopyPlane(planes.y, planes.yStride, out, columns, columns, rows);
-    if (planes.chromaStep == 1) {
-        libyuv::MergeUVPlane(planes.cr, planes.chromaStride, planes.cb, planes.chromaStride, chroma,
-                             columns, columns / 2, rows / 2);
-    } else if (planes.cr < planes.cb) {
-        libyuv::CopyPlane(planes.cr, planes.chromaStride, chroma, columns, columns, rows / 2);
-    } else {
-        libyuv::SwapUVPlane(planes.cb, planes.chromaStride, chroma, columns, columns / 2, rows / 2);
+    for (uint32_t row = 0; row < height; ++row, out += width) {
+        std::memmove(out, planes.y + row * static_cast<size_t>(planes.yStride), width);
+    }
+    std::vector<uint8_t> pairs(width);
+    for (uint32_t row = 0; row < height / 2; ++row, out += width) {
+        size_t const offset = row * static_cast<size_t>(planes.chromaStride);
+        uint8_t const* const cb = planes.cb + offset;
+        uint8_t const* const cr = planes.cr + offset;
+        if (planes.chromaStep == 1) {
+            libyuv::MergeUVPlane(cr, 0, cb, 0, pairs.data(), 0, columns / 2, 1);
+        } else if (cr < cb) {
+            std::memcpy(pairs.data(), cr, width);
+        } else {
+            libyuv::SwapUVPlane(cb, 0, pairs.data(), 0, columns / 2, 1);
+        }
+        std::memcpy(out, pairs.data(), width);
     }
 }
 

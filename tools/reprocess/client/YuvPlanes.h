@@ -20,6 +20,12 @@ struct YuvPlanes {
 /** @throws Failure when the layout is no 4:2:0 of 8 bits */
 YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data);
 
+/**
+ * Whether packNv21 may write a picture over itself, to where its buffer begins: when it only moves
+ * rows towards the front. Nothing is faster than memory that is there already.
+ */
+bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data);
+
 /** Writes an even picture as packed NV21. */
 void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out);
 

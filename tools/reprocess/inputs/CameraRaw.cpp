@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "inputs/BitsUsed.h"
 #include "inputs/Corrections.h"
 #include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
+#include "inputs/RawSamples.h"
 #include "support/Failure.h"
 
 namespace quen::reprocess {
@@ -21,12 +23,6 @@ void check(int result) {
     }
 }
 
-// LibRaw reads on over damaged data; the picture would not be the one that was taken.
-template <typename Offset>  // of one type or another, by LibRaw's version
-void noteDamage(void* damaged, char const* /*file*/, Offset /*offset*/) {
-    *static_cast<bool*>(damaged) = true;
-}
-
 // Colour index of the pixel at an offset from the visible area's top left corner: 0 red, 2 blue,
 // the greens 1 and 3 or both 1.
 int colourAt(LibRaw& raw, int row, int column) {
@@ -35,7 +31,7 @@ int colourAt(LibRaw& raw, int row, int column) {
 
 BayerOrder bayerOrder(LibRaw& raw) {
     auto const& info = raw.imgdata.idata;
-    bool const mosaic = raw.imgdata.rawdata.raw_image && info.colors == 3 && info.filters > 1000;
+    bool const mosaic = info.colors == 3 && info.filters > 1000;
     if (!mosaic || raw.is_fuji_rotated()) {
         throw Failure("is no 2 x 2 Bayer mosaic", "convert it with other means first");
     }
@@ -122,15 +118,10 @@ void scaleNoise(float iso, CaptureFacts& facts) {
 }
 
 int depthOf(BayerImage const& image, uint32_t width, uint32_t height, float white) {
-    uint16_t largest = static_cast<uint16_t>(std::min(white, 65535.0f));
-    for (uint32_t row = 0; row < height; ++row) {
-        uint16_t const* const samples = image.samples + row * image.stride;
-        for (uint32_t column = 0; column < width; ++column) {
-            largest = std::max(largest, samples[column]);
-        }
-    }
+    unsigned const used =
+            static_cast<unsigned>(std::min(white, 65535.0f)) | bitsUsed(image, width, height);
     int bits = 8;
-    while (largest >> bits) {
+    while (used >> bits) {
         ++bits;
     }
     return bits;
@@ -155,13 +146,10 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     MappedFile::open(path);  // says what is wrong with the file itself better than LibRaw does
     // The object is larger than a stack frame should be.
     auto const raw = std::make_shared<LibRaw>();
-    bool damaged = false;
-    raw->set_dataerror_handler(noteDamage, &damaged);
     check(raw->open_file(path.c_str()));
-    check(raw->unpack());
-    raw->set_dataerror_handler(nullptr, nullptr);
-    if (damaged) {
-        throw Failure("is damaged: LibRaw could not read all of its samples");
+    RawSamples const samples = readRawSamples(raw, path);
+    if (!samples.first) {
+        throw Failure("is no 2 x 2 Bayer mosaic", "convert it with other means first");
     }
 
     Capture capture;
@@ -176,9 +164,8 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     capture.height = sizes.height & ~1u;
 
     BayerImage image;
-    image.stride = sizes.raw_pitch / sizeof(uint16_t);
-    image.samples =
-            raw->imgdata.rawdata.raw_image + sizes.top_margin * image.stride + sizes.left_margin;
+    image.stride = samples.stride;
+    image.samples = samples.first + sizes.top_margin * image.stride + sizes.left_margin;
     capture.image = image;
     CaptureFacts& facts = capture.facts;
     facts.whiteLevel = static_cast<float>(colour.maximum);
@@ -191,7 +178,7 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     }
     applyCorrections(options, facts);
     capture.orientation = orientationOf(sizes.flip);
-    capture.memory = raw;
+    capture.memory = samples.memory;
     return capture;
 }
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "inputs/BitsUsed.h"
 #include "inputs/Corrections.h"
 #include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
@@ -8,21 +9,14 @@
 namespace quen::reprocess {
 namespace {
 
-uint16_t largestSample(uint16_t const* samples, size_t count) {
-    uint16_t largest = 0;
-    for (size_t i = 0; i < count; ++i) {
-        largest = std::max(largest, samples[i]);
-    }
-    return largest;
-}
-
 std::string sizeText(InputOptions const& options) {
     return std::to_string((*options.size)[0]) + "x" + std::to_string((*options.size)[1]);
 }
 
-void checkDepth(uint16_t const* samples, size_t count, int bits) {
-    uint16_t const largest = largestSample(samples, count);
-    if (largest >> bits) {
+void checkDepth(BayerImage const& image, uint32_t width, uint32_t height, int bits) {
+    if (bitsUsed(image, width, height) >> bits) {
+        uint16_t const largest =
+                *std::max_element(image.samples, image.samples + size_t{width} * height);
         throw Failure("has a sample of " + std::to_string(largest) + ", more than " +
                               std::to_string(bits) + " bits hold",
                       "give the true depth with --bits");
@@ -53,7 +47,7 @@ Capture readHeaderlessBayer(std::string const& path, InputOptions const& options
     if (file->size() == wordBytes) {
         image.samples = reinterpret_cast<uint16_t const*>(file->data());
         image.stride = width;
-        checkDepth(image.samples, pixels, options.bits);
+        checkDepth(image, width, height, options.bits);
     } else if (file->size() == packedBytes) {
         if (options.bits != 10) {
             throw Failure(

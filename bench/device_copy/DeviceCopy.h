@@ -1,0 +1,13 @@
+#pragma once
+
+#include <ostream>
+
+#include "support/Cases.h"
+
+namespace quenbench {
+
+/** The picture's copy into a device buffer: into touched memory, and into a fresh buffer. */
+void addDeviceCopyCases(Cases& cases);
+void printDeviceCopyRows(std::ostream& out, Figures const& figures);
+
+}  // namespace quenbench

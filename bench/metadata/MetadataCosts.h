@@ -1,0 +1,13 @@
+#pragma once
+
+#include <ostream>
+
+#include "support/Cases.h"
+
+namespace quenbench {
+
+/** The stages that a request's metadata passes on its way to the ISP and back. */
+void addMetadataCases(Cases& cases);
+void printMetadataRows(std::ostream& out, Figures const& figures);
+
+}  // namespace quenbench

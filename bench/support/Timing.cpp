@@ -1,0 +1,117 @@
+#include "support/Timing.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <utility>
+
+namespace quenbench {
+
+namespace {
+
+/** Of a group's repetition: as many rounds as fit, one at least. */
+constexpr double kSecondsARepetition = 0.1;
+
+/** Keeps the time of every run. */
+class Recorder final : public Figures {
+  public:
+    explicit Recorder(std::string const& countsFile) {
+        std::ifstream in(countsFile);
+        std::string kind;
+        std::string name;
+        for (double count = 0; in >> kind >> name >> count;) {
+            mCounts[{kind, name}] = count;
+        }
+    }
+
+    void add(std::string const& name, double seconds) { mSeconds[name].push_back(seconds); }
+
+    double seconds(std::string const& name) const override {
+        auto const found = mSeconds.find(name);
+        if (found == mSeconds.end()) {
+            return -1;
+        }
+        std::vector<double> times = found->second;
+        auto const middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+        std::nth_element(times.begin(), middle, times.end());
+        return *middle;
+    }
+
+    double count(std::string const& kind, std::string const& name) const override {
+        auto const found = mCounts.find({kind, name});
+        return found == mCounts.end() ? -1 : found->second;
+    }
+
+  private:
+    std::map<std::string, std::vector<double>> mSeconds;
+    std::map<std::pair<std::string, std::string>, double> mCounts;
+};
+
+/** The table is all that is printed. */
+class SilentReporter final : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(Context const&) override { return true; }
+    void ReportRuns(std::vector<Run> const&) override {}
+};
+
+using Group = std::vector<Case const*>;
+
+/** Runs every case of a group once, a round a step; each round begins with another one. */
+void timeGroup(benchmark::State& state, Group const& group, Recorder& recorder) {
+    std::vector<Run> runs;
+    for (Case const* const one : group) {
+        runs.push_back(one->prepare());
+        runs.back()();  // warms up
+    }
+    size_t round = 0;
+    for ([[maybe_unused]] auto const& step : state) {
+        double total = 0;
+        for (size_t i = 0; i < group.size(); ++i) {
+            size_t const turn = (i + round) % group.size();
+            double const seconds = runs[turn]();
+            recorder.add(group[turn]->name, seconds / static_cast<double>(group[turn]->operations));
+            total += seconds;
+        }
+        state.SetIterationTime(total);
+        ++round;
+    }
+    while (!runs.empty()) {
+        runs.pop_back();  // the latest session ends first
+    }
+}
+
+}  // namespace
+
+Figures const* timeCases(Cases const& cases, std::string const& counts, int argc, char** argv) {
+    std::string interleaving = "--benchmark_enable_random_interleaving=true";
+    std::string repetitions = "--benchmark_repetitions=9";
+    std::vector<char*> arguments(argv, argv + argc);
+    // In front of the caller's own, which win.
+    arguments.insert(arguments.begin() + 1, {interleaving.data(), repetitions.data()});
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+        return nullptr;
+    }
+    static auto* const recorder = new Recorder(counts);
+    std::map<std::string, Group> groups;
+    for (Case const& one : cases) {
+        groups[one.group].push_back(&one);
+    }
+    for (auto const& [name, group] : groups) {
+        benchmark::RegisterBenchmark(
+                name.c_str(),
+                [&group = group](benchmark::State& state) { timeGroup(state, group, *recorder); })
+                ->UseManualTime()
+                ->MinTime(kSecondsARepetition);
+    }
+    SilentReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return recorder;
+}
+
+}  // namespace quenbench

@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Sets up, builds and measures; prints one table of what the library costs and what it is held to.
+# Usage: scripts/bench.sh [FLAG...]        flags of Google Benchmark, such as
+#                                          --benchmark_filter=copy or --benchmark_repetitions=3
+#        scripts/bench.sh lists [CASE]     every allocation and system call of one request, by the
+#                                          function that makes it; request/raw unless named
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh libbenchmark-dev valgrind strace binutils >&2
+# A folder of its own: the other scripts need none of the benchmark's packages.
+cmake --preset release -B build/bench -DQUEN_BUILD_TESTS=OFF -DQUEN_BUILD_BENCH=ON >/dev/null
+cmake --build build/bench --target quen-bench quen-bench-watch >&2
+
+bench=$PWD/build/bench/bench/quen-bench
+watch=$PWD/build/bench/bench/libquen-bench-watch.so
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+if [ "${1:-}" = lists ]; then
+    bench/lists.sh "$bench" "$watch" "${2:-request/raw}"
+    exit
+fi
+
+echo "counting allocations, instructions and system calls" >&2
+LD_PRELOAD=$watch "$bench" --count >"$work/watched"
+valgrind --tool=callgrind --collect-atstart=no --callgrind-out-file="$work/callgrind" \
+    "$bench" --count >/dev/null 2>"$work/valgrind.log"
+strace -f -o "$work/trace" "$bench" --count request/ >/dev/null
+
+{
+    grep -v '^operations ' "$work/watched"
+    # A dump a case: its name, then the instructions of its sections.
+    awk 'NR == FNR { if ($1 == "operations") operations[$2] = $3; next }
+         /^desc: Trigger: Client Request: / { name = $NF }
+         /^totals: / { if (name in operations) print "instructions", name, $2 / operations[name]
+                       name = "" }' "$work/watched" "$work"/callgrind.*
+    # The thread that marked the section; the marks themselves are none of its calls.
+    awk 'NR == FNR { if ($1 == "operations") { operations[$2] = $3 } next }
+         match($0, /write\(-1, "(begin|end) [^"]*"/) {
+             split(substr($0, RSTART, RLENGTH), mark, "\"")
+             split(mark[2], word, " ")
+             thread = word[1] == "begin" ? $1 : ""
+             name = word[2]
+             next
+         }
+         $1 == thread && !/ resumed>/ { ++calls[name] }
+         END { for (name in operations)
+                   if (name ~ /^request/) print "syscalls", name, calls[name] / operations[name] }' \
+        "$work/watched" "$work/trace"
+} >"$work/counts"
+
+echo "measuring" >&2
+"$bench" --counts="$work/counts" "$@"
+
+if [ $# -eq 0 ]; then
+    scripts/bench_raw_to_jpeg.sh
+fi
