@@ -72,6 +72,25 @@ TEST(CameraMetadata, RefusesWhatDoesNotFitAndStaysAsItWas) {
     EXPECT_EQ(allocate_camera_metadata(0, UINT32_MAX), nullptr);
 }
 
+TEST(CameraMetadata, AnUpdateOfTheSameSizeStaysInPlace) {
+    Metadata const metadata = owned(allocate_camera_metadata(4, 64));
+    int64_t const modes[] = {1, 2};
+    add_camera_metadata_entry(metadata.get(), kCurrentMode, modes, 1);
+    add_camera_metadata_entry(metadata.get(), kYuvTuningData, "tuning", 6);
+    add_camera_metadata_entry(metadata.get(), ANDROID_JPEG_QUALITY, "x", 1);
+    for (size_t index = 0; index < 3; ++index) {
+        camera_metadata_entry_t before;
+        camera_metadata_entry_t after;
+        get_camera_metadata_entry(metadata.get(), index, &before);
+        before.data.u8[0] = 'y';  // what is written may be the entry's own
+        ASSERT_EQ(update_camera_metadata_entry(metadata.get(), index, before.data.u8, before.count,
+                                               &after),
+                  0);
+        EXPECT_EQ(after.data.u8, before.data.u8) << index;
+        EXPECT_EQ(after.data.u8[0], 'y') << index;
+    }
+}
+
 // Entries grow, shrink, come and go at random; a plain map says what must be found.
 TEST(CameraMetadata, HoldsWhatAMapHoldsThroughAnyChanges) {
     constexpr size_t kRoom = 500;

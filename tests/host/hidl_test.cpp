@@ -63,6 +63,18 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
         EXPECT_EQ(handle, owner.getNativeHandle());
     }
     EXPECT_FALSE(isOpen(original));
+    {
+        native_handle_t* const borrowed = native_handle_create(1, 0);
+        borrowed->data[0] = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        hidl_handle pointing;
+        pointing.setTo(native_handle_create(0, 1), true);
+        pointing = borrowed;  // the one it owned is gone, this one stays its owner's
+        EXPECT_EQ(borrowed, pointing.getNativeHandle());
+        pointing = nullptr;
+        EXPECT_TRUE(isOpen(borrowed->data[0]));
+        native_handle_close(borrowed);
+        native_handle_delete(borrowed);
+    }
 }
 
 TEST(HidlHandleDeathTest, AbortsWhenACloneFails) {
@@ -92,6 +104,16 @@ TEST(HidlVec, CopiesDeeplyAndPointsOnDemand) {
     EXPECT_THAT(pointing, ElementsAre(9, 2, 3, 0, 0));
     pointing.resize(1);
     EXPECT_THAT(pointing, ElementsAre(9));
+
+    struct Record {
+        hidl_handle handle;
+        int64_t number;
+    };
+    for (int turn = 0; turn < 8; ++turn) {
+        hidl_vec<Record> records(3);
+        EXPECT_EQ(0, records[0].number | records[1].number | records[2].number);
+        records[0].number = records[1].number = records[2].number = -1;
+    }
 
     pointing.setToExternal(items.data(), 2);
     int* const released = pointing.releaseData();

@@ -52,6 +52,7 @@ TEST(IEntry, FirstItemDecidesTheType) {
     EXPECT_EQ(entry.itemAt(0, Type2Type<long>()), 0) << "an item of another type";
     EXPECT_EQ(entry.itemAt(1, Type2Type<int>()), 0) << "an item beyond the last";
     EXPECT_FALSE(entry.replaceItemAt(1, 6, Type2Type<int>()));
+    EXPECT_FALSE(entry.replaceItemAt(0, 6.0f, Type2Type<float>()));
     entry.clear();
     EXPECT_EQ(entry.type(), IMetadata::TYPE_MINT32);
     entry.push_back(MRect({1, 2}, {3, 4}), Type2Type<MRect>());
@@ -174,6 +175,19 @@ TEST_F(Converter, CarriesEveryTypeThereAndBack) {
     EXPECT_THAT(itemsOf<int>(back.entryFor(ANDROID_SCALER_CROP_REGION)), ElementsAre(1));
     EXPECT_FALSE(mConverter->convert(nullptr, back));
     EXPECT_EQ(back.count(), 9u);
+
+    // In no order, and a tag twice: the later one counts.
+    Flat const mixed = flatten(back);
+    for (size_t place : {6, 1, 1}) {
+        delete_camera_metadata_entry(mixed.get(), place);
+    }
+    int32_t const hints[] = {1, 2};
+    add_camera_metadata_entry(mixed.get(), kFeatureHint, &hints[0], 1);
+    add_camera_metadata_entry(mixed.get(), kFeatureHint, &hints[1], 1);
+    IMetadata sorted;
+    ASSERT_TRUE(mConverter->convert(mixed.get(), sorted));
+    EXPECT_THAT(itemsOf<int>(sorted.entryFor(kFeatureHint)), ElementsAre(2));
+    EXPECT_EQ(sorted.count(), get_camera_metadata_entry_count(mixed.get()) - 1);
 }
 
 TEST_F(Converter, LeavesOutWhatTheFlatFormCannotHold) {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/** Longest key and value, with their ends. */
+/** Room for a value, with its end. PROPERTY_KEY_MAX is an old limit: keys may be longer. */
 #define PROPERTY_KEY_MAX 32
 #define PROPERTY_VALUE_MAX 92
 

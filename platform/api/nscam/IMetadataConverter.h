@@ -18,8 +18,10 @@ class IMetadataConverter : public virtual android::RefBase {
     static android::sp<IMetadataConverter> createInstance(IMetadataTagSet const& tagSet);
 
     /**
-     * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`
+     * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`; left
+     *               alone on failure
      * @param size receives its length in bytes when not null
+     * @return false when there is no memory
      */
     virtual bool convert(IMetadata const& metadata, camera_metadata*& buffer,
                          size_t* size) const = 0;
@@ -32,8 +34,9 @@ class IMetadataConverter : public virtual android::RefBase {
                          android::hardware::hidl_vec<uint8_t>& buffer) const = 0;
 
     /**
-     * @param buffer left unchanged; a null buffer has no entries
+     * @param buffer left unchanged; of two entries of one tag the later counts
      * @param metadata receives the entries, in place of what it holds under the same tags
+     * @return false for a null buffer
      */
     virtual bool convert(camera_metadata const* buffer, IMetadata& metadata) const = 0;
 };

@@ -12,11 +12,11 @@ bool tagLess(MetadataEntry const& left, MetadataEntry const& right) {
     return left.tag < right.tag;
 }
 
-/** Writes items where an entry's data lies, up to the next entry's. */
+/** Writes items, which may be the entry's own, where its data lies, up to the next entry's. */
 void writeData(camera_metadata* metadata, MetadataEntry const& entry, void const* data) {
     size_t const bytes = itemBytes(entry);
     uint8_t* const destination = dataOf(metadata) + entry.data.offset;
-    memcpy(destination, data, bytes);
+    memmove(destination, data, bytes);
     memset(destination + bytes, 0, dataBytes(entry) - bytes);
 }
 
@@ -24,14 +24,17 @@ void writeData(camera_metadata* metadata, MetadataEntry const& entry, void const
  */
 void storeItems(camera_metadata* metadata, MetadataEntry& entry, void const* data) {
     size_t const bytes = itemBytes(entry);
-    entry.data.offset = 0;
     if (bytes > kInlineDataBytes) {
         entry.data.offset = metadata->data_count;
         writeData(metadata, entry, data);
         metadata->data_count += static_cast<uint32_t>(dataBytes(entry));
-    } else if (bytes != 0) {
-        memcpy(entry.data.value, data, bytes);
+        return;
     }
+    uint8_t items[kInlineDataBytes] = {};
+    if (bytes != 0) {
+        memcpy(items, data, bytes);  // they may be the entry's own
+    }
+    memcpy(entry.data.value, items, sizeof(items));
 }
 
 /** Closes the gap that an entry's data leaves. The entry itself is the caller's to mend. */

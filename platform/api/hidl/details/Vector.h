@@ -71,14 +71,11 @@ class hidl_vec {
     void resize(size_t size) {
         uint32_t const newSize = checked(size);
         uint32_t const kept = std::min(mSize, newSize);
-        T* const items = new T[newSize];
+        T* const items = new T[newSize]();
         if (mOwnsBuffer) {
             std::move(begin(), begin() + kept, items);
         } else {
             std::copy(begin(), begin() + kept, items);
-        }
-        if constexpr (std::is_trivially_default_constructible_v<T>) {
-            std::fill(items + kept, items + newSize, T());
         }
         release();
         mBuffer = items;

@@ -37,7 +37,7 @@ struct IBase : virtual public ::android::RefBase {
     /** Whether the object lives in another process. */
     virtual bool isRemote() const;
 
-    /** Descriptors of the interface and its bases, the most derived first. */
+    /** Descriptors of the interface and its bases, the most derived first; here IBase's alone. */
     virtual ::android::hardware::Return<void> interfaceChain(interfaceChain_cb cb);
 
     /** Writes debugging text to the descriptor; writes nothing here. */
