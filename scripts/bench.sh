@@ -2,6 +2,7 @@
 # Sets up, builds and measures; prints one table of what the library costs and what it is held to.
 # Usage: scripts/bench.sh [FLAG...]        flags of Google Benchmark, such as
 #                                          --benchmark_filter=copy or --benchmark_repetitions=3
+#        scripts/bench.sh build            goes no further than building
 #        scripts/bench.sh lists [CASE]     every allocation and system call of one request, by the
 #                                          function that makes it; request/raw unless named
 set -euo pipefail
@@ -10,7 +11,10 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh libbenchmark-dev valgrind strace binutils >&2
 # A folder of its own: the other scripts need none of the benchmark's packages.
 cmake --preset release -B build/bench -DQUEN_BUILD_TESTS=OFF -DQUEN_BUILD_BENCH=ON >/dev/null
-cmake --build build/bench --target quen-bench quen-bench-watch >&2
+cmake --build build/bench --target quen-bench quen-bench-watch raw-to-jpeg >&2
+if [ "${1:-}" = build ]; then
+    exit
+fi
 
 bench=$PWD/build/bench/bench/quen-bench
 watch=$PWD/build/bench/bench/libquen-bench-watch.so
@@ -54,5 +58,5 @@ echo "measuring" >&2
 "$bench" --counts="$work/counts" "$@"
 
 if [ $# -eq 0 ]; then
-    scripts/bench_raw_to_jpeg.sh
+    scripts/bench_raw_to_jpeg.sh | sed 1,2d # one head does for the table
 fi

@@ -172,7 +172,7 @@ int run(Programs const& programs, int repetitions) {
         std::fprintf(stderr, "raw-to-jpeg: the frames cannot be made\n");
         return 1;
     }
-    std::cout << "Whole processes; medians of " << repetitions << " interleaved runs; the peer is "
+    std::cerr << "Whole processes; medians of " << repetitions << " interleaved runs; the peer is "
               << about;
     printTableHead(std::cout);
     for (Work const& work : kWorks) {

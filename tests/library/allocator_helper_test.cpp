@@ -1,9 +1,11 @@
 #include <quenGralloc/AllocatorHelper.h>
+#include <quenGralloc/MapperHelper.h>
 #include <quenGralloc/UsageConversion.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/hidl/ServiceRegistry.h"
 #include "support/Buffers.h"
 #include "support/Lines.h"
 
@@ -22,13 +24,14 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
     Graphics& graphics = Graphics::fresh();
     MemoryBuffer const memory(16);
     BorrowedHandle const raw({memory.fd()}, {7, 8});
+    BorrowedHandle const other({memory.fd()}, {5, 6});
     hidl_vec<uint8_t> const bytes = {9, 8, 7};
     graphics.mapper->onCreateDescriptor = giving(Error::NONE, bytes);
     // Errors are not looked at: what a reply carries is taken.
     for (Error const error : {Error::NONE, Error::NO_RESOURCES}) {
         graphics.allocator->onAllocate = [&](auto const& wanted, auto const& cb) {
             EXPECT_EQ(wanted, bytes);
-            return giving(error, 704, hidl_vec<hidl_handle>{hidl_handle(raw.get())})(cb);
+            return giving(error, 704, hidl_vec<hidl_handle>{raw.get(), other.get()})(cb);
         };
         for (bool const withStride : {true, false}) {
             hidl_handle handle;
@@ -53,6 +56,36 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
                 ElementsAre(640, 480, 1, 0x11));
     EXPECT_EQ(info.usage, 0xFFFFFFFF00020033u);
     EXPECT_EQ(info.reservedSize, 0u);
+}
+
+TEST(AllocatorHelper, LeavesTheHandleAloneWithoutABuffer) {
+    Graphics& graphics = Graphics::fresh();
+    MemoryBuffer const memory(16);
+    hidl_handle handle(memory.handle());
+    Transcript transcript;
+    graphics.allocator->onAllocate = giving(Error::NONE, 704, hidl_vec<hidl_handle>());
+    allocate(&handle, nullptr);
+    EXPECT_EQ(handle.getNativeHandle(), memory.handle());
+    graphics.allocator->onAllocate = losing();
+    allocate(&handle, nullptr);
+    EXPECT_EQ(transcript.lines().back(), "I allocateGraphicBuffer is ok 0");
+}
+
+TEST(AllocatorHelper, ServicesAreThoseOfTheFirstUse) {
+    Graphics& graphics = Graphics::fresh();
+    allocateGraphic(16, 16, 0x11);
+    quen::host::unregisterService(graphics.allocator);
+    android::sp<HookedMapper> const mapper = new HookedMapper;
+    mapper->onFree = [] { return Error::NONE; };
+    (void)mapper->registerAsService();
+    allocateGraphic(16, 16, 0x11);
+    MapperHelper helper = MapperHelper::getInstance();
+    helper.init();
+    native_handle_t const buffer{};
+    helper.freeBuffer(&buffer);
+    EXPECT_THAT(mapper->freed, ElementsAre(&buffer));
+    (void)graphics.mapper->registerAsService();
+    (void)graphics.allocator->registerAsService();
 }
 
 TEST(UsageConversion, Gralloc0ToGralloc1) {

@@ -1,6 +1,8 @@
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <numeric>
+#include <optional>
 
 #include <quenOfflineDevice/TuningHandle.h>
 
@@ -9,6 +11,20 @@
 #include "support/MetadataBuilder.h"
 #include "support/Peers.h"
 #include "support/ScriptedThreeA.h"
+
+namespace {
+
+bool gSettingsAreFixed = false;
+
+}  // namespace
+
+// Stands before the platform's, so that a test can make it fail.
+int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, void const* data,
+                                 size_t count, camera_metadata_entry_t* updated) {
+    static auto* const platforms = reinterpret_cast<decltype(&update_camera_metadata_entry)>(
+            dlsym(RTLD_NEXT, "update_camera_metadata_entry"));
+    return gSettingsAreFixed ? -1 : platforms(dst, index, data, count, updated);
+}
 
 namespace {
 
@@ -114,6 +130,9 @@ TEST_F(BufferConversionTest, ImageIsCopiedMadeOrPassedThrough) {
     expectAllocated(12, kBlob);
     ASSERT_NE(mResult.buffer.getNativeHandle(), nullptr);
 
+    convert(client(kBlob), nullptr, Direction::Input, false, R"(I use QCF gralloc buffer)");
+    EXPECT_EQ(mResult.buffer.getNativeHandle(), mClient.handle());
+
     // Everything else is the client's own; tuning data of an earlier conversion is passed on.
     for (auto const& [format, direction] : {std::pair(kRaw10, Direction::Input),
                                             {kNv21, Direction::Input},
@@ -133,18 +152,23 @@ TEST_F(BufferConversionTest, ImageIsCopiedMadeOrPassedThrough) {
 }
 
 TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
-    // 1 is the least descriptor that is accepted.
-    for (int const fd : {m3A.fd(), 1}) {
+    // 1 is the least descriptor that is accepted. Only the first of several indexes changes hands.
+    for (auto const& [fd, index] :
+         {std::pair(m3A.fd(), std::vector{4}), {1, std::vector{4, 5, 6}}}) {
         mThreeA->next = {fd, kTuningBytes, 7};
         MetadataBuilder settings;
-        settings.i32(kBufferIndex, 4);
+        add_camera_metadata_entry(settings.get(), kBufferIndex, index.data(), index.size());
         mUsed = false;
         convert(client(kYuv), settings.get(), Direction::Output, true, R"(I use QCF gralloc buffer
                 I get outputTuningData buffer from quencameraserver success, bufferIndex 7, bufferFd FD
                 I update outputTuningData bufferIndex 7 success
                 I get 3ADebugInfo result is 1 used3ADebugInfo 1)");
         EXPECT_TRUE(mUsed);
-        EXPECT_EQ(int32In(settings.get(), kBufferIndex), 7);
+        std::vector<int32_t> told(index.size());
+        told[0] = 7;
+        camera_metadata_ro_entry_t entry;
+        find_camera_metadata_ro_entry(settings.get(), kBufferIndex, &entry);
+        EXPECT_EQ(std::vector(entry.data.i32, entry.data.i32 + entry.count), told);
         expectDescriptorForm(mTuning, fd);
         EXPECT_EQ(mTuning->data[0], 0);
         expectDescriptorForm(mResult.tuningData, fd);
@@ -154,28 +178,32 @@ TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
 
 TEST_F(BufferConversionTest, OutputWithoutA3ABufferGetsADeviceBuffer) {
     std::string const refused = "E get outputTuningData buffer from quencameraserver failed";
+    std::string const given =
+            "I get outputTuningData buffer from quencameraserver success, bufferIndex 7, "
+            "bufferFd FD\n";
+    QIF3ABufferInfo const enough{m3A.fd(), kTuningBytes, 7, {}};
     struct Case {
-        int fd;
-        uint32_t size;
-        bool hasIndex;
+        std::optional<QIF3ABufferInfo> info;
+        bool hasIndex, isFixed;
         std::string reason;
     };
-    for (Case const& c : {Case{-1, kTuningBytes, true, refused},
-                          {0, kTuningBytes, true, refused},
-                          {m3A.fd(), kTuningBytes - 1, true, refused},
-                          {m3A.fd(), kTuningBytes, false,
-                           "I get outputTuningData buffer from quencameraserver success, "
-                           "bufferIndex 7, bufferFd FD\n"
-                           "E get tuningData bufferIndex from metadata faild"}}) {
-        mThreeA->next = {c.fd, c.size, 7};
+    for (Case const& c :
+         {Case{{}, true, false, refused},
+          {{{0, kTuningBytes, 7, {}}}, true, false, refused},
+          {{{m3A.fd(), kTuningBytes - 1, 7, {}}}, true, false, refused},
+          {enough, false, false, given + "E get tuningData bufferIndex from metadata faild"},
+          {enough, true, true, given + "E update ouputTuningData bufferIndex failed"}}) {
+        mThreeA->next = c.info;
         MetadataBuilder settings;
         settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
         mUsed = true;
+        gSettingsAreFixed = c.isFixed;
         convert(client(kYuv), settings.get(), Direction::Output, true,
                 "I use QCF gralloc buffer\n" + c.reason + R"(
                 I get 3ADebugInfo result is 0 used3ADebugInfo 0
                 I no used3ADebugInfo, get inputTuningData from input metadata and alloc gralloc for outputTuningData
                 I alloc gralloc for outputTuningData success)");
+        gSettingsAreFixed = false;
         EXPECT_FALSE(mUsed);
         EXPECT_EQ(int32In(settings.get(), kBufferIndex), c.hasIndex ? 4 : -1);
         expectAllocated(kTuningBytes, kBlob);
@@ -202,6 +230,7 @@ TEST_F(BufferConversionTest, InputFallsBackToTheTuningDataInTheMetadata) {
         settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
         mTuning = nullptr;
         mUsed = true;
+        mGraphics.mapper->calls.clear();
         std::string const lines =
                 std::string(isYuv ? "I alloc gralloc for input yuv buffer\n"
                                     "D Load YUV stride(64, 64)\n"
@@ -223,6 +252,9 @@ TEST_F(BufferConversionTest, InputFallsBackToTheTuningDataInTheMetadata) {
         if (c.found) {  // allocated, and left as it was allocated
             expectAllocated(kTuningBytes, kBlob);
             EXPECT_THAT(Mapping(mResult.tuningData->data[0]).bytes(16), Each(0));
+            EXPECT_EQ(mGraphics.mapper->calls,
+                      linesOf(std::string(isYuv ? "import\nlock\nunlock\nfree\n" : "") +
+                              "import\nunlock\nfree"));
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "support/Lines.h"
 #include "support/RecordingCallback.h"
@@ -89,28 +90,36 @@ TEST(HalInterface, DrainedWaitEndsWithTheLastResult) {
     bridge.hal->recordISPRequest(newRequest(9), nullptr);
     Transcript transcript;
     std::thread waiter([&] { bridge.hal->waitForRequestDrained(); });
-    while (!transcript.has("I need wait request number 7 process done") ||
-           !transcript.has("I need wait request number 9 process done")) {
-        std::this_thread::yield();
+    long lastCycle = 0;
+    for (size_t cycle = 1; cycle <= 3; ++cycle) {
+        while (transcript.count("I need wait request number 7 process done") < cycle ||
+               transcript.count("I need wait request number 9 process done") < cycle) {
+            std::this_thread::yield();
+        }
+        // The table is not locked: the waiter must have read it before it changes.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (cycle < 3) {
+            auto const [start, deadline] = HalInterfacePeer::wakeDrainedWait(*bridge.hal);
+            EXPECT_EQ(deadline - start, 2000000);
+            EXPECT_NE(start, std::exchange(lastCycle, start));
+        }
     }
-    // The table is not locked: the waiter must have read it before it changes.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     std::string const signal = "I all result process done, single waitForRequestDrained";
     EXPECT_TRUE(bridge.deliver(9));
     EXPECT_FALSE(transcript.has(signal));
     EXPECT_TRUE(bridge.deliver(7));
     waiter.join();
     EXPECT_EQ(transcript.count(signal), 1u);
-    EXPECT_EQ(transcript.count("I wait all result process done"), 1u);
-    EXPECT_EQ(transcript.count("I need wait request number 7 process done"), 1u);
+    EXPECT_EQ(transcript.count("I wait all result process done"), 3u);
+    EXPECT_EQ(transcript.count("I need wait request number 7 process done"), 3u);
 }
 
 TEST(HalInterface, DeathOfTheModuleDropsTheCallbackAlone) {
     Bridge bridge;
     bridge.hal->recordISPRequest(newRequest(7), nullptr);
     Transcript transcript;
-    bridge.callback->serviceDied(42, nullptr);
-    EXPECT_THAT(transcript.take(), ElementsAre("I ISPModule(42) has died"));
+    bridge.callback->serviceDied(1ull << 32, nullptr);
+    EXPECT_THAT(transcript.take(), ElementsAre("I ISPModule(4294967296) has died"));
     EXPECT_EQ(HalInterfacePeer::callback(*bridge.hal), nullptr);
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_FALSE(transcript.has("E cannot find capture request 7"));  // it was in the table still

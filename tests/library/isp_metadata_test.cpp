@@ -14,6 +14,7 @@ using NSCam::MRect;
 namespace {
 
 bool gWriterFails = false;
+unsigned int gRecordsAnnounced = 0;
 
 }  // namespace
 
@@ -21,6 +22,7 @@ bool gWriterFails = false;
 int initial_isp_metadata_vector(std::vector<unsigned char>& vec, unsigned int entryCount) {
     static auto* const platforms = reinterpret_cast<decltype(&initial_isp_metadata_vector)>(
             dlsym(RTLD_NEXT, "_Z27initial_isp_metadata_vectorRSt6vectorIhSaIhEEj"));
+    gRecordsAnnounced = entryCount;
     return gWriterFails ? -12 : platforms(vec, entryCount);
 }
 
@@ -82,15 +84,20 @@ TEST_F(IspMetadataEncodingTest, WhatTheIspCannotTakeIsLeftOut) {
     setItems<int64_t>(metadata, 0x23, std::vector<int64_t>(6));
     setItems<MRect>(metadata, 0x5A, std::vector<MRect>(3));
     setItems<int32_t>(metadata, 0x60, {5});
+    NSCam::IMetadata::IEntry noRectangles(0x61);
+    noRectangles.push_back(static_cast<MRect const*>(nullptr), 0, NSCam::Type2Type<MRect>());
+    metadata.update(0x61, noRectangles);
     auto const tooLarge = [](std::string const& tag) {
         return MatchesRegex("W tag\\[0x" + tag +
                             "\\] is not support with err\\[-?[1-9][0-9]*\\], maybe data size is "
                             "too large");
     };
     Transcript log;
-    EXPECT_EQ(encode(), ispBuffer({ispRecord<int32_t>(0x60, 1, {5})}));
+    EXPECT_EQ(encode(),
+              ispBuffer({ispRecord<int32_t>(0x60, 1, {5}), ispRecord<int32_t>(0x61, 1, {})}));
+    EXPECT_EQ(gRecordsAnnounced, 11u);
     EXPECT_THAT(log.lines(),
-                ElementsAre("I convertToISPMetadata E", "D IMetadata entry count : 10",
+                ElementsAre("I convertToISPMetadata E", "D IMetadata entry count : 11",
                             "W tag[0x11] has not support type[4]",
                             "W tag[0x12] has not support type[5]",
                             "W tag[0x15] has not support type[9]",
@@ -98,7 +105,10 @@ TEST_F(IspMetadataEncodingTest, WhatTheIspCannotTakeIsLeftOut) {
                             tooLarge("22"), tooLarge("23"),
                             "D IMetadata entry tag: 0x5A, type: 8, count: 3, byte_count: 16, "
                             "count*byte_count: 48",
-                            tooLarge("5A"), "I convertToISPMetadata X"));
+                            tooLarge("5A"),
+                            "D IMetadata entry tag: 0x61, type: 8, count: 0, byte_count: 16, "
+                            "count*byte_count: 0",
+                            "I convertToISPMetadata X"));
 }
 
 TEST_F(IspMetadataEncodingDeathTest, TheWriterFails) {
@@ -116,9 +126,9 @@ class IspMetadataDecodingTest : public testing::Test {
 };
 
 TEST_F(IspMetadataDecodingTest, NullIsTheOnlyFailureAndTheLaterOfTwoRecordsStands) {
-    EXPECT_FALSE(decode(nullptr));
     setItems<int32_t>(out, 0x20, {77, 78});
     setItems<int32_t>(out, 0x30, {79});
+    EXPECT_FALSE(decode(nullptr));
     EXPECT_TRUE(decode(ispBuffer({}).data()));
     ASSERT_TRUE(decode(
             ispBuffer({ispRecord<int32_t>(0x20, 1, {1, 2, 3}), ispRecord<float>(0x20, 3, {2.5f})})
@@ -130,7 +140,7 @@ TEST_F(IspMetadataDecodingTest, NullIsTheOnlyFailureAndTheLaterOfTwoRecordsStand
 
 TEST_F(IspMetadataDecodingTest, EachTypeWhereverTheRecordsBegin) {
     int64_t const large = int64_t{-3} * 1000000000000;
-    for (uint32_t const firstRecord : {20u, 24u, 57u}) {
+    for (uint32_t const firstRecord : {20u, 24u, 57u, 300u}) {
         Bytes const buffer = ispBuffer(
                 {ispRecord<int32_t>(0x800b000e, 1, {6003}), ispRecord<int64_t>(0x40, 2, {large, 9}),
                  ispRecord<uint8_t>(0x10, 0, Bytes(40, 0xfe)), ispRecord<float>(0x30, 3, {0.5f}),
@@ -155,14 +165,16 @@ TEST_F(IspMetadataDecodingTest, TheDataSizeAloneEndsTheItems) {
     struct {
         uint32_t type, dataSize;
         size_t items;
-    } const cases[] = {{1, 6, 2}, {1, 1, 1}, {1, 4, 1}, {1, 44, 11}, {2, 9, 2},
-                       {2, 8, 1}, {3, 5, 2}, {0, 3, 3}, {3, 0, 0},   {7, 0, 0}};
+    } const cases[] = {{1, 6, 2}, {1, 1, 1}, {1, 4, 1}, {1, 44, 11}, {2, 9, 2},      {2, 8, 1},
+                       {3, 5, 2}, {0, 3, 3}, {3, 0, 0}, {7, 0, 0},   {0, 0x104, 260}};
     for (auto const& c : cases) {
         SCOPED_TRACE(Message() << c.type << " " << c.dataSize);
         IspRecordBytes const record{0x20, c.type, c.dataSize,
                                     packed<int32_t>({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})};
         out.clear();
-        ASSERT_TRUE(decode(ispBuffer({record, ispRecord<int32_t>(0x21, 1, {5})}).data()));
+        Bytes buffer = ispBuffer({record, ispRecord<int32_t>(0x21, 1, {5})});
+        buffer.resize(400);
+        ASSERT_TRUE(decode(buffer.data()));
         EXPECT_TRUE(hasTag(out, 0x20));
         EXPECT_EQ(out.entryFor(0x20).count(), c.items);
         if (c.type == 1) {
@@ -170,6 +182,17 @@ TEST_F(IspMetadataDecodingTest, TheDataSizeAloneEndsTheItems) {
             EXPECT_EQ(int32sOf(out, 0x20), std::vector(all.begin(), all.begin() + c.items));
         }
         EXPECT_THAT(int32sOf(out, 0x21), ElementsAre(5));
+    }
+}
+
+TEST(IspMetadataDecodingDeathTest, DataOfAnUnknownTypeHasNoEnd) {
+    android::sp<HalInterface> const hal = new HalInterface(nullptr);
+    IMetadata out;
+    for (uint32_t const type : {4u, 0x101u}) {
+        Bytes const buffer = ispBuffer({{0x20, type, 4, {1, 2, 3, 4}}});
+        EXPECT_EXIT(ualarm(200000, 0);
+                    HalInterfacePeer::convertToIMetadata(*hal, buffer.data(), out),
+                    KilledBySignal(SIGALRM), "");
     }
 }
 

@@ -25,33 +25,33 @@ class JpegSizeTest : public testing::Test {
 TEST_F(JpegSizeTest, TrailerIsReadAndToldWhateverItsId) {
     struct Case {
         std::vector<uint8_t> trailer;
+        int given;  // bytes of the buffer, which ends with the trailer
         std::string size, told;
     };
+    std::vector<uint8_t> const any{0xFF, 0, 0xAB, 0xCD, 0x34, 0x12, 0, 0};
     std::vector<Case> const cases = {
-            {{0xFF, 0, 0xAB, 0xCD, 0x34, 0x12, 0, 0}, "4660", "JPEG, .blobSize = 4660"},
-            {{0x01, 0, 0, 0, 0, 0, 1, 0}, "65536", "0x1, .blobSize = 65536"},
-            {{0xFF, 0xBE, 0, 0, 8, 0, 0, 0}, "8", "0xbeff, .blobSize = 8"},
-            {{0xFF, 0, 0, 0, 0xFE, 0xFF, 0xFF, 0xFF}, "-2", "JPEG, .blobSize = 4294967294"}};
+            {any, kSize, "4660", "JPEG, .blobSize = 4660"},
+            {{0x01, 0, 0, 0, 0, 0, 1, 0}, kSize, "65536", "0x1, .blobSize = 65536"},
+            {{0xFF, 0xBE, 0, 0, 8, 0, 0, 0}, 48, "8", "0xbeff, .blobSize = 8"},
+            {{0xFF, 0, 0, 0, 0xFE, 0xFF, 0xFF, 0xFF}, 8, "-2", "JPEG, .blobSize = 4294967294"},
+            // What does not lie in the buffer is not read.
+            {any, 7, "4660", "0x0, .blobSize = 4660"},
+            {any, 4, "4660", "0x0, .blobSize = 4660"},
+            {any, 3, "0", "0x0, .blobSize = 0"},
+            {any, 0, "0", "0x0, .blobSize = 0"}};
     for (Case const& c : cases) {
         memcpy(mMemory.data() + kSize - 8, c.trailer.data(), 8);
+        mMapper.onLock = giving(Error::NONE, static_cast<void*>(mMemory.data() + kSize - c.given));
         Transcript transcript;
-        EXPECT_EQ(std::to_string(probe()), c.size);
+        EXPECT_EQ(std::to_string(probe(c.given)), c.size);
         EXPECT_EQ(deviceLines(transcript),
                   (Lines{"I get JPEG size from output buffer E",
                          "I get data from output buffer address ADDRESS",
                          "D {.blobId = " + c.told + "}",
                          "I get JPEG size is " + c.size + " from output buffer X"}));
+        EXPECT_EQ(mMapper.lockUsage, 0x33u);
+        EXPECT_EQ(mMapper.lockedRegion(), (std::vector{0, 0, c.given, 1}));
     }
-    EXPECT_EQ(mMapper.lockUsage, 0x33u);
-    EXPECT_EQ(mMapper.lockRegion.width, kSize);
-    EXPECT_EQ(mMapper.lockRegion.height, 1);
-}
-
-TEST_F(JpegSizeTest, TrailerEndsTheGivenSize) {
-    mMemory.data()[kSize - 4] = 1;
-    mMemory.data()[48 - 4] = 2;
-    EXPECT_EQ(probe(), 1);
-    EXPECT_EQ(probe(48), 2);
 }
 
 TEST_F(JpegSizeTest, BufferIsGivenBackReadableOrNot) {

@@ -1,3 +1,7 @@
+#define LOG_TAG "quenOfflineDevice"
+
+#include <unistd.h>
+
 #include <functional>
 
 #include <quenCommon/Log.h>
@@ -35,19 +39,23 @@ TEST_F(LifecycleTest, CreateConnectsFirstAndNamesWhatIsMissing) {
                                                      ", constructISPStream failed",
                                              "I create X"));
         EXPECT_TRUE(quenOfflineDevicePeer(fresh).connected());
+        EXPECT_EQ(quenOfflineDevicePeer(fresh).stage(), "");
     }
     EXPECT_THAT(isp->configurations, IsEmpty());
 }
 
-TEST_F(LifecycleTest, ASecondInitReplacesTheDeviceAndClosesNothing) {
+TEST_F(LifecycleTest, ASecondInitReplacesEverythingAndClosesNothing) {
     peer.init();
-    module->device = new StandInDevice;
+    sp<HalInterface> const hal = peer.halInterface();
+    sp<StandInModule> const other = new StandInModule;
+    other->registerAsService("internal/0");
     peer.init();
+    EXPECT_NE(peer.halInterface(), hal);
     device->flush();
     EXPECT_EQ(isp->flushes, 0);
-    EXPECT_EQ(module->device->flushes, 1);
+    EXPECT_EQ(other->device->flushes, 1);
     device = nullptr;
-    EXPECT_EQ(isp->closes + module->device->closes, 0);
+    EXPECT_EQ(isp->closes + other->device->closes, 0);
 }
 
 /** Says when its object dies. */
@@ -133,15 +141,26 @@ TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
     EXPECT_FALSE(HalInterfacePeer::hasHook(hal));
     sp<isphal::ICallback> const callback = HalInterfacePeer::callback(hal);
     int32_t const references = callback->getStrongCount();
+    alarm(10);  // for a lock that is not given back
     device->setOfflineCallback(callback);
+    device->setOfflineCallback(callback);
+    alarm(0);
     EXPECT_TRUE(HalInterfacePeer::hasHook(hal));
     EXPECT_TRUE(HalInterfacePeer::reservedIsNull(hal));
     EXPECT_EQ(callback->getStrongCount(), references);
 }
 
+/** Opens devices without ever saying so. */
+struct MuteModule : StandInModule {
+    android::hardware::Return<void> openISPDevice(openISPDevice_cb /*cb*/) override {
+        return android::hardware::Void();
+    }
+};
+
 TEST_F(LifecycleDeathTest, InitFails) {
     module->transportFails = true;
-    EXPECT_FATAL(peer.init(), "Transaction error in openISPDevice from ISPModule:.*stand-in lost");
+    EXPECT_FATAL(peer.init(),
+                 "Transaction error in openISPDevice from ISPModule:.*stand-in lost.*");
     module->transportFails = false;
     module->status = isphal::Status::RESOURCE_ERROR;
     EXPECT_FATAL(peer.init(), "openISPDevice failed:RESOURCE_ERROR");
@@ -150,7 +169,10 @@ TEST_F(LifecycleDeathTest, InitFails) {
     module->status = isphal::Status::OK;
     EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is \\(nil\\)");
     forgetModule();
-    EXPECT_FATAL(peer.init(), "");
+    EXPECT_FATAL(peer.init(), "no ISP module service, instance internal/0");
+    sp<StandInModule> const mute = new MuteModule;
+    mute->registerAsService("internal/0");
+    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is \\(nil\\)");
     module->registerAsService("internal/0");
     module->device = isp;
     peer.init();
@@ -164,23 +186,44 @@ TEST_F(LifecycleDeathTest, UinitFails) {
     peer.init();
     isp->onClose = &StandInDevice::transportError;
     EXPECT_FATAL(device->destroy(),
-                 "Transaction error in closeISPDevice from ISPDevice:.*stand-in lost");
+                 "Transaction error in closeISPDevice from ISPDevice:.*stand-in lost.*");
     isp->onClose = answering(static_cast<isphal::Status>(6));  // has no name
     EXPECT_FATAL(peer.uinit(), "closeISPDevice failed:[0x]*6");
 }
 
 TEST(LogTest, ALineNamesItsPlaceAndIsCutAt1023Characters) {
     Transcript log;
-    quen::logPrint("quenGralloc", quen::kLogWarning, "/far/away/Some.cpp", 12, "doIt", "%s",
+    quen::logPrint("quenGralloc", quen::kLogWarning, "/far/away/Helper.cpp", 12, "doIt", "%s",
                    std::string(2000, 'x').c_str());
     std::string const head =
-            g_logInfoLv[2].prefix + std::string("[quenGralloc] Some.cpp:12 doIt() ");
+            g_logInfoLv[2].prefix + std::string("[quenGralloc] Helper.cpp:12 doIt() ");
     EXPECT_THAT(log.rawLines(), ElementsAre(head + std::string(1023 - head.size(), 'x')));
-    quenOfflineDevice device;
-    g_logInfoLv[1].enabled = false;
-    quenOfflineDevicePeer(device).updateMetaData(nullptr, 0, 0);
-    g_logInfoLv[1].enabled = true;
-    EXPECT_THAT(log.lines(), SizeIs(1));
+}
+
+TEST(LogTest, ALineIsWantedByItsLettersLevelAndByItsFlag) {
+    Transcript log;
+    int evaluated = 0;
+    auto const written = [&] {
+        QLOGE("%d", ++evaluated);
+        QLOGW("%d", ++evaluated);
+        QLOGI("%d", ++evaluated);
+        QLOGD("%d", ++evaluated);
+        std::string letters;
+        for (std::string const& line : log.take()) {
+            letters += line[0];
+        }
+        return letters;
+    };
+    for (size_t i = 0; i < 4; ++i) {
+        quen::host::setLogLevel(static_cast<quen::host::LogLevel>(i));
+        EXPECT_EQ(written(), std::string("EWI").substr(0, i));
+        quen::host::setLogLevel("debug");
+        g_logInfoLv[i].enabled = false;
+        std::string expected = "EWID";
+        EXPECT_EQ(written(), expected.erase(expected.find("DEWI"[i]), 1));
+        g_logInfoLv[i].enabled = true;
+    }
+    EXPECT_EQ(evaluated, 6 + 4 * 3);  // only what was written
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 #include <thread>
 
 #include "support/DeviceTest.h"
+#include "support/Lines.h"
 #include "support/MetadataBuilder.h"
-#include "support/Transcript.h"
 
 using namespace quentest;
 using namespace testing;
@@ -15,13 +15,13 @@ constexpr int32_t kBlob = 0x21;
 constexpr int32_t kYuv = 0x23;
 constexpr int32_t kRaw10 = 0x25;
 
-/** A session of one RAW16 input of 64x48 and the YUV outputs 64x48 and 32x24. */
+/** A session of the RAW16 input 64x48, a RAW10 one and the YUV outputs 64x48 and 32x24. */
 class ReconfigureTest : public DeviceTest {
   protected:
     void createSession() {
         peer.inputStreams().clear();
         peer.outputStreams().clear();
-        SessionParams params{{{1, kRaw16, 64, 48, false}},
+        SessionParams params{{{1, kRaw16, 64, 48, false}, {4, kRaw10, 128, 96, false}},
                              {{2, kYuv, 64, 48, true}, {3, kYuv, 32, 24, true}},
                              nullptr};
         device->create(&params);
@@ -53,16 +53,11 @@ TEST_F(ReconfigureTest, ARequestOfTheConfiguredStreamsChangesNothing) {
     createSession();
     std::string const last = "I last config output stream info streamIndex ";
     check(mInput, {mSmall, mLarge});
-    EXPECT_THAT(
-            log.lines(),
-            ElementsAre(
-                    "I process request RAW2YUV stage checkReconfigure E",
-                    "I last config input stream info width = 64, height = 48, format is equal 1",
-                    last + "0, width = 64, height = 48, format is equal 1",
-                    last + "1, width = 32, height = 24, format is equal 1",
-                    last + "0, width = 64, height = 48, format is equal 1", "I isNeedRaw14bit 1",
-                    "I current snapshot IsNeedRaw14bit 1, last snapshot IsNeedRaw14bit 1",
-                    "I needReconfigure 0", "I process request RAW2YUV stage checkReconfigure X"));
+    Lines const lines = log.lines();
+    EXPECT_THAT(Lines(lines.begin() + 2, lines.begin() + 5),
+                ElementsAre(last + "0, width = 64, height = 48, format is equal 1",
+                            last + "1, width = 32, height = 24, format is equal 1",
+                            last + "0, width = 64, height = 48, format is equal 1"));
     EXPECT_EQ(configurations(), 1u);
 }
 
@@ -76,6 +71,7 @@ TEST_F(ReconfigureTest, WhatDiffersCounts) {
             {"other stream ids", image(9, kRaw16, 64, 48), {image(8, kYuv, 64, 48)}, false},
             {"fewer outputs", mInput, {mSmall}, false},
             {"one more of a known size", mInput, {mLarge, mSmall, mSmall}, false},
+            {"the second input", image(4, kRaw10, 128, 96), {mLarge}, true},
             {"input width", image(1, kRaw16, 65, 48), {mLarge}, true},
             {"input height", image(1, kRaw16, 64, 47), {mLarge}, true},
             {"input format", image(1, kYuv, 64, 48), {mLarge}, true},
@@ -90,12 +86,13 @@ TEST_F(ReconfigureTest, WhatDiffersCounts) {
         size_t const before = configurations();
         check(c.input, c.outputs);
         EXPECT_EQ(configurations() - before, c.reconfigures ? 1u : 0u);
+        EXPECT_EQ(isp->flushes + isp->closes, 0);
     }
 }
 
 TEST_F(ReconfigureTest, TheNewConfigurationIsMadeFromTheRequest) {
     createSession();
-    check(image(-6, kYuv, 640, 480), {image(7, kBlob, 641, 481)});
+    check(image(-6, kYuv, 640, 480), {image(7, kBlob, 641, 481), mLarge});
     EXPECT_EQ(peer.stage(), "YUV2JPEG");
 
     ASSERT_EQ(configurations(), 2u);
@@ -106,9 +103,11 @@ TEST_F(ReconfigureTest, TheNewConfigurationIsMadeFromTheRequest) {
     };
     auto const& told = isp->configurations.back();
     EXPECT_THAT(told.inputStreams[0], isStream(0xfffffffffffffffa, kYuv, 640, 480));
-    EXPECT_THAT(told.outputStreams[0], isStream(7, kBlob, 641, 481));
-    // The old streams are forgotten: there were two outputs.
-    EXPECT_THAT(peer.outputStreams(), ElementsAre(Pair(1, isStream(7, kBlob, 641, 481))));
+    EXPECT_THAT(std::vector<isphal::ISPStream>(told.outputStreams),
+                ElementsAre(isStream(7, kBlob, 641, 481), isStream(2, kYuv, 64, 48)));
+    // The old streams are forgotten: there were two inputs.
+    EXPECT_THAT(peer.inputStreams(), ElementsAre(Key(0)));
+    EXPECT_THAT(peer.outputStreams(), ElementsAre(Key(1), Key(2)));
 }
 
 TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
@@ -130,12 +129,27 @@ TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
     EXPECT_TRUE(peer.raw14bit());
 }
 
-TEST_F(ReconfigureTest, WithoutAConfigurationOnlyTheOutputsForceOne) {
+TEST_F(ReconfigureTest, OfTwoEmptyTablesOnlyTheOutputsForcesAConfiguration) {
     device->create(nullptr);
     check(image(1, kRaw10, 64, 48), {});
     EXPECT_EQ(configurations(), 0u);
     check(image(1, kRaw10, 64, 48), {mLarge});
     EXPECT_EQ(configurations(), 1u);
+    peer.inputStreams().clear();
+    log.take();
+    check(image(1, kRaw10, 64, 48), {mLarge});
+    EXPECT_EQ(configurations(), 1u);
+    EXPECT_THAT(log.lines()[1], HasSubstr("last config output stream"));
+}
+
+TEST_F(ReconfigureTest, AnUnconnectedDeviceOnlyNotesTheRawDepth) {
+    createSession();
+    peer.halInterface() = nullptr;
+    check(image(1, kRaw10, 65, 48), {mLarge});
+    EXPECT_TRUE(log.has("I needReconfigure 1"));
+    EXPECT_EQ(configurations(), 1u);
+    EXPECT_EQ(peer.inputStreams().size() + peer.outputStreams().size(), 4u);
+    EXPECT_FALSE(peer.raw14bit());
 }
 
 TEST_F(ReconfigureTest, AnRgbInputIsConfiguredForEveryRequest) {
@@ -144,6 +158,8 @@ TEST_F(ReconfigureTest, AnRgbInputIsConfiguredForEveryRequest) {
         check(image(1, kRaw16, 600, 48), {image(2, kYuv, 100, 48)});
         EXPECT_EQ(configurations(), i);
     }
+    EXPECT_TRUE(
+            log.has("I last config input stream info width = 200, height = 48, format is equal 0"));
 }
 
 TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
@@ -157,13 +173,15 @@ TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
         while (!checked && !log.has("I need wait request number 7 process done")) {
             std::this_thread::yield();
         }
-        atAnswer = configurations() + peer.outputStreams().size();
+        // The line is written on the way to the wait, while the table is being read.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        atAnswer = configurations() + peer.inputStreams().size() + peer.outputStreams().size();
         isp->answer(7);
     });
     check(image(1, kRaw16, 64, 50), {mLarge});
     checked = true;
     ispThread.join();
-    EXPECT_EQ(atAnswer, 1u + 2u);  // neither configured anew nor forgotten
+    EXPECT_EQ(atAnswer, 1u + 2u + 2u);  // neither configured anew nor forgotten
     EXPECT_EQ(configurations(), 2u);
     EXPECT_TRUE(log.has("I wait all result process done"));
 }

@@ -31,6 +31,7 @@ class ResultDispatchTest : public testing::Test {
         mBridge.hal->recordISPRequest(request, mClient);
         Transcript transcript;
         EXPECT_TRUE(mBridge.deliver(7, 0, metadata));
+        mLines = transcript.lines();
         EXPECT_EQ(deviceLines(transcript),
                   linesOf(frame + "E\nD callback request\n" + lines +
                           "\nI all result process done, single waitForRequestDrained\n" + frame +
@@ -55,6 +56,7 @@ class ResultDispatchTest : public testing::Test {
     Bridge mBridge;
     android::sp<RecordingCallback> const mClient = new RecordingCallback;
     std::vector<uint8_t> mTold;
+    Lines mLines;
     camera_metadata_ro_entry_t mEntry;
 };
 
@@ -154,10 +156,10 @@ TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
                 D tag : 0x800B000B
                 D tag : 0xC0030014)";
         if (c.inRequest != kNone) {
-            setItems<int32_t>(*request->metadata, kBufferIndex, {c.inRequest});
+            setItems<int32_t>(*request->metadata, kBufferIndex, {c.inRequest, 9});
         }
         if (c.inResult != kNone) {
-            records.push_back(ispRecord<int32_t>(kBufferIndex, 1, {c.inResult}));
+            records.push_back(ispRecord<int32_t>(kBufferIndex, 1, {c.inResult, 8}));
             lines += "\nD tag : 0xC00C0018";
         }
         exchange(request, ispBuffer(records),
@@ -166,6 +168,8 @@ TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
         EXPECT_EQ(told(kTuningMode)->data.i32[0], 6003);
         EXPECT_EQ(told(kNeedMsnr)->data.i32[0], 1);
         EXPECT_EQ(told(kBufferIndex) ? mEntry.data.i32[0] : kNone, c.told);
+        // Only the first item changes.
+        EXPECT_TRUE(c.inRequest == kNone || (mEntry.count == 2 && mEntry.data.i32[1] == 9));
         EXPECT_EQ(told(kTuningData), nullptr);  // not a raw stage
     }
 }
@@ -174,7 +178,9 @@ TEST_F(ResultDispatchTest, TuningDataOfARawStageComesWithTheMetadata) {
     hidl_handle const graphic = allocateGraphic(kTuningBytes, 1, 0x21);
     Mapping const memory(graphic->data[0]);
     Fence const fence;
-    for (int32_t const usedBytes : {41, 0}) {
+    // A buffer has no more bytes than its size, whatever its header says.
+    for (auto const& [usedBytes, toldBytes] :
+         {std::pair(41, 41), {0, 0}, {-1, 0}, {0x1fa401, 0x1fa400}}) {
         writeTuning(memory, usedBytes);
         mMapper.calls.clear();
         fenceUnlocks(mMapper, fence);
@@ -190,12 +196,11 @@ TEST_F(ResultDispatchTest, TuningDataOfARawStageComesWithTheMetadata) {
                          std::to_string(usedBytes));
         ASSERT_NE(told(kTuningData), nullptr);
         EXPECT_EQ(std::vector<uint8_t>(mEntry.data.u8, mEntry.data.u8 + mEntry.count),
-                  memory.bytes(static_cast<size_t>(usedBytes)));
+                  memory.bytes(static_cast<size_t>(toldBytes)));
         // The last two frees are of the request's own buffers.
         EXPECT_THAT(mMapper.calls, ElementsAre("import", "lock", "unlock", "free", "free", "free"));
         EXPECT_EQ(mMapper.lockUsage, 3u);
-        EXPECT_EQ(mMapper.lockRegion.width, static_cast<int32_t>(kTuningBytes));
-        EXPECT_EQ(mMapper.lockRegion.height, 1);
+        EXPECT_THAT(mMapper.lockedRegion(), ElementsAre(0, 0, kTuningBytes, 1));
         EXPECT_EQ(openDescriptors(), descriptors - 2);
     }
 }
@@ -204,25 +209,29 @@ TEST_F(ResultDispatchTest, ExternalTuningDataStaysWhereItIs) {
     MemoryBuffer const shared(kTuningBytes);
     writeTuning(shared, 41);
     int const descriptors = openDescriptors();
-    OfflineRequest* const request = newRequest(7, "RAW2YUV");
-    {
-        BorrowedHandle const form({0}, {shared.fd(), 0});
-        hidl_handle const borrowed(form.get());
-        request->inputTuningBuffer = borrowed;  // clones
-        request->outputTuningBuffer = borrowed;
+    // A buffer that cannot be mapped has a header of zeroes.
+    for (auto const& [descriptor, header] :
+         {std::pair(shared.fd(), "requestNo 11, frameNumber 22, totalUsedBytes 41, bufferFd "),
+          {-1, "requestNo 0, frameNumber 0, totalUsedBytes 0, bufferFd "}}) {
+        OfflineRequest* const request = newRequest(7, "RAW2YUV");
+        {
+            BorrowedHandle const form({0}, {descriptor, 0});
+            hidl_handle const borrowed(form.get());
+            request->inputTuningBuffer = borrowed;  // clones
+            request->outputTuningBuffer = borrowed;
+        }
+        request->tuningBufferIsExternal = true;
+        std::string const fd = std::to_string(descriptor);
+        std::string const line = std::string("I ") + header + fd;
+        exchange(request, ispBuffer({}),
+                 "D ISPMeta entry count : 0\nE get currentMode failed from resultMetadata\n" +
+                         steady(line) + "\nD inputTuningData FD FD, " + fd +
+                         "\nD outputTuningData FD FD, " + fd);
+        EXPECT_THAT(mLines, testing::Contains(line));
+        EXPECT_EQ(told(kTuningData), nullptr);
+        EXPECT_THAT(mMapper.calls, ElementsAre());
+        EXPECT_EQ(openDescriptors(), descriptors);  // only the clones' slots are closed
     }
-    request->tuningBufferIsExternal = true;
-    std::string const fd = ", " + std::to_string(shared.fd());
-    exchange(request, ispBuffer({}),
-             R"(
-            D ISPMeta entry count : 0
-            E get currentMode failed from resultMetadata
-            I requestNo 11, frameNumber 22, totalUsedBytes 41, bufferFd FD
-            D inputTuningData FD FD)" +
-                     fd + "\nD outputTuningData FD FD" + fd);
-    EXPECT_EQ(told(kTuningData), nullptr);
-    EXPECT_THAT(mMapper.calls, ElementsAre());
-    EXPECT_EQ(openDescriptors(), descriptors);  // the clones' slots are closed, the buffer's is not
 }
 
 TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {

@@ -82,7 +82,11 @@ TEST_F(TuningTest, EachModeAndWhichOfTwoDecides) {
     row({55}, 0x00, 35, 0, {});
     row({52, 55}, 0x00, 40, 6007, {});
     row({}, 0x19, 40, 0, {}, kRaw14bit);
-    row({0, 12, 14, 17, 19, 23, 25, 26, 28, 34, 37, 50, 54, 56, 63}, 0x19, 35, 0, {});
+    row({0,  4,  5,  6,  7,  8,  9,  10, 11, 12, 14, 15, 16, 17, 19, 20, 21,
+         22, 23, 25, 26, 28, 29, 30, 31, 32, 33, 34, 37, 38, 39, 40, 41, 42,
+         43, 44, 45, 46, 47, 48, 49, 50, 54, 56, 57, 58, 59, 60, 61, 62, 63},
+        0x19, 35, 0, {});
+    expect(Bits{13, 55}, {}, 0, {});  // without a UI mode
     // Without a mode every bit counts as set.
     expect(std::nullopt, {}, 6019, {28});
     expect(std::nullopt, {{tags::kFeedback, 1}}, 6028, {28}, kRaw14bit);
@@ -91,32 +95,31 @@ TEST_F(TuningTest, EachModeAndWhichOfTwoDecides) {
 TEST_F(TuningTest, EachSceneByFeedback) {
     int32_t const feedbacks[] = {0x00, 0x01, 0x08, 0x09, 0x10, 0x11, 0x18, 0x19, 0x06};
     struct {
-        int32_t scene;
+        std::vector<int32_t> scenes;
         int32_t tuningModes[9];  // in the order of the feedbacks
     } const rows[] = {
-            {0x080000, {6006, 6006, 6011, 6011, 6022, 6022, 6011, 6011, 6006}},
-            {0x100000, {6007, 6007, 6011, 6011, 6021, 6021, 6011, 6011, 6007}},
-            {0x180000, {6009, 6009, 6011, 6011, 6022, 6022, 6011, 6011, 6009}},
-            {0x200000, {6011, 6011, 6011, 6011, 6011, 6011, 6011, 6011, 6011}},
-            {0x280000, {6012, 6012, 6012, 6015, 6012, 6012, 6012, 6015, 6012}},
-            {0x300000, {6016, 6016, 6016, 6017, 6016, 6016, 6016, 6017, 6016}},
-            {0x380000, {6001, 6002, 6001, 6002, 6001, 6002, 6001, 6002, 6001}},
-            {0x400000, {6013, 6014, 6013, 6014, 6013, 6014, 6013, 6014, 6013}},
-            {0x480000, {6001, 6002, 6001, 6002, 6001, 6002, 6001, 6002, 6001}},
-            {0x600000, {6001, 6002, 6001, 6002, 6001, 6002, 6001, 6002, 6001}},
-            {0x680000, {6016, 6016, 6016, 6017, 6016, 6016, 6016, 6017, 6016}},
-            {0x700000, {6009, 6009, 6011, 6011, 6020, 6020, 6011, 6011, 6009}},
-            {0x780000, {6023, 6024, 6023, 6024, 6023, 6024, 6023, 6024, 6023}},
-            {0x800000, {6029, 6030, 6029, 6030, 6029, 6030, 6029, 6030, 6029}},
-            {-1, {6001, 6002, 6001, 6002, 6001, 6002, 6001, 6002, 6001}},
+            {{0x080000}, {6006, 6006, 6011, 6011, 6022, 6022, 6011, 6011, 6006}},
+            {{0x100000}, {6007, 6007, 6011, 6011, 6021, 6021, 6011, 6011, 6007}},
+            {{0x180000}, {6009, 6009, 6011, 6011, 6022, 6022, 6011, 6011, 6009}},
+            {{0x200000}, {6011, 6011, 6011, 6011, 6011, 6011, 6011, 6011, 6011}},
+            {{0x280000}, {6012, 6012, 6012, 6015, 6012, 6012, 6012, 6015, 6012}},
+            {{0x300000, 0x680000}, {6016, 6016, 6016, 6017, 6016, 6016, 6016, 6017, 6016}},
+            {{0x400000}, {6013, 6014, 6013, 6014, 6013, 6014, 6013, 6014, 6013}},
+            {{0x700000}, {6009, 6009, 6011, 6011, 6020, 6020, 6011, 6011, 6009}},
+            {{0x780000}, {6023, 6024, 6023, 6024, 6023, 6024, 6023, 6024, 6023}},
+            {{0x800000}, {6029, 6030, 6029, 6030, 6029, 6030, 6029, 6030, 6029}},
+            {{0x380000, 0x480000, 0x500000, 0x580000, 0x600000, -1},
+             {6001, 6002, 6001, 6002, 6001, 6002, 6001, 6002, 6001}},
     };
     for (auto const& row : rows) {
         for (size_t i = 0; i < std::size(feedbacks); ++i) {
-            bool const clear = (feedbacks[i] & 0x18) == 0;
-            int32_t const feature = row.scene == 0x400000 ? (clear ? 24 : 26) : (clear ? 29 : 31);
-            Facts const facts{{tags::kSceneMode, row.scene}, {tags::kFeedback, feedbacks[i]}};
-            expect(Bits{27}, facts, row.tuningModes[i], {31});
-            expect(Bits{51}, facts, row.tuningModes[i], {feature});
+            for (int32_t const scene : row.scenes) {
+                bool const clear = (feedbacks[i] & 0x18) == 0;
+                int32_t const feature = scene == 0x400000 ? (clear ? 24 : 26) : (clear ? 29 : 31);
+                Facts const facts{{tags::kSceneMode, scene}, {tags::kFeedback, feedbacks[i]}};
+                expect(Bits{27}, facts, row.tuningModes[i], {31});
+                expect(Bits{51}, facts, row.tuningModes[i], {feature});
+            }
         }
     }
 }
@@ -130,11 +133,16 @@ TEST_F(TuningTest, Bit24HasAFeatureInOneApplicationOnly) {
     quen::host::setEventString("APP_NAME", "StarPlate");
     expect(Bits{24}, {}, 6005, {28});
     expect(Bits{24, 35}, {}, 6005, {28});
+    expect(Bits{18, 24}, {}, 6004, {7});
+    expect(Bits{24, 27}, {}, 6005, {31});
+    expect(Bits{24}, {{tags::kDualSlave, 0}}, 0, {28});
 }
 
 TEST_F(TuningTest, BypassDepthAndFastDisplay) {
     expect(Bits{1}, {}, 6003, {28});
     expect(Bits{1}, {{tags::kDualSlave, 0}}, 0, {28});
+    expect(Bits{1}, {{tags::kDualSlave, 0}, {tags::kFusion, 0}}, 0, {28});
+    expect(Bits{1}, {{tags::kDualSlave, -2}}, 6003, {28});
     expect(Bits{1}, {{tags::kDualSlave, 5}, {tags::kFusion, -1}}, 6001, {28});
     expect(Bits{1}, {{tags::kDualSlave, -1}, {tags::kFusion, 1}}, 6003, {28});
     expect(Bits{1}, {{tags::kEngineerMode, 0x01}, {tags::kFusion, 1}}, 6001, {28});

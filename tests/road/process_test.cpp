@@ -1,16 +1,18 @@
+#include <fstream>
+
 #include <quenOfflineDevice/RequestNumbers.h>
 
 #include "support/Lines.h"
+#include "support/PlaneLayouts.h"
 #include "support/ProcessTest.h"
 
 namespace {
 
 using namespace quentest;
-using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
 using Answer = StandInDevice::StatusReturn;
-
-constexpr uint32_t kBufferIndex = 0xc00c0018;
 
 bool deadlineHasPassed() {
     timespec now;
@@ -19,85 +21,91 @@ bool deadlineHasPassed() {
            std::pair(gJpegDeadline.tv_sec, gJpegDeadline.tv_nsec);
 }
 
-TEST_F(ProcessTest, NullParametersAreRefused) {
-    mRoad.create(mRaw, {mYuv});
-    Transcript transcript;
-    EXPECT_EQ(mRoad.device.process(nullptr, mClient), -22);
-    EXPECT_THAT(transcript.lines(),
-                ElementsAre("I reprocess request stage RAW2YUV E",
-                            "E PostProcessParams is nullptr, process request failed"));
-}
-
-TEST_F(ProcessTest, RawRequestTravelsToTheClient) {
-    MemoryBuffer const captured(kTuningBytes);
-    MemoryBuffer const debug(kTuningBytes);
-    mThreeA->tuningFd = captured.fd();
-    mThreeA->next = {debug.fd(), kTuningBytes, 7};
-    mSettings.i64(0xc0030014, int64_t{2}).i32(0xc00300a2, 12).i32(kBufferIndex, 4);
-    mRoad.create(mRaw, {mYuv});
-    EXPECT_EQ(develop(100, mClient), 0);
-
-    // What the ISP was given.
-    ASSERT_EQ(isp().requests.size(), 1u);
-    isphal::ISPRequest const& request = isp().requests[0];
-    EXPECT_EQ(request.requestNumber, 100u);
-    EXPECT_EQ(request.inputBuffers[0].tuningData->data[1], captured.fd());
-    EXPECT_EQ(request.outputBuffers[0].tuningData->data[1], debug.fd());
-    NSCam::IMetadata told;
-    ASSERT_TRUE(HalInterfacePeer::convertToIMetadata(*mRoad.peer.halInterface(),
-                                                     request.settings.data(), told));
-    EXPECT_THAT(int32sOf(told, kBufferIndex), ElementsAre(7));
-
-    // What the client is told.
-    isp().answer(100, isphal::Status::OK, ispBuffer({}));
-    EXPECT_FALSE(mRoad.isOutstanding(100));
-    EXPECT_EQ(mClient->calls().size(), 2u);
-}
-
-TEST_F(ProcessTest, RequestThatDoesNotFitConfiguresAnew) {
-    mRoad.create(mRaw, {mYuv});
-    EXPECT_EQ(develop(1, mClient), 0);
-    isp().answer(1);
-    Transcript transcript;
-    EXPECT_EQ(encode(2, mClient), 0);
-    Lines const lines = deviceLines(transcript);
-    EXPECT_EQ(lines.back(), "I reprocess request stage YUV2JPEG X");
-    EXPECT_THAT(lines, Contains("I needReconfigure 1"));
-    ASSERT_EQ(isp().configurations.size(), 2u);
-    EXPECT_EQ(isp().configurations[1].outputStreams[0].format, 0x21);
-    EXPECT_EQ(isp().requests.back().requestNumber, 2u);
-}
-
-TEST_F(ProcessTest, AsynchronousRefusalGoesUnnoticed) {
-    mRoad.create(mRaw, {mYuv});
-    Transcript transcript;
-    isp().onProcess = [](auto const&) { return Answer(isphal::Status::REQUEST_ERROR); };
-    EXPECT_EQ(develop(1, mClient), 0);
-    EXPECT_FALSE(transcript.has("E ISPDevice process failed result"));
-    EXPECT_TRUE(mRoad.isOutstanding(1));
+/** How many mappings of clients' memory there are. */
+int clientMappings() {
+    std::ifstream maps("/proc/self/maps");
+    int count = 0;
+    for (std::string line; std::getline(maps, line);) {
+        count += line.find("memfd:client") != std::string::npos;
+    }
+    return count;
 }
 
 TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
     std::iota(mYuvMemory.data(), mYuvMemory.data() + mYuvMemory.size(), uint8_t{0});
     memset(mJpegMemory.data(), 0xEE, kJpegBytes);
-    mSettings.u8(0x70004, std::vector<uint8_t>{90});
-    mRoad.create(mYuv, {mJpeg});
-    Transcript transcript;
-    std::thread answerer;
-    isp().onProcess = [&](isphal::ISPRequest const& request) {
-        Mapping const input(request.inputBuffers[0].buffer->data[0]);
-        EXPECT_EQ(input.bytes(kWidth), mYuvMemory.bytes(kWidth));
-        writeJpeg(request, 777);
-        answerer = answerLater(100, transcript);
-        return StandInDevice::ok();
-    };
-    EXPECT_EQ(encode(100), 777);
-    EXPECT_FALSE(deadlineHasPassed());
-    EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, 4);
-    answerer.join();
     std::vector<uint8_t> expected(kJpegBytes, 0xEE);
-    std::iota(expected.begin(), expected.begin() + 777, uint8_t{1});
-    EXPECT_EQ(mJpegMemory.bytes(kJpegBytes), expected);
+    mRoad.create(mYuv, {mJpeg});
+    // The first result ends the wait, whatever its status.
+    for (auto const& [status, size] :
+         {std::pair(isphal::Status::RESULT_ERROR, 0), {isphal::Status::OK, 777}}) {
+        Transcript transcript;
+        std::thread answerer;
+        isp().onProcess = [&, status = status](isphal::ISPRequest const& request) {
+            Mapping const input(request.inputBuffers[0].buffer->data[0]);
+            EXPECT_EQ(input.bytes(kWidth), mYuvMemory.bytes(kWidth));
+            writeJpeg(request, 777);
+            answerer = answerLater(100, transcript, status);
+            return StandInDevice::ok();
+        };
+        EXPECT_EQ(encode(100), size);
+        EXPECT_FALSE(deadlineHasPassed());
+        EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, 4);
+        EXPECT_EQ(gJpegDeadline.tv_nsec, gJpegDeadlineBase.tv_usec * 1000);
+        answerer.join();
+        std::iota(expected.begin(), expected.begin() + size, uint8_t{1});
+        EXPECT_EQ(mJpegMemory.bytes(kJpegBytes), expected);
+    }
+    EXPECT_EQ(mGraphics.mapper->lockUsage, 0x33u);
+    EXPECT_THAT(mGraphics.mapper->lockedRegion(), ElementsAre(0, 0, 777, 1));
+}
+
+/** Which lines are written while the JPEG's mutex is held; dumps of metadata included. */
+struct MutexWatch : Transcript {
+    void write(char const* /*tag*/, int /*level*/, char const* text) override {
+        bool const isFree = pthread_mutex_trylock(&gJpegMutex) == 0;
+        if (isFree) {
+            pthread_mutex_unlock(&gJpegMutex);
+        }
+        (isFree ? whileFree : whileHeld).emplace_back(text);
+    }
+    Lines whileFree, whileHeld;
+};
+
+TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) {
+    mRoad.create(mRaw, {mYuv});
+    answerAtOnce();
+    EXPECT_EQ(develop(1, mClient), 0);
+    MutexWatch watch;
+    EXPECT_EQ(encode(2), 777);
+    EXPECT_THAT(watch.whileFree[3], HasSubstr("frame 2 stage RAW2YUV:"));
+    EXPECT_THAT(watch.whileHeld[0], EndsWith("JPEG callback signal process"));
+    EXPECT_THAT(watch.whileHeld[1], EndsWith("JPEG process done"));
+    EXPECT_THAT(watch.whileHeld.back(), EndsWith("jpegSize is 777"));
+}
+
+TEST_F(ProcessTest, WhatCannotBeAccessedIsLeftOut) {
+    mRoad.create(mYuv, {mJpeg});
+    answerAtOnce();
+    BorrowedHandle const nothing({-1});
+    ImageBuffer inaccessible = mJpeg;
+    inaccessible.buffer = nothing.get();
+    EXPECT_EQ(mRoad.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), 777);
+
+    // Without a device buffer the client's mapping stays.
+    auto& allocator = *mGraphics.allocator;
+    allocator.onAllocate = [&](auto const& wanted, auto const& cb) -> Return<void> {
+        bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == 0x21;
+        return isJpeg ? giving(Error::NO_RESOURCES, 0u, hidl_vec<hidl_handle>())(wanted, cb)
+                      : allocator.real->allocate(wanted, 1, cb);
+    };
+    isp().onProcess = [](auto const&) { return StandInDevice::ok(); };
+    int const mappings = clientMappings();
+    Transcript transcript;
+    EXPECT_EQ(encode(2), -1);
+    EXPECT_TRUE(transcript.has("I get JPEG size is 0 from output buffer X"));
+    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+    EXPECT_EQ(clientMappings(), mappings + 1);
 }
 
 TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
@@ -113,6 +121,10 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
     // The result comes during the submission, so its signal is lost and the wait runs to its end.
     mRoad.create(mYuv, {mJpeg});
     int32_t number = 0;
+    Fence const fence;
+    fenceUnlocks(*mGraphics.mapper, fence);
+    int const descriptors = openDescriptors();
+    int const mappings = clientMappings();
     for (Case const& c : {Case{"encoded", Isp::Answers, 0, 5, 777, 777},
                           {"failed", Isp::Answers, 5, 0, 777, 0},
                           {"refused", Isp::Refuses, 0, 0, 777, 0},
@@ -120,7 +132,8 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
                           {"never answered", Isp::Silent, 0, 0, 777, 777},
                           {"never answered after a failure", Isp::Silent, 0, 3, 777, 0},
                           {"as large as the buffer", Isp::Answers, 0, 0, kJpegBytes, kJpegBytes},
-                          {"larger than the buffer", Isp::Answers, 0, 0, kJpegBytes + 1, -1}}) {
+                          {"larger than the buffer", Isp::Answers, 0, 0, kJpegBytes + 1, -1},
+                          {"of a negative size", Isp::Answers, 0, 0, 0xFFFFFFFE, -1}}) {
         SCOPED_TRACE(c.name);
         gJpegResultStatus = c.staleStatus;
         memset(mJpegMemory.data(), 0xEE, kJpegBytes);
@@ -137,10 +150,11 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         bool const refused = c.isp == Isp::Refuses || c.isp == Isp::Lost;
         mGraphics.mapper->calls.clear();
         Transcript transcript;
-        setJpegTimeout(number == 0 ? "1" : "0");
+        int const timeout = number == 0 ? 1 : -1;
+        setJpegTimeout(std::to_string(timeout).c_str());
         EXPECT_EQ(encode(++number), c.result);
         EXPECT_TRUE(deadlineHasPassed());
-        EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, number == 1);
+        EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, timeout);
         EXPECT_EQ(transcript.has("E Invalid output buffer"), c.result == -1);
         EXPECT_EQ(transcript.has("E ISPDevice process failed result"), refused);
         EXPECT_EQ(transcript.has("I wait JPEG process"), !refused);
@@ -150,15 +164,15 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         Lines const& calls = mGraphics.mapper->calls;
         EXPECT_THAT(Lines(calls.end() - 2, calls.end()), ElementsAre("free", "free"));
         mRoad.answerOutstanding();
+        isp().requests.clear();
+        EXPECT_EQ(openDescriptors(), descriptors);
+        EXPECT_EQ(clientMappings(), mappings);
     }
 }
 
 TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
     mRoad.create(mRaw, {mYuv});
-    isp().onProcess = [&](isphal::ISPRequest const& request) {
-        isp().answer(request.requestNumber);
-        return StandInDevice::ok();
-    };
+    answerAtOnce();
     struct Case {
         char stage;  // R or J
         int32_t frame;
@@ -169,12 +183,18 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
     for (Case const& c : {Case{'R', 1, 0, 1, 0, 0},  // there is no marker to take
                           {'R', 2, 1, 2, 1, 0},
                           {'R', 3, -1, 3, 1, 0},
+                          {'R', 4, 2, 4, 1, 0},  // no such value
+                          {'J', 4, 0, 4, 1, 0},
                           {'R', 5, 0, 5, 0, 1},
                           {'J', 6, -1, 6, 0, 1},  // keeps its own without the tag
                           {'J', 7, 1, 5, 0, 0},
                           {'R', 8, 1, 8, 1, 0},
                           {'R', 9, 1, 9, 2, 0},
-                          {'R', 10, 0, 10, 1, 1}}) {
+                          {'R', 10, 0, 10, 1, 1},
+                          {'R', 11, 0, 11, 0, 2},
+                          {'J', 12, 0, 10, 0, 1},
+                          {'J', 13, 2, 11, 0, 0},
+                          {'R', 14, 1, 14, 1, 0}}) {
         mSettings = MetadataBuilder();
         if (c.tag != -1) {
             mSettings.i32(0xc00300a4, c.tag);
@@ -189,6 +209,7 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
         EXPECT_EQ(isp().requests.back().requestNumber, c.number);
         EXPECT_EQ(gFastDisplayQueue.size(), c.markers) << line;
         EXPECT_EQ(gPendingJpegRequestNos.size(), c.pending) << line;
+        EXPECT_TRUE(c.markers == 0 || gFastDisplayQueue.front() == 1);
     }
     mRoad.device.destroy();  // forgets what is queued
     EXPECT_TRUE(gFastDisplayQueue.empty());

@@ -3,6 +3,7 @@
 
 #include "support/Lines.h"
 #include "support/ProcessTest.h"
+#include "support/Requests.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ class TranscriptsTest : public ProcessTest {
     void write(std::string const& heading, Lines const& lines) {
         mText += heading.empty() ? "" : heading + '\n';
         for (std::string const& line : lines) {
-            static std::regex const secondDescriptor("FD FD, [0-9]+");
+            static std::regex const secondDescriptor("FD FD, [1-9][0-9]*");
             mText += std::regex_replace(steady(line), secondDescriptor, "FD FD, FD") + '\n';
         }
     }
@@ -52,12 +53,28 @@ TEST_F(TranscriptsTest, FirstRawRequestWithACallback) {
     mSettings.i64(tags::kCurrentMode, 2).i32(0xc00300a2, 12).i32(0xc00c0018, 4);
     note("create", [&](auto&) { mRoad.create(mRaw, {mYuv}); });
     note("process 100", [&](auto&) { EXPECT_EQ(develop(100, mClient), 0); });
+    isphal::ISPRequest const& request = isp().requests.at(0);
+    ASSERT_EQ(request.inputBuffers.size() * request.outputBuffers.size(), 1u);
+    EXPECT_EQ(request.requestNumber, 100u);
+    EXPECT_EQ(request.inputBuffers[0].tuningData->data[1], captured.fd());
+    EXPECT_EQ(request.outputBuffers[0].tuningData->data[1], debug.fd());
+    EXPECT_EQ(request.inputBuffers[0].reservedSize + request.outputBuffers[0].reservedSize, 0u);
+    NSCam::IMetadata told;
+    HalInterfacePeer::convertToIMetadata(*mRoad.peer.halInterface(), request.settings.data(), told);
+    EXPECT_THAT(int32sOf(told, 0xc00c0018), testing::ElementsAre(7));
     note("result 100", [&](auto&) {
         isp().answer(100, isphal::Status::OK,
                      ispBuffer({ispRecord<int64_t>(tags::kCurrentMode, 2, {9})}));
     });
     note("destroy", [&](auto&) { mRoad.device.destroy(); });
     expectScene("raw_request");
+}
+
+TEST_F(TranscriptsTest, RawRequestWithoutSettings) {
+    mRoad.create(mRaw, {mYuv});
+    note("process 1", [&](auto&) { mRoad.process(1, mRaw, {mYuv}, nullptr, mClient); });
+    note("result 1", [&](auto&) { isp().answer(1); });
+    expectScene("request_without_settings");
 }
 
 TEST_F(TranscriptsTest, SecondRequestReconfigures) {
@@ -71,7 +88,8 @@ TEST_F(TranscriptsTest, SecondRequestReconfigures) {
 }
 
 TEST_F(TranscriptsTest, SynchronousJpeg) {
-    mSettings.i32(tags::kCameraId, 1);
+    mThreeA->tuningFd = 0;  // the least descriptor that is taken
+    mSettings.i32(tags::kCameraId, 1).i32(0xc00c0018, 4);
     mRoad.create(mYuv, {mJpeg});
     std::thread answerer;
     note("process 100", [&](Transcript const& transcript) {
@@ -95,11 +113,31 @@ TEST_F(TranscriptsTest, SynchronousTimeOut) {
     expectScene("synchronous_timeout");
 }
 
-TEST_F(TranscriptsTest, FastDisplaySequence) {
-    isp().onProcess = [&](isphal::ISPRequest const& request) {
-        isp().answer(request.requestNumber);
-        return StandInDevice::ok();
+TEST_F(TranscriptsTest, SynchronousRequestsOfTwoOutputs) {
+    ImageBuffer const small = mYuvMemory.image(4, 0x23, 16, 12);
+    mRoad.create(mYuv, {mJpeg, small});
+    answerAtOnce();
+    auto const process = [&](int number, ImageBuffer const& input,
+                             std::vector<ImageBuffer> const& outputs) {
+        return mRoad.process(number, input, outputs, mSettings.get(), nullptr);
     };
+    note("process 1, the JPEG second", [&](auto&) {
+        EXPECT_EQ(process(1, mYuv, {small, mJpeg}), 777);
+    });
+    note("process 2, the JPEG first", [&](auto&) {
+        EXPECT_EQ(process(2, mYuv, {mJpeg, small}), 777);
+    });
+    // The second output's buffer is the client's own.
+    std::vector<void*> const freed = mGraphics.mapper->freed;
+    EXPECT_THAT(std::vector(freed.end() - 2, freed.end()),
+                testing::ElementsAre(testing::Ne(small.buffer), small.buffer));
+    note("process 3, without a JPEG", [&](auto&) { EXPECT_EQ(process(3, mYuv, {small}), -1); });
+    note("process 4, raw", [&](auto&) { EXPECT_EQ(process(4, mRaw, {small}), 0); });
+    expectScene("two_outputs");
+}
+
+TEST_F(TranscriptsTest, FastDisplaySequence) {
+    answerAtOnce();
     mRoad.create(mRaw, {mYuv});
     mSettings.i32(tags::kFastDisplay, 1);
     note("process 1, for display", [&](auto&) { EXPECT_EQ(develop(1, mClient), 0); });
@@ -112,9 +150,11 @@ TEST_F(TranscriptsTest, FastDisplaySequence) {
 TEST_F(TranscriptsTest, DrainedWaitThatGivesUp) {
     mRoad.create(mRaw, {mYuv});
     develop(1, mClient);
+    OfflineRequest* const abandoned = HalInterfacePeer::find(*mRoad.peer.halInterface(), 1);
     note("process 2", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
     note("result 1, which nobody waits for", [&](auto&) { isp().answer(1); });
     expectScene("abandoned_request");
+    deleteRequest(abandoned);
 }
 
 TEST_F(TranscriptsTest, RefusedRequests) {
@@ -124,6 +164,8 @@ TEST_F(TranscriptsTest, RefusedRequests) {
     };
     note("process 1, nobody told", [&](auto&) { EXPECT_EQ(encode(1), 0); });
     note("process 2, with a callback", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
+    EXPECT_TRUE(mRoad.isOutstanding(1) && mRoad.isOutstanding(2));
+    note("process, nothing", [&](auto&) { EXPECT_EQ(mRoad.device.process(nullptr, {}), -22); });
     expectScene("refused_requests");
 }
 

@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <memory>
 #include <string>
 
 #include <host/hidl/ServiceRegistry.h>
+#include <host/log/LogControl.h>
 
 #include "support/Peers.h"
 #include "support/StandInIsp.h"
@@ -35,10 +37,24 @@ inline auto answering(isphal::Status status) {
     return [status](auto const&...) -> StandInDevice::StatusReturn { return status; };
 }
 
+/** Writes lines to standard error as they are: "<level or priority> <tag> <text>|". */
+struct BareLog : quen::host::LogSink {
+    BareLog() { quen::host::setLogSink(this); }
+    void write(char const* tag, int level, char const* text) override {
+        fprintf(stderr, "%d %s %s|", level, tag, text);
+    }
+    void writeAndroid(char const* tag, int priority, char const* text) override {
+        write(tag, priority, text);
+    }
+};
+
 }  // namespace quentest
 
-/** Expects the library to end the process itself: the error line, then the place of the failure. */
-#define EXPECT_FATAL(statement, message)                 \
-    EXPECT_EXIT(                                         \
-            statement, testing::KilledBySignal(SIGABRT), \
-            std::string("\\[Fatal\\] ") + (message) + ".*\\([A-Za-z]+\\)\\{#[0-9]+:.*\\.cpp\\}")
+/**
+ * Expects the library to end the process itself: the error line, which ends with the message (a
+ * pattern), then the place of the failure.
+ */
+#define EXPECT_FATAL(statement, message)                                                  \
+    EXPECT_EXIT((quentest::BareLog(), statement), testing::KilledBySignal(SIGABRT),       \
+                std::string("1 quenOfflineDevice [^|]*\\(\\) \\[Fatal\\] ") + (message) + \
+                        "\\|7 quenOfflineDevice \\([A-Za-z]+\\)\\{#[0-9]+:[^|]*\\.cpp\\}\r\n\\|")

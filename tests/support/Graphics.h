@@ -93,6 +93,11 @@ class HookedMapper : public IMapper, public MapperHooks {
         return onGet ? onGet(cb) : real->get(buffer, type, cb);
     }
 
+    /** The region of the latest lock: left, top, width, height. */
+    std::vector<int> lockedRegion() const {
+        return {lockRegion.left, lockRegion.top, lockRegion.width, lockRegion.height};
+    }
+
     /** Takes the hooks away and forgets what came. */
     void reset() {
         std::lock_guard<std::mutex> const guard(mLock);

@@ -25,9 +25,9 @@ inline Lines linesOf(std::string const& text) {
 /** A line without what differs from run to run: that stands as "ADDRESS" and "FD". */
 inline std::string steady(std::string const& line) {
     static std::pair<std::regex, char const*> const changing[] = {
-            {std::regex("0x[0-9a-f]{6,}|\\(nil\\)"), "ADDRESS"},
+            {std::regex("0x[0-9a-f]{6,}"), "ADDRESS"},
             {std::regex("addr\\(0x[0-9A-F]+\\)"), "addr(ADDRESS)"},
-            {std::regex("(FD|Fd) -?[0-9]+"), "$1 FD"},
+            {std::regex("(FD|Fd) [1-9][0-9]*"), "$1 FD"},
     };
     std::string result = line;
     for (auto const& [what, name] : changing) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <quenOfflineDevice/HalInterface.h>
 #include <quenOfflineDevice/quenOfflineDevice.h>
 
@@ -68,6 +70,17 @@ class HalInterfacePeer {
     static bool reservedIsNull(HalInterface& hal) { return hal.mReserved == nullptr; }
     static size_t outstanding(HalInterface& hal) {
         return hal.mCallback->mOfflineRequestCallback.size();
+    }
+    /** Wakes a drained wait up. Returns its latest cycle's start and deadline, in microseconds. */
+    static std::pair<long, long> wakeDrainedWait(HalInterface& hal) {
+        ClientCallback& callback = *hal.mCallback;
+        pthread_mutex_lock(&callback.mDrainLock);
+        pthread_cond_signal(&callback.mDrainCond);
+        std::pair const cycle(
+                callback.mDrainStart.tv_sec * 1000000 + callback.mDrainStart.tv_usec,
+                callback.mDrainDeadline.tv_sec * 1000000 + callback.mDrainDeadline.tv_nsec / 1000);
+        pthread_mutex_unlock(&callback.mDrainLock);
+        return cycle;
     }
     static OfflineRequest* find(HalInterface& hal, uint32_t number) {
         auto const found = hal.mCallback->mOfflineRequestCallback.find(number);

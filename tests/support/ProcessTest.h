@@ -26,6 +26,7 @@ class ProcessTest : public testing::Test {
     static constexpr int kHeight = 48;
     static constexpr uint32_t kTuningBytes = 0x1fa400;
     static constexpr uint32_t kJpegBytes = 4096;
+    static constexpr int kJpegStream = 3;
 
     ProcessTest() {
         gJpegResultStatus = 0;
@@ -41,19 +42,33 @@ class ProcessTest : public testing::Test {
     }
     /** Writes what the ISP leaves in a BLOB buffer: JPEG bytes, and their number at its end. */
     static void writeJpeg(isphal::ISPRequest const& request, uint32_t bytes) {
-        Mapping const memory(request.outputBuffers[0].buffer->data[0]);
-        std::iota(memory.data(), memory.data() + std::min(bytes, 1000u), uint8_t{1});
-        uint32_t const trailer[] = {0xFF, bytes};
-        memcpy(memory.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
+        for (auto const& output : request.outputBuffers) {
+            if (output.streamId == kJpegStream) {
+                Mapping const memory(output.buffer->data[0]);
+                std::iota(memory.data(), memory.data() + std::min(bytes, 1000u), uint8_t{1});
+                uint32_t const trailer[] = {0xFF, bytes};
+                memcpy(memory.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
+            }
+        }
+    }
+    /** Makes the ISP encode and answer during the submission: the client's wait runs to its end. */
+    void answerAtOnce() {
+        setJpegTimeout("0");
+        isp().onProcess = [&](isphal::ISPRequest const& request) {
+            writeJpeg(request, 777);
+            isp().answer(request.requestNumber);
+            return StandInDevice::ok();
+        };
     }
     /** Answers a request on a thread of the ISP's, some time after its client began to wait. */
-    std::thread answerLater(uint32_t number, Transcript const& transcript) {
-        return std::thread([this, number, &transcript] {
+    std::thread answerLater(uint32_t number, Transcript const& transcript,
+                            isphal::Status status = isphal::Status::OK) {
+        return std::thread([this, number, &transcript, status] {
             while (!transcript.has("I wait JPEG process")) {
                 std::this_thread::yield();
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            isp().answer(number);
+            isp().answer(number, status);
         });
     }
 
@@ -65,7 +80,7 @@ class ProcessTest : public testing::Test {
     MemoryBuffer const mJpegMemory{kJpegBytes};
     ImageBuffer const mRaw = mRawMemory.image(1, 0x25, kWidth, kHeight);
     ImageBuffer const mYuv = mYuvMemory.image(2, 0x23, kWidth, kHeight);
-    ImageBuffer const mJpeg = mJpegMemory.image(3, 0x21, kWidth, kHeight);
+    ImageBuffer const mJpeg = mJpegMemory.image(kJpegStream, 0x21, kWidth / 2, kHeight / 2);
     MetadataBuilder mSettings;
     android::sp<RecordingCallback> const mClient = new RecordingCallback;
     StandInRoad mRoad;

@@ -49,7 +49,8 @@ class Road {
 
     int process(int32_t frameNumber, ImageBuffer input, std::vector<ImageBuffer> outputs,
                 camera_metadata* settings, Client const& client) {
-        PostProcessParams params = {this, frameNumber, &input, {}, settings};
+        void* const session = reinterpret_cast<void*>(0x5e55);
+        PostProcessParams params = {session, frameNumber, &input, {}, settings};
         for (ImageBuffer& output : outputs) {
             params.output_buffers.push_back(&output);
         }

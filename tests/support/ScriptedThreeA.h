@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -25,7 +26,7 @@ class ScriptedThreeA : public quen::host::IThreeAStore {
 
     int get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) override {
         sizesAsked.push_back(size);
-        *info = next;
+        *info = next.value_or(*info);
         return 0;
     }
     int getTuningData(int* fd, unsigned int bufferIndex) override {
@@ -36,8 +37,8 @@ class ScriptedThreeA : public quen::host::IThreeAStore {
         return 0;
     }
 
-    QIF3ABufferInfo next;  // a refusal as it stands
-    int tuningFd = -1;     // -1: no tuning data
+    std::optional<QIF3ABufferInfo> next;  // without one the record is left alone
+    int tuningFd = -1;                    // -1: no tuning data
     std::vector<unsigned int> sizesAsked;
     std::vector<unsigned int> indexesAsked;
 };

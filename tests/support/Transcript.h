@@ -1,12 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <mtkcam/log.h>
 
 #include "host/log/LogControl.h"
@@ -18,7 +20,7 @@ namespace quentest {
  * log is as it was. Lines of other tags are dropped. One at a time; lines may come from any thread.
  *
  * A line reads "<level letter> <message>": what comes before the message, the source line for one,
- * is left out.
+ * is left out, but has to name the line's level and the tag that goes with its source file.
  */
 class Transcript : public quen::host::LogSink {
   public:
@@ -39,6 +41,9 @@ class Transcript : public quen::host::LogSink {
         if (name != "quenOfflineDevice" && name != "quenGralloc") {
             return;
         }
+        std::string const head = g_logInfoLv[level & 3].prefix + ("[" + name + "] ");
+        EXPECT_EQ(std::string(text).substr(0, head.size()), head);
+        EXPECT_EQ(name, strstr(text, "Helper.cpp:") ? "quenGralloc" : "quenOfflineDevice") << text;
         std::lock_guard<std::mutex> lock(mLock);
         mRaw.emplace_back(text);
         mLines.push_back(std::string(1, "DEWI"[level & 3]) + " " + messageOf(text));
