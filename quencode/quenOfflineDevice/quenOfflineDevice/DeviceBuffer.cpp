@@ -22,37 +22,19 @@ namespace {
 
 constexpr size_t kSemiPlanarStep = 2;
 
-/** Rows of a plane: as many bytes of each as are written, and what lies between their beginnings.
+/**
+ * Fills a plane from packed rows: as many bytes of each row as both sides have, the rest 0. Rows
+ * without an address are passed over.
+ *
+ * @return the source behind what was read
  */
-struct Plane {
-    uint8_t* address;  // may be null: nothing is written
-    size_t rowBytes;
-    size_t stride;
-    size_t rows;
-};
-
-/** Sets to 0 what a row has beyond the source's bytes. */
-void clearRowEnds(Plane const& plane, size_t sourceBytes) {
-    for (size_t row = 0; row < plane.rows && sourceBytes < plane.rowBytes; ++row) {
-        memset(plane.address + row * plane.stride + sourceBytes, 0, plane.rowBytes - sourceBytes);
+uint8_t const* fillPlane(uint8_t const* source, size_t sourceBytes, Rows const& plane,
+                         size_t planeBytes) {
+    size_t const copied = std::min(sourceBytes, planeBytes);
+    if (plane.first != nullptr) {
+        copyRows(source, copied, plane, planeBytes - copied);
     }
-}
-
-/** Fills a plane from packed rows. Returns the source behind what was read. */
-uint8_t const* fillPlane(uint8_t const* source, size_t sourceRowBytes, Plane const& plane) {
-    size_t const copied = std::min(sourceRowBytes, plane.rowBytes);
-    if (plane.address != nullptr) {
-        clearRowEnds(plane, copied);
-        copyRows(source, copied, plane.address, plane.stride, plane.rows);
-    }
-    return source + copied * plane.rows;
-}
-
-/** Fills a plane of pairs from packed pairs in the other order. */
-void fillSwappedPlane(uint8_t const* source, size_t sourcePairs, Plane const& plane) {
-    size_t const pairs = std::min(sourcePairs, plane.rowBytes / 2);
-    clearRowEnds(plane, 2 * pairs);
-    copySwappedRows(source, pairs, plane.address, plane.stride, plane.rows);
+    return source + copied * plane.count;
 }
 
 /** Copies every second source byte into samples a step apart; row ends are set to 0. */
@@ -82,17 +64,18 @@ void copyPicture(uint8_t const* source, size_t width, size_t height, android_ycb
     auto* const luma = static_cast<uint8_t*>(target.y);
     auto* const cb = static_cast<uint8_t*>(target.cb);
     auto* const cr = static_cast<uint8_t*>(target.cr);
-    source = fillPlane(source, width, {luma, target.ystride, target.ystride, height});
+    source = fillPlane(source, width, {luma, target.ystride, height}, target.ystride);
     size_t const sourceChroma = width / 2;
     size_t const targetChroma = target.ystride / 2;
     size_t const rows = height / 2;
     if (target.chroma_step != kSemiPlanarStep) {
-        source = fillPlane(source, sourceChroma, {cb, targetChroma, target.cstride, rows});
-        fillPlane(source, sourceChroma, {cr, targetChroma, target.cstride, rows});
+        source = fillPlane(source, sourceChroma, {cb, target.cstride, rows}, targetChroma);
+        fillPlane(source, sourceChroma, {cr, target.cstride, rows}, targetChroma);
     } else if (cr != nullptr && cb == cr + 1) {
-        fillPlane(source, 2 * sourceChroma, {cr, 2 * targetChroma, target.cstride, rows});
+        fillPlane(source, 2 * sourceChroma, {cr, target.cstride, rows}, 2 * targetChroma);
     } else if (cb != nullptr && cr == cb + 1) {
-        fillSwappedPlane(source, sourceChroma, {cb, 2 * targetChroma, target.cstride, rows});
+        size_t const pairs = std::min(sourceChroma, targetChroma);
+        copySwappedRows(source, pairs, {cb, target.cstride, rows}, 2 * (targetChroma - pairs));
     } else {
         copySamples(source, sourceChroma, cr, targetChroma, target.cstride, rows);
         copySamples(source + 1, sourceChroma, cb, targetChroma, target.cstride, rows);

@@ -36,9 +36,9 @@ struct Swapped {
 #if defined(__SSE2__)
 
 // An x86 core reads every line that it writes, unless told not to; an Arm core sees by itself that
-// whole lines are written. Four rows in turn keep more of the memory busy than one.
+// whole lines are written. Several rows in turn keep more of the memory busy than one.
 constexpr size_t kStreamedBytes = 16 << 20;
-constexpr size_t kRowsInTurn = 4;
+constexpr size_t kRowsInTurn = 8;
 constexpr size_t kLineBytes = 64;
 
 template <typename Bytes>
@@ -49,9 +49,10 @@ void streamLine(uint8_t const* source, uint8_t* target) {
     }
 }
 
-/** Copies the whole lines of rows, as many rows as are copied in turn. */
+/** Copies as many rows as are copied in turn. */
 template <typename Bytes>
-void streamRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride) {
+void streamRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride,
+                size_t endBytes) {
     size_t const inLines = rowBytes / kLineBytes * kLineBytes;
     for (size_t i = 0; i < inLines; i += kLineBytes) {
         for (size_t row = 0; row < kRowsInTurn; ++row) {
@@ -59,23 +60,25 @@ void streamRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t 
         }
     }
     for (size_t row = 0; row < kRowsInTurn; ++row) {
-        Bytes::copy(source + row * rowBytes + inLines, target + row * stride + inLines,
-                    rowBytes - inLines);
+        uint8_t* const rest = target + row * stride + inLines;
+        Bytes::copy(source + row * rowBytes + inLines, rest, rowBytes - inLines);
+        memset(rest + rowBytes - inLines, 0, endBytes);
     }
 }
 
 /** Copies the first rows past the caches. Returns how many: none where it cannot or need not be. */
 template <typename Bytes>
-size_t copyStreamed(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride,
-                    size_t rows) {
-    bool const isAligned = (reinterpret_cast<uintptr_t>(target) | stride) % sizeof(__m128i) == 0;
-    bool const overlap = rowBytes > stride;
-    if (!isAligned || overlap || rowBytes * rows < kStreamedBytes) {
+size_t copyStreamed(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes) {
+    bool const isAligned =
+            (reinterpret_cast<uintptr_t>(target.first) | target.stride) % sizeof(__m128i) == 0;
+    bool const overlap = rowBytes + endBytes > target.stride;
+    if (!isAligned || overlap || rowBytes * target.count < kStreamedBytes) {
         return 0;
     }
-    size_t const inTurns = rows / kRowsInTurn * kRowsInTurn;
+    size_t const inTurns = target.count / kRowsInTurn * kRowsInTurn;
     for (size_t row = 0; row < inTurns; row += kRowsInTurn) {
-        streamRows<Bytes>(source + row * rowBytes, rowBytes, target + row * stride, stride);
+        streamRows<Bytes>(source + row * rowBytes, rowBytes, target.first + row * target.stride,
+                          target.stride, endBytes);
     }
     _mm_sfence();
     return inTurns;
@@ -84,27 +87,28 @@ size_t copyStreamed(uint8_t const* source, size_t rowBytes, uint8_t* target, siz
 #else
 
 template <typename Bytes>
-size_t copyStreamed(uint8_t const*, size_t, uint8_t*, size_t, size_t) {
+size_t copyStreamed(uint8_t const*, size_t, Rows const&, size_t) {
     return 0;
 }
 
 #endif
 
 template <typename Bytes>
-void copyAll(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride, size_t rows) {
-    for (size_t row = copyStreamed<Bytes>(source, rowBytes, target, stride, rows); row < rows;
+void copyAll(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes) {
+    for (size_t row = copyStreamed<Bytes>(source, rowBytes, target, endBytes); row < target.count;
          ++row) {
-        Bytes::copy(source + row * rowBytes, target + row * stride, rowBytes);
+        uint8_t* const begin = target.first + row * target.stride;
+        Bytes::copy(source + row * rowBytes, begin, rowBytes);
+        memset(begin + rowBytes, 0, endBytes);
     }
 }
 
 }  // namespace
 
-void copyRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride, size_t rows) {
-    copyAll<AsTheyAre>(source, rowBytes, target, stride, rows);
+void copyRows(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes) {
+    copyAll<AsTheyAre>(source, rowBytes, target, endBytes);
 }
 
-void copySwappedRows(uint8_t const* source, size_t rowPairs, uint8_t* target, size_t stride,
-                     size_t rows) {
-    copyAll<Swapped>(source, 2 * rowPairs, target, stride, rows);
+void copySwappedRows(uint8_t const* source, size_t rowPairs, Rows const& target, size_t endBytes) {
+    copyAll<Swapped>(source, 2 * rowPairs, target, endBytes);
 }

@@ -3,15 +3,23 @@
 #include <cstddef>
 #include <cstdint>
 
+/** Rows to be written: their first byte and how far apart they are. */
+struct Rows {
+    uint8_t* first;
+    size_t stride;  ///< bytes
+    size_t count;
+};
+
 /**
- * Copies of packed rows into rows a stride apart. What lies behind a row's bytes is left alone.
+ * Copies packed rows of bytes, row after row, and sets what follows in each row to 0.
  *
- * Planes larger than what the caches hold are written past them: somebody else reads them next.
+ * Rows larger together than what the caches hold are written past them: somebody else reads them
+ * next.
+ *
+ * @param rowBytes of a packed row
+ * @param endBytes set to 0 behind them
  */
+void copyRows(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes);
 
-/** Copies rows as they are. */
-void copyRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride, size_t rows);
-
-/** Copies rows of pairs, the two bytes of each in the other order. */
-void copySwappedRows(uint8_t const* source, size_t rowPairs, uint8_t* target, size_t stride,
-                     size_t rows);
+/** As copyRows, for rows of pairs: the two bytes of each come in the other order. */
+void copySwappedRows(uint8_t const* source, size_t rowPairs, Rows const& target, size_t endBytes);
