@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <functional>
+#include <thread>
 
 #include <quenCommon/Log.h>
 #include <quenOfflineDevice/RequestNumbers.h>
@@ -47,10 +49,12 @@ TEST_F(LifecycleTest, CreateConnectsFirstAndNamesWhatIsMissing) {
 TEST_F(LifecycleTest, ASecondInitReplacesEverythingAndClosesNothing) {
     peer.init();
     sp<HalInterface> const hal = peer.halInterface();
+    sp<NSCam::IMetadataConverter> const converter = peer.converter();
     sp<StandInModule> const other = new StandInModule;
     other->registerAsService("internal/0");
     peer.init();
     EXPECT_NE(peer.halInterface(), hal);
+    EXPECT_NE(peer.converter(), converter);
     device->flush();
     EXPECT_EQ(isp->flushes, 0);
     EXPECT_EQ(other->device->flushes, 1);
@@ -98,6 +102,7 @@ TEST_F(ReleaseTest, UinitReleasesDeviceThenModuleThenHalInterface) {
     peer.uinit();
     EXPECT_THAT(order, ElementsAre("device before hal", "module before hal"));
     EXPECT_EQ(peer.halInterface(), nullptr);
+    EXPECT_EQ(peer.converter(), nullptr);
     device = nullptr;
     EXPECT_EQ(order.size(), 2u);
 }
@@ -142,7 +147,12 @@ TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
     sp<isphal::ICallback> const callback = HalInterfacePeer::callback(hal);
     int32_t const references = callback->getStrongCount();
     alarm(10);  // for a lock that is not given back
-    device->setOfflineCallback(callback);
+    pthread_mutex_lock(&peer.lock());
+    std::thread waits([&] { device->setOfflineCallback(callback); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(HalInterfacePeer::hasHook(hal));  // the call has to wait for the lock
+    pthread_mutex_unlock(&peer.lock());
+    waits.join();
     device->setOfflineCallback(callback);
     alarm(0);
     EXPECT_TRUE(HalInterfacePeer::hasHook(hal));

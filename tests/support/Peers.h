@@ -45,6 +45,8 @@ class quenOfflineDevicePeer {
     std::map<uint64_t, ISPStream>& inputStreams() { return mDevice.mInputStreams; }
     std::map<uint64_t, ISPStream>& outputStreams() { return mDevice.mOutputStreams; }
     android::sp<HalInterface>& halInterface() { return mDevice.mHalInterface; }
+    android::sp<NSCam::IMetadataConverter>& converter() { return mDevice.mMetadataConverter; }
+    pthread_mutex_t& lock() { return mDevice.mLock; }
     bool connected() const { return mDevice.mDevice != nullptr; }
     std::string stage() const { return mDevice.mStage; }
     void setStage(char const* stage) {
