@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -184,6 +185,54 @@ TEST_F(CliTest, EveryBayerOrderAndContainerGivesTheSurfaceItsColour) {
                 expectColour("out.nv21", colour);
                 fs::remove(path("out.nv21"));
             }
+        }
+    }
+}
+
+TEST_F(CliTest, ARealSensorFrameOfAChartHasTheChartsColours) {
+    constexpr size_t kChartWidth = 1920;
+    constexpr size_t kChartHeight = 1080;
+    if (!fs::exists(QUEN_CHART)) {
+        GTEST_SKIP() << "the frame is not there: " QUEN_CHART;
+    }
+    Outcome const outcome = run("'" QUEN_CHART
+                                "' -o chart.nv21 --size 1920x1080 --bayer rggb --bits 10 "
+                                "--wb 1.816,1,1.25");
+    ASSERT_EQ(0, outcome.exitCode) << outcome.err;
+    std::string const picture = get("chart.nv21");
+    ASSERT_EQ(kChartWidth * kChartHeight * 3 / 2, picture.size());
+
+    struct Patch {
+        char const* name;
+        size_t x, y;
+        char const* order;  // "rgb": red is larger than green, and green than blue
+    };
+    for (Patch const& patch : {Patch{"orange", 756, 368, "rgb"},
+                               {"purple", 820, 368, "rg"},
+                               {"purple", 820, 368, "bg"},
+                               {"sky", 884, 364, "bgr"},
+                               {"navy", 948, 362, "bg"},
+                               {"navy", 948, 362, "br"},
+                               {"green", 1012, 360, "gr"},
+                               {"green", 1012, 360, "gb"},
+                               {"brick", 1076, 360, "rg"},
+                               {"brick", 1076, 360, "rb"},
+                               {"grey", 850, 500, ""},
+                               {"grey", 1250, 600, ""}}) {
+        SCOPED_TRACE(std::string(patch.name) + " " + patch.order);
+        auto const at = [&](size_t offset) { return double(uint8_t(picture[offset])); };
+        size_t const pair = kChartWidth * (kChartHeight + patch.y / 2) + patch.x / 2 * 2;
+        double const luma = at(kChartWidth * patch.y + patch.x);
+        double const cr = at(pair) - 128;
+        double const cb = at(pair + 1) - 128;
+        std::map<char, double> const rgb = {{'r', luma + 1.402 * cr},
+                                            {'g', luma - 0.344 * cb - 0.714 * cr},
+                                            {'b', luma + 1.772 * cb}};
+        for (char const* channel = patch.order; channel[0] != 0 && channel[1] != 0; ++channel) {
+            EXPECT_GT(rgb.at(channel[0]), rgb.at(channel[1]) + 15);
+        }
+        if (patch.order[0] == 0) {
+            EXPECT_LT(std::hypot(cb, cr), 8);
         }
     }
 }
