@@ -117,10 +117,12 @@ Product Reprocessor::run(Capture const& capture, OutputKind kind, Stopwatch& wat
             return watch.time("copy picture",
                               [&] { return packPlanes(*developed.picture, capture, kind); });
         }
-        auto const packed = watch.time("copy picture", [&] {
+        auto packed = watch.time("copy picture", [&] {
             return asPackedPicture(std::move(developed.picture), capture);
         });
-        return encode(*packed, capture, developed.metadata, watch);
+        Product product = encode(*packed, capture, developed.metadata, watch);
+        mDone.release(std::move(packed));
+        return product;
     }
 
     if (kind != OutputKind::Jpeg) {
@@ -155,13 +157,13 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
     RequestMetadata metadata(mOptions, capture.orientation, mFrameNumber);
     RawTarget const target = rawTarget(capture, mOptions, metadata);
     int32_t const format = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
-    ClientBuffer const raw(capture.width, capture.height, format);
-    watch.time("fill raw buffer", [&] { fillRaw(raw, capture, target); });
+    auto raw = std::make_unique<ClientBuffer>(capture.width, capture.height, format);
+    watch.time("fill raw buffer", [&] { fillRaw(*raw, capture, target); });
     metadata.setInt32(kTagThreeAIndex, publishTuningData(capture.facts, mFrameNumber));
 
     auto picture = std::make_unique<ClientBuffer>(capture.width, capture.height,
                                                   HAL_PIXEL_FORMAT_YCBCR_420_888);
-    ImageBuffer const input = imageBuffer(kInputStream, format, raw.size(), capture, raw);
+    ImageBuffer const input = imageBuffer(kInputStream, format, raw->size(), capture, *raw);
     ImageBuffer const output = imageBuffer(kOutputStream, HAL_PIXEL_FORMAT_YCBCR_420_888,
                                            picture->size(), capture, *picture);
     std::optional<ClientResult> result;
@@ -174,6 +176,7 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
             result = session.wait(mOptions.timeoutSeconds);
         }
     }
+    mDone.release(std::move(raw));
     if (!result || result->status != ResultWaiter::Status::OK) {
         fail("was not developed");
     }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "client/BackgroundRelease.h"
 #include "client/ClientBuffer.h"
 #include "client/RequestMetadata.h"
 #include "command/Options.h"
@@ -47,6 +48,7 @@ class Reprocessor {
     RequestOptions const& mOptions;
     Report& mReport;
     int32_t mFrameNumber = 0;
+    BackgroundRelease mDone;  // buffers that nobody needs any more
 };
 
 }  // namespace quen::reprocess
