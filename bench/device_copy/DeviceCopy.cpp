@@ -103,8 +103,10 @@ void addTouched(Cases& cases, PictureSize const& size, ChromaLayout const& layou
         quenOfflineDevice device;
         hidl_handle handle;
         graphics.present(&stage.target);
-        quenOfflineDevicePeer::allocGraphicBuffer(device, handle, stage.source->data(), size.width,
-                                                  size.height, kNv21Format, kDeviceUsage);
+        unsigned int stride = 0;
+        quenOfflineDevicePeer(device).allocGraphicBuffer(handle, stage.source->data(), size.width,
+                                                         size.height, kNv21Format, kDeviceUsage,
+                                                         stride);
         graphics.present(nullptr);
         return graphics.secondsLocked();
     });
@@ -155,8 +157,9 @@ void addFresh(Cases& cases, PictureSize const& size, ChromaLayout const& layout)
     };
     add("ours", [size](hidl_handle& handle, void const* source) {
         quenOfflineDevice device;
-        quenOfflineDevicePeer::allocGraphicBuffer(device, handle, source, size.width, size.height,
-                                                  kNv21Format, kDeviceUsage);
+        unsigned int stride = 0;
+        quenOfflineDevicePeer(device).allocGraphicBuffer(handle, source, size.width, size.height,
+                                                         kNv21Format, kDeviceUsage, stride);
     });
     add("memcpy",
         [size](hidl_handle& handle, void const* source) { fillFreshBuffer(handle, size, source); });

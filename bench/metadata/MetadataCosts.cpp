@@ -31,12 +31,12 @@ constexpr size_t kLargeBatch = 4;
 struct Forms {
     explicit Forms(RequestShape const& shape)
         : batch(shape.tuningBytes ? kLargeBatch : kBatch), client(makeRequest(shape)) {
-        quenOfflineDevicePeer::setStage(device, "RAW2YUV");
+        quenOfflineDevicePeer(device).setStage("RAW2YUV");
         converter->convert(client.get(), request);
         result = makeResult(request.count());
         // The ISP's answer has as many entries, in the order of the client's.
         IMetadata encoded = request;
-        quenOfflineDevicePeer::encode(device, encoded, flat);
+        quenOfflineDevicePeer(device).convertToISPMetadata(&encoded, flat);
     }
 
     size_t const batch;
@@ -68,19 +68,19 @@ double toIMetadata(Forms& forms) {
 
 double prepare(Forms& forms) {
     return measuredBatch(std::vector<IMetadata>(forms.batch, forms.request), [&](IMetadata& one) {
-        quenOfflineDevicePeer::updateMetaData(forms.device, one, 4000, 3000);
+        quenOfflineDevicePeer(forms.device).updateMetaData(&one, 4000, 3000);
     });
 }
 
 double encode(Forms& forms) {
     return measuredBatch(std::vector<std::vector<unsigned char>>(forms.batch), [&](auto& out) {
-        quenOfflineDevicePeer::encode(forms.device, forms.request, out);
+        quenOfflineDevicePeer(forms.device).convertToISPMetadata(&forms.request, out);
     });
 }
 
 double decode(Forms& forms) {
     return measuredBatch(std::vector<IMetadata>(forms.batch), [&](IMetadata& out) {
-        HalInterfacePeer::decode(*forms.hal, forms.flat.data(), out);
+        HalInterfacePeer::convertToIMetadata(*forms.hal, forms.flat.data(), out);
     });
 }
 

@@ -125,7 +125,7 @@ void Responder::loop() {
 BenchIsp::BenchIsp(Answering answering) : mAnswering(answering) {
     NSCam::IMetadata result = makeResult(kResultEntries);
     quenOfflineDevice encoder;
-    quenOfflineDevicePeer::encode(encoder, result, mResultBytes);
+    quenOfflineDevicePeer(encoder).convertToISPMetadata(&result, mResultBytes);
     mResult.resultMetadata.setToExternal(mResultBytes.data(), mResultBytes.size());
     mResult.status = isphal::Status::OK;
     if (answering == Answering::FromThread) {

@@ -5,7 +5,7 @@
 #include <quenOfflineDevice/HalInterface.h>
 #include <quenOfflineDevice/quenOfflineDevice.h>
 
-/** The tests' way to the device object's internal operations and state. */
+/** The tests' and the benchmark's way to the device object's internal operations and state. */
 class quenOfflineDevicePeer {
   public:
     using Device = quenOfflineDevice;
@@ -59,7 +59,7 @@ class quenOfflineDevicePeer {
     Device& mDevice;
 };
 
-/** The tests' way to the HalInterface's members and its callback's internal operations. */
+/** The same to the HalInterface's members and its callback's internal operations. */
 class HalInterfacePeer {
   public:
     using ClientCallback = HalInterface::ClientCallback;

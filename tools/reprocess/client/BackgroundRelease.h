@@ -2,6 +2,7 @@
 
 #include <future>
 #include <memory>
+#include <utility>
 
 #include "client/ClientBuffer.h"
 
@@ -17,8 +18,8 @@ class BackgroundRelease {
   public:
     /** Waits for the buffer before this one. */
     void release(std::unique_ptr<ClientBuffer> buffer) {
-        mLatest = std::async(std::launch::async,
-                             [held = std::move(buffer)]() mutable { held.reset(); });
+        // Where no thread is to be had, the buffer goes with the future.
+        mLatest = std::async([held = std::move(buffer)]() mutable { held.reset(); });
     }
 
   private:
