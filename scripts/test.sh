@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs the tests.
-# Usage: scripts/test.sh [PRESET]    PRESET: release (default), debug, asan or tsan
+# Usage: scripts/test.sh [PRESET]    PRESET: release (default), hardened, debug, asan or tsan
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -12,5 +12,4 @@ cmake --build --preset "$preset"
 # Leaks count as failures; one report a fault is enough to find it.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
-export TSAN_OPTIONS=${TSAN_OPTIONS:-suppressions=$PWD/tests/tsan.supp}
 ctest --preset "$preset"

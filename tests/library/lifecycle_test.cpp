@@ -147,11 +147,11 @@ TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
     sp<isphal::ICallback> const callback = HalInterfacePeer::callback(hal);
     int32_t const references = callback->getStrongCount();
     alarm(10);  // for a lock that is not given back
-    pthread_mutex_lock(&peer.lock());
+    peer.lock().lock();
     std::thread waits([&] { device->setOfflineCallback(callback); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_FALSE(HalInterfacePeer::hasHook(hal));  // the call has to wait for the lock
-    pthread_mutex_unlock(&peer.lock());
+    peer.lock().unlock();
     waits.join();
     device->setOfflineCallback(callback);
     alarm(0);

@@ -90,7 +90,7 @@ TEST_F(ResultDispatchTest, ClientIsToldTheMetadataThenTheEnd) {
     setItems<int64_t>(*request->metadata, kCurrentMode, {-5});
     mBridge.hal->recordISPRequest(request, mClient);
     mBridge.hal->recordISPRequest(newRequest(8), mClient);
-    gJpegResultStatus = 99;
+    quen::gJpegResultStatus = 99;
     Transcript transcript;
     EXPECT_TRUE(mBridge.deliver(7, 5, ispBuffer({})));
     EXPECT_TRUE(mBridge.deliver(8, 6));  // without metadata; the status has no name
@@ -114,7 +114,7 @@ TEST_F(ResultDispatchTest, ClientIsToldTheMetadataThenTheEnd) {
     }
     EXPECT_THAT(calls, ElementsAre("metadata 7:5", "end 7:5", "metadata 8:0", "end 8:0"));
     EXPECT_EQ(mClient->getStrongCount(), 1);
-    EXPECT_EQ(gJpegResultStatus, 99);
+    EXPECT_EQ(quen::gJpegResultStatus, 99);
 }
 
 class LostClient : public RecordingCallback {
@@ -237,14 +237,14 @@ TEST_F(ResultDispatchTest, ExternalTuningDataStaysWhereItIs) {
 TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {
     hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
     for (auto const& [status, stored] : {std::pair(7u, 7), {0u, 0}, {6u, 0}}) {
-        gJpegResultStatus = 99;
+        quen::gJpegResultStatus = 99;
         mMapper.calls.clear();
         OfflineRequest* const request = newRequest(7, "RAW2YUV");
         request->inputTuningBuffer = graphic;
         mBridge.hal->recordISPRequest(request, nullptr);
         Transcript transcript;
         EXPECT_TRUE(mBridge.deliver(7, status, ispBuffer({})));
-        EXPECT_EQ(gJpegResultStatus, stored);
+        EXPECT_EQ(quen::gJpegResultStatus, stored);
         EXPECT_THAT(mMapper.calls, ElementsAre("free"));
         if (status == 6) {
             EXPECT_EQ(deviceLines(transcript), linesOf(R"(

@@ -18,7 +18,7 @@ bool deadlineHasPassed() {
     timespec now;
     clock_gettime(CLOCK_REALTIME, &now);
     return std::pair(now.tv_sec, now.tv_nsec) >=
-           std::pair(gJpegDeadline.tv_sec, gJpegDeadline.tv_nsec);
+           std::pair(quen::gJpegDeadline.tv_sec, quen::gJpegDeadline.tv_nsec);
 }
 
 /** How many mappings of clients' memory there are. */
@@ -50,8 +50,8 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
         };
         EXPECT_EQ(encode(100), size);
         EXPECT_FALSE(deadlineHasPassed());
-        EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, 4);
-        EXPECT_EQ(gJpegDeadline.tv_nsec, gJpegDeadlineBase.tv_usec * 1000);
+        EXPECT_EQ(quen::gJpegDeadline.tv_sec - quen::gJpegDeadlineBase.tv_sec, 4);
+        EXPECT_EQ(quen::gJpegDeadline.tv_nsec, quen::gJpegDeadlineBase.tv_usec * 1000);
         answerer.join();
         std::iota(expected.begin(), expected.begin() + size, uint8_t{1});
         EXPECT_EQ(mJpegMemory.bytes(kJpegBytes), expected);
@@ -63,9 +63,9 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
 /** Which lines are written while the JPEG's mutex is held; dumps of metadata included. */
 struct MutexWatch : Transcript {
     void write(char const* /*tag*/, int /*level*/, char const* text) override {
-        bool const isFree = pthread_mutex_trylock(&gJpegMutex) == 0;
+        bool const isFree = quen::gJpegMutex.tryLock();
         if (isFree) {
-            pthread_mutex_unlock(&gJpegMutex);
+            quen::gJpegMutex.unlock();
         }
         (isFree ? whileFree : whileHeld).emplace_back(text);
     }
@@ -84,15 +84,34 @@ TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) 
     EXPECT_THAT(watch.whileHeld.back(), EndsWith("jpegSize is 777"));
 }
 
-TEST_F(ProcessTest, WhatCannotBeAccessedIsLeftOut) {
+TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
     mRoad.create(mYuv, {mJpeg});
     answerAtOnce();
     BorrowedHandle const nothing({-1});
     ImageBuffer inaccessible = mJpeg;
     inaccessible.buffer = nothing.get();
-    EXPECT_EQ(mRoad.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), 777);
+    Transcript unmapped;
+    EXPECT_EQ(mRoad.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), -1);
+    EXPECT_TRUE(unmapped.has("I get JPEG size is 777 from output buffer X"));
+    EXPECT_TRUE(unmapped.has("E Invalid output buffer"));
 
-    // Without a device buffer the client's mapping stays.
+    // The device buffer can be locked for its trailer, and not for the copy.
+    std::vector<uint8_t> device(kJpegBytes);
+    uint32_t const trailer[] = {0xFF, 777};
+    memcpy(device.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
+    std::vector<void*> addresses{nullptr, device.data(), nullptr};  // the input's comes last
+    mGraphics.mapper->onLock = [&](auto const&, auto const& cb) -> Return<void> {
+        cb(Error::NONE, addresses.back());
+        addresses.pop_back();
+        return android::hardware::Void();
+    };
+    Transcript unlocked;
+    EXPECT_EQ(encode(2), -1);
+    EXPECT_TRUE(unlocked.has("I get JPEG size is 777 from output buffer X"));
+    EXPECT_TRUE(unlocked.has("E Invalid output buffer"));
+    mGraphics.mapper->onLock = nullptr;
+
+    // Without a device buffer there is no size at all.
     auto& allocator = *mGraphics.allocator;
     allocator.onAllocate = [&](auto const& wanted, auto const& cb) -> Return<void> {
         bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == 0x21;
@@ -135,7 +154,7 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
                           {"larger than the buffer", Isp::Answers, 0, 0, kJpegBytes + 1, -1},
                           {"of a negative size", Isp::Answers, 0, 0, 0xFFFFFFFE, -1}}) {
         SCOPED_TRACE(c.name);
-        gJpegResultStatus = c.staleStatus;
+        quen::gJpegResultStatus = c.staleStatus;
         memset(mJpegMemory.data(), 0xEE, kJpegBytes);
         isp().onProcess = [&](isphal::ISPRequest const& request) -> Answer {
             EXPECT_TRUE(mRoad.isOutstanding(request.requestNumber));
@@ -154,7 +173,7 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         setJpegTimeout(std::to_string(timeout).c_str());
         EXPECT_EQ(encode(++number), c.result);
         EXPECT_TRUE(deadlineHasPassed());
-        EXPECT_EQ(gJpegDeadline.tv_sec - gJpegDeadlineBase.tv_sec, timeout);
+        EXPECT_EQ(quen::gJpegDeadline.tv_sec - quen::gJpegDeadlineBase.tv_sec, timeout);
         EXPECT_EQ(transcript.has("E Invalid output buffer"), c.result == -1);
         EXPECT_EQ(transcript.has("E ISPDevice process failed result"), refused);
         EXPECT_EQ(transcript.has("I wait JPEG process"), !refused);

@@ -107,7 +107,7 @@ TEST_F(TranscriptsTest, SynchronousJpeg) {
 TEST_F(TranscriptsTest, SynchronousTimeOut) {
     mRoad.create(mYuv, {mJpeg});
     setJpegTimeout("0");
-    gJpegResultStatus = 3;
+    quen::gJpegResultStatus = 3;
     note("process 1", [&](auto&) { EXPECT_EQ(encode(1), 0); });
     note("late result 1", [&](auto&) { isp().answer(1); });
     expectScene("synchronous_timeout");
@@ -150,11 +150,12 @@ TEST_F(TranscriptsTest, FastDisplaySequence) {
 TEST_F(TranscriptsTest, DrainedWaitThatGivesUp) {
     mRoad.create(mRaw, {mYuv});
     develop(1, mClient);
-    OfflineRequest* const abandoned = HalInterfacePeer::find(*mRoad.peer.halInterface(), 1);
+    // A result takes request 1 over and is at work on it for longer than the drained wait lasts.
+    auto const claimed = HalInterfacePeer::table(*mRoad.peer.halInterface()).claim(1);
     note("process 2", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
     note("result 1, which nobody waits for", [&](auto&) { isp().answer(1); });
     expectScene("abandoned_request");
-    deleteRequest(abandoned);
+    quen::destroyOfflineRequest(claimed.request);
 }
 
 TEST_F(TranscriptsTest, RefusedRequests) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
+#include <quenOfflineDevice/ClientCallback.h>
 #include <quenOfflineDevice/HalInterface.h>
 #include <quenOfflineDevice/quenOfflineDevice.h>
 
@@ -46,7 +49,7 @@ class quenOfflineDevicePeer {
     std::map<uint64_t, ISPStream>& outputStreams() { return mDevice.mOutputStreams; }
     android::sp<HalInterface>& halInterface() { return mDevice.mHalInterface; }
     android::sp<NSCam::IMetadataConverter>& converter() { return mDevice.mMetadataConverter; }
-    pthread_mutex_t& lock() { return mDevice.mLock; }
+    quen::Mutex& lock() { return mDevice.mLock; }
     bool connected() const { return mDevice.mDevice != nullptr; }
     std::string stage() const { return mDevice.mStage; }
     void setStage(char const* stage) {
@@ -65,34 +68,32 @@ class HalInterfacePeer {
     using ClientCallback = HalInterface::ClientCallback;
     using IspStatus = ClientCallback::IspStatus;
 
-    static android::sp<ClientCallback> callback(HalInterface& hal) { return hal.mCallback; }
+    static android::sp<ClientCallback> callback(HalInterface& hal) { return hal.callback(); }
     static bool hasHook(HalInterface& hal) {
+        quen::MutexLock const lock(hal.mLock);
         return hal.mRequestCB == &HalInterface::requestCallback;
     }
     static bool reservedIsNull(HalInterface& hal) { return hal.mReserved == nullptr; }
-    static size_t outstanding(HalInterface& hal) {
-        return hal.mCallback->mOfflineRequestCallback.size();
+    static quen::RequestTable& table(HalInterface& hal) {
+        return hal.callback()->mOfflineRequestCallback;
+    }
+    static size_t outstanding(HalInterface& hal) { return table(hal).size(); }
+    static bool isOutstanding(HalInterface& hal, uint32_t number) {
+        std::vector<uint32_t> const numbers = table(hal).numbers();
+        return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
     }
     /** Wakes a drained wait up. Returns its latest cycle's start and deadline, in microseconds. */
     static std::pair<long, long> wakeDrainedWait(HalInterface& hal) {
-        ClientCallback& callback = *hal.mCallback;
-        pthread_mutex_lock(&callback.mDrainLock);
-        pthread_cond_signal(&callback.mDrainCond);
-        std::pair const cycle(
-                callback.mDrainStart.tv_sec * 1000000 + callback.mDrainStart.tv_usec,
-                callback.mDrainDeadline.tv_sec * 1000000 + callback.mDrainDeadline.tv_nsec / 1000);
-        pthread_mutex_unlock(&callback.mDrainLock);
-        return cycle;
-    }
-    static OfflineRequest* find(HalInterface& hal, uint32_t number) {
-        auto const found = hal.mCallback->mOfflineRequestCallback.find(number);
-        return found == hal.mCallback->mOfflineRequestCallback.end() ? nullptr
-                                                                     : found->second.request;
+        ClientCallback& callback = *hal.callback();
+        quen::MutexLock const lock(callback.mDrainLock);
+        callback.mDrainCond.signal();
+        return {callback.mDrainStart.tv_sec * 1000000 + callback.mDrainStart.tv_usec,
+                callback.mDrainDeadline.tv_sec * 1000000 + callback.mDrainDeadline.tv_nsec / 1000};
     }
     static uint32_t convertStatus(uint32_t status) {
         return static_cast<uint32_t>(ClientCallback::convertStatus(static_cast<IspStatus>(status)));
     }
     static bool convertToIMetadata(HalInterface& hal, void const* data, NSCam::IMetadata& out) {
-        return hal.mCallback->convertToIMetadata(data, out);
+        return hal.callback()->convertToIMetadata(data, out);
     }
 };

@@ -29,7 +29,7 @@ class ProcessTest : public testing::Test {
     static constexpr int kJpegStream = 3;
 
     ProcessTest() {
-        gJpegResultStatus = 0;
+        quen::gJpegResultStatus = 0;
         setJpegTimeout(nullptr);
     }
 

@@ -58,12 +58,11 @@ class Road {
     }
 
     bool isOutstanding(uint32_t number) {
-        return HalInterfacePeer::find(*peer.halInterface(), number) != nullptr;
+        return HalInterfacePeer::isOutstanding(*peer.halInterface(), number);
     }
 
     /**
-     * Waits until the last result has been handled to its end. The request table is not locked:
-     * what a client was told of may not have left the table yet.
+     * Waits until every request has left the table, which it does after its client was told.
      */
     void waitUntilDrained() {
         while (HalInterfacePeer::outstanding(*peer.halInterface()) != 0) {

@@ -1,7 +1,6 @@
 #define LOG_TAG "quenOfflineDevice"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -10,8 +9,7 @@
 
 #include "quenCommon/Log.h"
 #include "quenGralloc/AllocatorHelper.h"
-#include "quenGralloc/MapperHelper.h"
-#include "quenOfflineDevice/CpuUsage.h"
+#include "quenGralloc/ImportedBuffer.h"
 #include "quenOfflineDevice/RowCopy.h"
 #include "quenOfflineDevice/quenOfflineDevice.h"
 
@@ -37,17 +35,25 @@ uint8_t const* fillPlane(uint8_t const* source, size_t sourceBytes, Rows const& 
     return source + copied * plane.count;
 }
 
-/** Copies every second source byte into samples a step apart; row ends are set to 0. */
-void copySamples(uint8_t const* source, size_t sourceSamples, uint8_t* plane, size_t planeSamples,
-                 size_t stride, size_t rows) {
-    if (plane == nullptr) {
-        return;
+/** Sets one chroma sample; a plane without an address is passed over. */
+void setSample(uint8_t* plane, size_t offset, uint8_t value) {
+    if (plane != nullptr) {
+        plane[offset] = value;
     }
-    size_t const copied = std::min(sourceSamples, planeSamples);
+}
+
+/**
+ * Copies pairs (V, U) into two planes of samples a step apart, each pair's Cr and Cb in turn; row
+ * ends are set to 0. The planes may overlap: what is written last stands.
+ */
+void copyPairs(uint8_t const* source, size_t sourcePairs, uint8_t* cr, uint8_t* cb,
+               size_t targetPairs, size_t stride, size_t rows) {
+    size_t const copied = std::min(sourcePairs, targetPairs);
     for (size_t row = 0; row < rows; ++row) {
-        uint8_t* const target = plane + row * stride;
-        for (size_t i = 0; i < planeSamples; ++i) {
-            target[kSemiPlanarStep * i] = i < copied ? source[2 * i] : 0;
+        for (size_t i = 0; i < targetPairs; ++i) {
+            size_t const offset = row * stride + kSemiPlanarStep * i;
+            setSample(cr, offset, i < copied ? source[2 * i] : 0);
+            setSample(cb, offset, i < copied ? source[2 * i + 1] : 0);
         }
         source += 2 * copied;
     }
@@ -77,8 +83,7 @@ void copyPicture(uint8_t const* source, size_t width, size_t height, android_ycb
         size_t const pairs = std::min(sourceChroma, targetChroma);
         copySwappedRows(source, pairs, {cb, target.cstride, rows}, 2 * (targetChroma - pairs));
     } else {
-        copySamples(source, sourceChroma, cr, targetChroma, target.cstride, rows);
-        copySamples(source + 1, sourceChroma, cb, targetChroma, target.cstride, rows);
+        copyPairs(source, sourceChroma, cr, cb, targetChroma, target.cstride, rows);
     }
 }
 
@@ -103,24 +108,15 @@ void quenOfflineDevice::allocGraphicBuffer(hidl_handle& handle, void const* sour
     if (source == nullptr) {
         return;
     }
-    native_handle const* imported = handle.getNativeHandle();
-    int releaseFence = -1;
-    MapperHelper mapper = MapperHelper::getInstance();
-    mapper.importBuffer(imported);
-    if (format == HAL_PIXEL_FORMAT_YCRCB_420_SP) {
-        android_ycbcr ycbcr = {};
-        mapper.lockYCbCr_4_0(imported, kCpuWriteOften, {0, 0, width, height}, -1, ycbcr);
-        QLOGD("Load YUV stride(%d, %d)", static_cast<int>(ycbcr.ystride),
-              static_cast<int>(ycbcr.cstride));
-        if (ycbcr.y != nullptr && source != MAP_FAILED) {
-            copyPicture(static_cast<uint8_t const*>(source),
-                        static_cast<size_t>(std::max(width, 0)),
-                        static_cast<size_t>(std::max(height, 0)), ycbcr);
-        }
+    ImportedBuffer buffer(handle.getNativeHandle());
+    if (format != HAL_PIXEL_FORMAT_YCRCB_420_SP) {
+        return;
     }
-    mapper.unlock(imported, releaseFence);
-    if (releaseFence >= 0) {
-        close(releaseFence);
+    android_ycbcr const planes = buffer.lockYCbCr(kCpuWriteOften, width, height);
+    QLOGD("Load YUV stride(%d, %d)", static_cast<int>(planes.ystride),
+          static_cast<int>(planes.cstride));
+    if (planes.y != nullptr && source != MAP_FAILED) {
+        copyPicture(static_cast<uint8_t const*>(source), static_cast<size_t>(std::max(width, 0)),
+                    static_cast<size_t>(std::max(height, 0)), planes);
     }
-    mapper.freeBuffer(imported);
 }

@@ -1,21 +1,22 @@
 #define LOG_TAG "quenOfflineDevice"
 
-#include <unistd.h>
+#include "quenOfflineDevice/JpegCopy.h"
 
+#include <cstdio>
 #include <cstring>
 
 #include <system/graphics.h>
 
+#include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
-#include "quenGralloc/MapperHelper.h"
+#include "quenGralloc/ImportedBuffer.h"
+#include "quenOfflineDevice/CameraBlob.h"
 #include "quenOfflineDevice/ClientMapping.h"
-#include "quenOfflineDevice/CpuUsage.h"
-#include "quenOfflineDevice/JpegHandover.h"
-#include "quenOfflineDevice/Stage.h"
-#include "quenOfflineDevice/quenOfflineDevice.h"
 
 using android::hardware::hidl_vec;
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
 
+namespace quen {
 namespace {
 
 constexpr int kNoJpeg = -1;
@@ -29,54 +30,68 @@ size_t findBlob(std::vector<ImageBuffer*> const& outputs) {
     return index;
 }
 
-/** Copies the first `size` bytes of a device buffer; left out when one side cannot be accessed. */
-void copyFromDevice(native_handle const* handle, int size, void* target) {
-    MapperHelper mapper = MapperHelper::getInstance();
-    mapper.importBuffer(handle);
-    void* source = nullptr;
-    mapper.lock(handle, kCpuReadWriteOften, {0, 0, size, 1}, -1, source);
-    if (source != nullptr && target != MAP_FAILED) {
-        memcpy(target, source, static_cast<size_t>(size));
+void logTrailer(CameraBlob const& blob) {
+    if (!logEnabled(LOG_TAG, kLogDebug)) {
+        return;
     }
-    int releaseFence = -1;
-    mapper.unlock(handle, releaseFence);
-    if (releaseFence >= 0) {
-        close(releaseFence);
+    char id[8] = "JPEG";
+    if (blob.blobId != CameraBlobId::JPEG) {
+        snprintf(id, sizeof(id), "0x%x", static_cast<unsigned int>(blob.blobId));
     }
-    mapper.freeBuffer(handle);
+    char text[64];
+    snprintf(text, sizeof(text), "{.blobId = %s, .blobSize = %u}", id, blob.blobSize);
+    QLOGD("%s", text);
+}
+
+/** Reads the JPEG's size from a device buffer, which is imported and locked for the time. */
+int probeJpegSize(native_handle const* handle, int size) {
+    ImportedBuffer buffer(handle);
+    void const* const address = buffer.lock(kCpuReadWriteOften, size);
+    QLOGI("get data from output buffer address %p", address);
+    CameraBlob const blob = readCameraBlob(address, size);
+    logTrailer(blob);
+    if constexpr (kHardened) {
+        if (!holdsJpeg(blob, size)) {
+            return kNoJpeg;
+        }
+    }
+    return static_cast<int>(blob.blobSize);
+}
+
+/**
+ * Copies the first `size` bytes of a device buffer.
+ *
+ * @param target MAP_FAILED: nothing is copied
+ * @return whether the bytes are there
+ */
+bool copyFromDevice(native_handle const* handle, int size, void* target) {
+    ImportedBuffer buffer(handle);
+    void const* const source = buffer.lock(kCpuReadWriteOften, size);
+    if (source == nullptr || target == MAP_FAILED) {
+        return false;
+    }
+    memcpy(target, source, static_cast<size_t>(size));
+    return true;
+}
+
+int invalidOutputBuffer() {
+    QLOGE("Invalid output buffer");
+    return kNoJpeg;
 }
 
 }  // namespace
 
-/**
- * Waits for the result of the request just submitted and, when encoding, copies the JPEG. A
- * time-out goes on like a result, with the status that the latest result left.
- *
- * gJpegMutex is held from the wait until the copy is done.
- *
- * @param outputs the ISP's buffers, in the order of the client's
- * @return the JPEG's size; -1 without a usable BLOB output or when it cannot hold the JPEG; 0 when
- * there is nothing to copy
- */
-int quenOfflineDevice::waitForResult(PostProcessParams const& params,
-                                     hidl_vec<ISPBuffer> const& outputs) {
-    waitForJpegResultLocking();
-    int result = 0;
-    if (gJpegResultStatus == 0 && strcmp(mStage, kStageYuvToJpeg) == 0) {
-        result = copyJpeg(params, outputs);
-    }
-    QLOGI("jpegSize is %d", result);
-    pthread_mutex_unlock(&gJpegMutex);
-    return result;
+int getJpegSize(native_handle const* handle, int size) {
+    QLOGI("get JPEG size from output buffer E");
+    int const jpegSize = probeJpegSize(handle, size);
+    QLOGI("get JPEG size is %d from output buffer X", jpegSize);
+    return jpegSize;
 }
 
-/** Copies the finished JPEG from the ISP's buffer into the client's first BLOB buffer. */
-int quenOfflineDevice::copyJpeg(PostProcessParams const& params,
-                                hidl_vec<ISPBuffer> const& outputs) {
+int copyJpeg(PostProcessParams const& params, hidl_vec<ISPBuffer> const& outputs) {
     size_t const index = findBlob(params.output_buffers);
     if (index == params.output_buffers.size()) {
-        QLOGE("Invalid output buffer");
-        return kNoJpeg;
+        return invalidOutputBuffer();
     }
     ImageBuffer const& client = *params.output_buffers[index];
     native_handle const* const device = outputs[index].buffer.getNativeHandle();
@@ -84,15 +99,15 @@ int quenOfflineDevice::copyJpeg(PostProcessParams const& params,
     int const jpegSize = getJpegSize(device, client.size);
     if (device == nullptr) {
         // The mapping is left behind on purpose: see ARCHITECTURE.md.
-        QLOGE("Invalid output buffer");
-        return kNoJpeg;
+        if constexpr (kHardened) {
+            unmapClientBuffer(target, client);
+        }
+        return invalidOutputBuffer();
     }
-    if (jpegSize < 0 || jpegSize > client.size) {
-        unmapClientBuffer(target, client);
-        QLOGE("Invalid output buffer");
-        return kNoJpeg;
-    }
-    copyFromDevice(device, jpegSize, target);
+    bool const isCopied =
+            jpegSize >= 0 && jpegSize <= client.size && copyFromDevice(device, jpegSize, target);
     unmapClientBuffer(target, client);
-    return jpegSize;
+    return isCopied ? jpegSize : invalidOutputBuffer();
 }
+
+}  // namespace quen

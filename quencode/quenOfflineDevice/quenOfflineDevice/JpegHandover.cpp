@@ -4,14 +4,10 @@
 
 #include <cutils/properties.h>
 
+#include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
 
-pthread_mutex_t gJpegMutex = PTHREAD_MUTEX_INITIALIZER;
-pthread_cond_t gJpegCond = PTHREAD_COND_INITIALIZER;
-int32_t gJpegResultStatus = 0;
-timeval gJpegDeadlineBase = {};
-timespec gJpegDeadline = {};
-
+namespace quen {
 namespace {
 
 constexpr char kTimeoutProperty[] = "vendor.debug.camera.jpeg.timeout";
@@ -20,21 +16,71 @@ constexpr long kNanosecondsPerMicrosecond = 1000;
 
 }  // namespace
 
-void waitForJpegResultLocking() {
-    QLOGI("wait JPEG process");
+Mutex gJpegMutex;
+Condition gJpegCond;
+int32_t gJpegResultStatus = 0;
+timeval gJpegDeadlineBase = {};
+timespec gJpegDeadline = {};
+
+JpegHandover* JpegHandover::sWaiting = nullptr;
+
+JpegHandover::JpegHandover(OfflineRequest const* request) : mRequest(request) {
+    if constexpr (kHardened) {
+        MutexLock const lock(gJpegMutex);
+        mNext = sWaiting;
+        sWaiting = this;
+    }
+}
+
+JpegHandover::~JpegHandover() {
+    if constexpr (kHardened) {
+        MutexLock const lock(gJpegMutex);
+        JpegHandover** link = &sWaiting;
+        while (*link != this) {
+            link = &(*link)->mNext;
+        }
+        *link = mNext;
+    }
+}
+
+void JpegHandover::startTimeout() {
     int32_t const timeoutSeconds = property_get_int32(kTimeoutProperty, kDefaultTimeoutSeconds);
     gettimeofday(&gJpegDeadlineBase, nullptr);
     gJpegDeadline.tv_sec = gJpegDeadlineBase.tv_sec + timeoutSeconds;
     gJpegDeadline.tv_nsec = gJpegDeadlineBase.tv_usec * kNanosecondsPerMicrosecond;
-    pthread_mutex_lock(&gJpegMutex);
-    pthread_cond_timedwait(&gJpegCond, &gJpegMutex, &gJpegDeadline);
-    QLOGI("JPEG process done");
+    mDeadline = gJpegDeadline;
 }
 
-void signalJpegResult(int32_t clientStatus) {
-    pthread_mutex_lock(&gJpegMutex);
+/** One wait, whatever ends it, in the default build: others rely on its time-outs. */
+bool JpegHandover::wait() {
+    if constexpr (!kHardened) {
+        gJpegCond.waitUntil(gJpegMutex, mDeadline);
+        return true;
+    }
+    while (!mHasResult && gJpegCond.waitUntil(gJpegMutex, mDeadline) == 0) {
+    }
+    return mHasResult;
+}
+
+int32_t JpegHandover::status() const {
+    return kHardened ? mStatus : gJpegResultStatus;
+}
+
+void JpegHandover::signal(OfflineRequest const* request, int32_t clientStatus) {
+    MutexLock const lock(gJpegMutex);
     gJpegResultStatus = clientStatus;
     QLOGI("JPEG callback signal process");
-    pthread_cond_signal(&gJpegCond);
-    pthread_mutex_unlock(&gJpegMutex);
+    if constexpr (!kHardened) {
+        gJpegCond.signal();
+        return;
+    }
+    for (JpegHandover* waiting = sWaiting; waiting != nullptr; waiting = waiting->mNext) {
+        if (waiting->mRequest == request) {
+            waiting->mHasResult = true;
+            waiting->mStatus = clientStatus;
+        }
+    }
+    gJpegCond.broadcast();  // several devices' calls may wait
 }
+
+}  // namespace quen

@@ -1,31 +1,75 @@
 #pragma once
 
-#include <pthread.h>
 #include <sys/time.h>
-#include <time.h>
 
 #include <cstdint>
+#include <ctime>
+
+#include "quenCommon/Mutex.h"
+#include "quenOfflineDevice/OfflineRequest.h"
 
 /**
  * The hand-over of a result to the `process` call that waits for it: one for the whole process.
  *
  * There is no flag that says a result has arrived: a signal sent before the wait has begun is lost,
- * and the wait then ends by its time-out. gJpegMutex is never held together with another lock.
- */
-
-extern pthread_mutex_t gJpegMutex;
-extern pthread_cond_t gJpegCond;   // signalled once a result
-extern int32_t gJpegResultStatus;  // client status of the latest result, guarded by gJpegMutex
-extern timeval gJpegDeadlineBase;  // scratch of the deadline's computation
-extern timespec gJpegDeadline;     // scratch of the deadline's computation
-
-/**
- * Waits once for a signal, for "vendor.debug.camera.jpeg.timeout" seconds at most. A signal, a
- * time-out and a spurious wake-up end it alike.
+ * any result's signal ends the wait, and so does its time-out, with the status that the latest
+ * result left. In the hardened build each waiting call has a flag and a status of its own.
  *
- * Returns with gJpegMutex locked. The client's thread.
+ * gJpegMutex is never held together with another lock.
  */
-void waitForJpegResultLocking();
 
-/** Stores a result's client status and wakes the waiting call. A thread of the ISP HAL. */
-void signalJpegResult(int32_t clientStatus);
+namespace quen {
+
+extern Mutex gJpegMutex;
+extern Condition gJpegCond;
+extern int32_t gJpegResultStatus QUEN_GUARDED_BY(gJpegMutex);  // client status, latest result
+
+// Scratch of the deadline's computation; the client's thread.
+extern timeval gJpegDeadlineBase;
+extern timespec gJpegDeadline;
+
+/** One synchronous request's side of the hand-over. Lives on the thread that waits. */
+class JpegHandover {
+  public:
+    /**
+     * In the hardened build the request's result is kept from here on: construct before recording.
+     *
+     * @param request names the request; not read, and not owned
+     */
+    explicit JpegHandover(OfflineRequest const* request) QUEN_EXCLUDES(gJpegMutex);
+    ~JpegHandover() QUEN_EXCLUDES(gJpegMutex);
+
+    JpegHandover(JpegHandover const&) = delete;
+    JpegHandover& operator=(JpegHandover const&) = delete;
+
+    /**
+     * Sets the deadline: "vendor.debug.camera.jpeg.timeout" seconds (4 by default) from now. Read
+     * and counted before the lock is taken.
+     */
+    void startTimeout();
+
+    /**
+     * Waits for the result until the deadline.
+     *
+     * @return false when the time-out is known to have ended the wait: in the hardened build only
+     */
+    bool wait() QUEN_REQUIRES(gJpegMutex);
+
+    /** Client status that `wait` ended with. */
+    int32_t status() const QUEN_REQUIRES(gJpegMutex);
+
+    /** Stores a result's client status and wakes who waits for it. A thread of the ISP HAL. */
+    static void signal(OfflineRequest const* request, int32_t clientStatus)
+            QUEN_EXCLUDES(gJpegMutex);
+
+  private:
+    static JpegHandover* sWaiting QUEN_GUARDED_BY(gJpegMutex);  // a list, through mNext
+
+    OfflineRequest const* const mRequest;
+    timespec mDeadline = {};
+    JpegHandover* mNext QUEN_GUARDED_BY(gJpegMutex) = nullptr;
+    bool mHasResult QUEN_GUARDED_BY(gJpegMutex) = false;
+    int32_t mStatus QUEN_GUARDED_BY(gJpegMutex) = 0;
+};
+
+}  // namespace quen

@@ -2,7 +2,9 @@
 
 #include <nscam/IMetadataTagSet.h>
 
+#include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
+#include "quenOfflineDevice/ClientCallback.h"
 #include "quenOfflineDevice/RequestNumbers.h"
 #include "quenOfflineDevice/quenOfflineDevice.h"
 
@@ -19,9 +21,7 @@ constexpr char kModuleInstance[] = "internal/0";
 
 }  // namespace
 
-quenOfflineDevice::quenOfflineDevice() : mStage{}, IsNeedRaw14bit(false) {
-    pthread_mutex_init(&mLock, nullptr);
-}
+quenOfflineDevice::quenOfflineDevice() : mStage{}, IsNeedRaw14bit(false) {}
 
 /**
  * Does not close the ISP device: a client that skips `destroy` leaves it open until the references
@@ -29,7 +29,6 @@ quenOfflineDevice::quenOfflineDevice() : mStage{}, IsNeedRaw14bit(false) {
  */
 quenOfflineDevice::~quenOfflineDevice() {
     mISPModule = nullptr;
-    pthread_mutex_destroy(&mLock);
 }
 
 /**
@@ -103,19 +102,53 @@ void quenOfflineDevice::uinit() {
     if (status != Status::OK) {
         QFATAL("[Fatal] closeISPDevice failed:%s", toString(status).c_str());
     }
+    releaseConnection();
+    QLOGI("quenOfflineDevice uinit X");
+}
+
+/** Lets go of what `init` acquired, without closing it. */
+void quenOfflineDevice::releaseConnection() {
     mDevice = nullptr;
     mISPModule = nullptr;
     mHalInterface = nullptr;
     mMetadataConverter = nullptr;
     forgetRequestNumbers();
-    QLOGI("quenOfflineDevice uinit X");
+}
+
+/**
+ * Whether `create` has connected the object and the ISP module still lives; says so in the log when
+ * not. The hardened build asks before every operation.
+ */
+bool quenOfflineDevice::isConnected(char const* operation) const {
+    if (mDevice == nullptr || mHalInterface == nullptr || mMetadataConverter == nullptr) {
+        QLOGE("%s failed: no ISP device is open, call create first", operation);
+        return false;
+    }
+    if (mHalInterface->callback() == nullptr) {
+        QLOGE("%s failed: the ISP module has died, destroy this object", operation);
+        return false;
+    }
+    return true;
 }
 
 void quenOfflineDevice::destroy() {
+    if constexpr (quen::kHardened) {
+        if (!isConnected("destroy")) {
+            if (mDevice != nullptr) {
+                releaseConnection();  // a dead module's device cannot be closed
+            }
+            return;
+        }
+    }
     uinit();
 }
 
 void quenOfflineDevice::flush() {
+    if constexpr (quen::kHardened) {
+        if (!isConnected("flush")) {
+            return;
+        }
+    }
     // Ignored on purpose, but an outcome that nobody looks at can abort the process.
     (void)mDevice->flush().isOk();
 }
@@ -125,10 +158,14 @@ void quenOfflineDevice::flush() {
  * lives in a local copy of the HalInterface's reserved reference until the call ends.
  */
 void quenOfflineDevice::setOfflineCallback(sp<ICallback> const& callback) {
-    pthread_mutex_lock(&mLock);
+    if constexpr (quen::kHardened) {
+        if (!isConnected("setOfflineCallback")) {
+            return;
+        }
+    }
+    quen::MutexLock const lock(mLock);
     sp<android::RefBase> held = mHalInterface->mReserved;
     held = callback;
     { sp<android::RefBase> const reserved = mHalInterface->mReserved; }
     mHalInterface->registerRequestCB(&HalInterface::requestCallback);
-    pthread_mutex_unlock(&mLock);
 }

@@ -8,7 +8,7 @@
 /**
  * What is kept of a request while the ISP device works on it.
  *
- * Built by `process` on the heap; owned by the request table once recorded there, and deleted
+ * Built by `process` on the heap; owned by the request table once recorded there, and destroyed
  * when the request's result has been handled.
  */
 struct OfflineRequest {
@@ -21,5 +21,12 @@ struct OfflineRequest {
      * buffers, to be freed through the mapper.
      */
     bool tuningBufferIsExternal;
-    char const* stage;  ///< the device's stage text, not owned
+    char const* stage;  ///< the device's stage text, not owned; read when the request is recorded
 };
+
+namespace quen {
+
+/** Frees a record's tuning buffers and metadata and deletes it; null is let pass. Any thread. */
+void destroyOfflineRequest(OfflineRequest* request);
+
+}  // namespace quen

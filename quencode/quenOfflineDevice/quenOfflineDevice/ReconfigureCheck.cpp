@@ -78,10 +78,12 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
     }
     QLOGI("needReconfigure %d", needReconfigure);
     if (needReconfigure && mHalInterface != nullptr) {
+        // Before the wait: the client's buffers are those that were compared.
+        std::vector<StreamConfig> const outputStreams = describeOutputs(outputs);
         mHalInterface->waitForRequestDrained();
         mInputStreams.clear();
         mOutputStreams.clear();
-        config({inputStream}, describeOutputs(outputs), settings);
+        config({inputStream}, outputStreams, settings);
     }
     QLOGI("process request %s stage checkReconfigure X", mStage);
 }

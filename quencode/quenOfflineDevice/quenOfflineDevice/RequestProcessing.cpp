@@ -1,14 +1,20 @@
 #define LOG_TAG "quenOfflineDevice"
 
+#include <cstring>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <quen/QuenParameterUpdater.h>
 #include <system/graphics.h>
 
+#include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
 #include "quenGralloc/MapperHelper.h"
+#include "quenOfflineDevice/JpegCopy.h"
+#include "quenOfflineDevice/JpegHandover.h"
 #include "quenOfflineDevice/RequestNumbers.h"
+#include "quenOfflineDevice/RequestValidation.h"
 #include "quenOfflineDevice/TuningHandle.h"
 #include "quenOfflineDevice/quenOfflineDevice.h"
 
@@ -16,6 +22,7 @@ using android::sp;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
+using quen::RequestTable;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest;
 using vendor::mediatek::hardware::camera::isphal::V1_0::Status;
@@ -24,6 +31,8 @@ using vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback;
 namespace {
 
 constexpr int kInvalidArgument = -22;
+constexpr int kNoDevice = -19;
+constexpr int kTimedOut = -110;
 
 void logBuffers(PostProcessParams const& params) {
     ImageBuffer const& input = *params.input_buffer;
@@ -47,6 +56,23 @@ void freeImage(ISPBuffer const& scratch) {
     }
 }
 
+/**
+ * Frees the device buffers of a synchronous request: the input's and, of several outputs, the last
+ * one's. The hardened build frees the other outputs' device buffers too.
+ */
+void freeImages(ISPBuffer const& inputScratch, ISPBuffer const& outputScratch,
+                hidl_vec<ISPBuffer> const& outputs, PostProcessParams const& params) {
+    freeImage(inputScratch);
+    if constexpr (quen::kHardened) {
+        for (size_t i = 0; i + 1 < outputs.size(); ++i) {
+            if (params.output_buffers[i]->format == HAL_PIXEL_FORMAT_BLOB) {
+                freeImage(outputs[i]);
+            }
+        }
+    }
+    freeImage(outputScratch);
+}
+
 }  // namespace
 
 /**
@@ -59,6 +85,16 @@ int quenOfflineDevice::process(PostProcessParams const* params,
     if (params == nullptr) {
         QLOGE("PostProcessParams is nullptr, process request failed");
         return kInvalidArgument;
+    }
+    if constexpr (quen::kHardened) {
+        if (!isConnected("process")) {
+            return kNoDevice;
+        }
+        char const* const fault = quen::findRequestFault(*params);
+        if (fault != nullptr) {
+            QLOGE("process request failed: %s", fault);
+            return kInvalidArgument;
+        }
     }
     logBuffers(*params);
     QuenParameterUpdater::dumpMetadata(params->settings, mStage, params->frame_number);
@@ -113,23 +149,84 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
     // The bytes outlive the request's submission: no second copy is made of them.
     request.settings.setToExternal(settings.data(), settings.size());
 
-    auto* const offlineRequest =
-            new OfflineRequest{request.requestNumber, metadata.release(), inputTuning,
-                               outputTuning,          used3ADebugInfo,    mStage};
-    mHalInterface->recordISPRequest(offlineRequest, callback);
+    auto* const record = new OfflineRequest{request.requestNumber, metadata.release(), inputTuning,
+                                            outputTuning,          used3ADebugInfo,    mStage};
+    int const result = recordAndSubmit(params, requests, record, callback);
+    if (callback == nullptr) {
+        freeImages(inputScratch, outputScratch, request.outputBuffers, params);
+    }
+    return result;
+}
 
+/**
+ * Records a request, submits it and, without a client callback, waits for its result.
+ *
+ * @param requests the one request
+ * @param record the table's once recorded
+ * @return what `process` returns
+ */
+int quenOfflineDevice::recordAndSubmit(PostProcessParams const& params,
+                                       hidl_vec<ISPRequest> const& requests, OfflineRequest* record,
+                                       sp<IQuenPostProcCallback> const& callback) {
+    ISPRequest const& request = requests[0];
+    std::optional<quen::JpegHandover> handover;
+    if (callback == nullptr) {
+        handover.emplace(record);
+    }
+    RequestTable::Insertion const insertion = mHalInterface->record(record, callback);
+    if constexpr (quen::kHardened) {
+        if (insertion == RequestTable::Insertion::Closed) {
+            quen::destroyOfflineRequest(record);
+            return kNoDevice;
+        }
+    }
     Return<Status> const submitted = mDevice->processISPRequest(requests);
     bool const accepted = submitted.isOk() && static_cast<Status>(submitted) == Status::OK;
-    if (callback != nullptr) {
-        return 0;
-    }
     int result = 0;
-    if (accepted) {
-        result = waitForResult(params, request.outputBuffers);
-    } else {
+    if (handover && accepted) {
+        result = waitForResult(params, request, *handover);
+    } else if (handover) {
         QLOGE("ISPDevice process failed result");
     }
-    freeImage(inputScratch);
-    freeImage(outputScratch);
+    if constexpr (quen::kHardened) {
+        if (insertion == RequestTable::Insertion::NumberTaken) {
+            quen::destroyOfflineRequest(record);
+        } else if (!accepted) {
+            mHalInterface->withdraw(request.requestNumber, record);
+        }
+    }
     return result;
+}
+
+/**
+ * Waits for the result of the request just submitted and, when encoding, copies the JPEG. In the
+ * default build a time-out goes on like a result, with the status that the latest result left.
+ *
+ * gJpegMutex is held from the wait until the size is logged.
+ *
+ * @return the JPEG's size; -1 without a usable BLOB output or when it cannot hold the JPEG; 0 when
+ * there is nothing to copy; -110 when the hardened build's wait timed out
+ */
+int quenOfflineDevice::waitForResult(PostProcessParams const& params, ISPRequest const& request,
+                                     quen::JpegHandover& handover) {
+    QLOGI("wait JPEG process");
+    handover.startTimeout();
+    quen::MutexLock const lock(quen::gJpegMutex);
+    bool const hasResult = handover.wait();
+    QLOGI("JPEG process done");
+    int result = 0;
+    if (!hasResult) {
+        QLOGE("wait JPEG process timed out, request number %u has no result",
+              request.requestNumber);
+        result = kTimedOut;
+    } else if (handover.status() == 0 && strcmp(mStage, kStageYuvToJpeg) == 0) {
+        result = quen::copyJpeg(params, request.outputBuffers);
+    }
+    QLOGI("jpegSize is %d", result);
+    return result;
+}
+
+/** See quen::getJpegSize. */
+int quenOfflineDevice::getJpegSize(native_handle const* handle, int size) {
+    return quen::getJpegSize(handle, size);
 }

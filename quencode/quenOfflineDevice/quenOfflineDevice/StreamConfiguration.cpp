@@ -7,7 +7,9 @@
 #include <nscam/Format.h>
 #include <system/graphics.h>
 
+#include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
+#include "quenOfflineDevice/ClientCallback.h"
 #include "quenOfflineDevice/IspMetadata.h"
 #include "quenOfflineDevice/MetadataTags.h"
 #include "quenOfflineDevice/Stage.h"
@@ -175,6 +177,15 @@ std::vector<unsigned char> quenOfflineDevice::encodeSessionSettings(camera_metad
  */
 void quenOfflineDevice::config(std::vector<StreamConfig> const& in,
                                std::vector<StreamConfig> const& out, camera_metadata const* meta) {
+    if constexpr (quen::kHardened) {
+        if (!isConnected("config")) {
+            return;
+        }
+        if (out.empty()) {
+            QLOGE("config failed: there are no output streams; the first one decides the stage");
+            return;
+        }
+    }
     QLOGI("config stage E");
     std::vector<unsigned char> const settings = encodeSessionSettings(meta);
     QLOGI("config stage init metadata");
@@ -202,19 +213,21 @@ void quenOfflineDevice::config(std::vector<StreamConfig> const& in,
 
     for (size_t i = 0; i < configuration.inputStreams.size(); ++i) {
         mInputStreams[i] = configuration.inputStreams[i];
-        ISPStream const& entry = std::next(mInputStreams.begin(), i)->second;
+        ISPStream const& entry =
+                std::next(mInputStreams.begin(), static_cast<ptrdiff_t>(i))->second;
         QLOGI("config input streamIndex = %d, width = %d, height = %d, format = %d",
               static_cast<int>(i), entry.width, entry.height, entry.format);
     }
     for (size_t j = 0; j < configuration.outputStreams.size(); ++j) {
         mOutputStreams[configuration.inputStreams.size() + j] = configuration.outputStreams[j];
         // By position: entries of an earlier configuration may stand before it.
-        ISPStream const& entry = std::next(mOutputStreams.begin(), j)->second;
+        ISPStream const& entry =
+                std::next(mOutputStreams.begin(), static_cast<ptrdiff_t>(j))->second;
         QLOGI("config output streamIndex = %d, width = %d, height = %d format = %d",
               static_cast<int>(j), entry.width, entry.height, entry.format);
     }
 
-    sp<ICallback> const callback = mHalInterface->mCallback;
+    sp<ICallback> const callback = mHalInterface->callback();
     Return<Status> const configured = mDevice->configureISPDevice(configuration, callback);
     if (!configured.isOk()) {
         QFATAL("[Fatal] Transaction error in configureISPDevice from ISPDevice:%s",

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <pthread.h>
-
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -18,9 +16,14 @@
 #include <vendor/quen/hardware/camera/quenpostproc/1.0/IQuenPostProcCallback.h>
 
 #include "quenCommon/Export.h"
+#include "quenCommon/Mutex.h"
 #include "quenOfflineDevice/ClientRecords.h"
 #include "quenOfflineDevice/HalInterface.h"
 #include "quenOfflineDevice/Stage.h"
+
+namespace quen {
+class JpegHandover;
+}
 
 /** Which side of the ISP a stream or a buffer is on. */
 enum class Direction : uint32_t { Input = 0, Output = 1 };
@@ -104,11 +107,14 @@ class quenOfflineDevice {
     friend class quenOfflineDevicePeer;  // the tests' way to the operations below
 
     using ISPBuffer = vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
+    using ISPRequest = vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest;
     using ISPStream = vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
 
     // Lifecycle.cpp
     void init();
     void uinit();
+    void releaseConnection();
+    bool isConnected(char const* operation) const;
 
     // StreamConfiguration.cpp
     bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
@@ -140,18 +146,18 @@ class quenOfflineDevice {
             PostProcessParams const& params,
             android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>
                     callback);
+    int recordAndSubmit(PostProcessParams const& params,
+                        android::hardware::hidl_vec<ISPRequest> const& requests,
+                        OfflineRequest* record,
+                        android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::
+                                            IQuenPostProcCallback> const& callback);
+    int waitForResult(PostProcessParams const& params, ISPRequest const& request,
+                      quen::JpegHandover& handover);
 
-    // JpegCopy.cpp
-    int waitForResult(PostProcessParams const& params,
-                      android::hardware::hidl_vec<ISPBuffer> const& outputs);
-    int copyJpeg(PostProcessParams const& params,
-                 android::hardware::hidl_vec<ISPBuffer> const& outputs);
+    int getJpegSize(native_handle const* handle, int size);
 
     // IspMetadataEncoder.cpp
     void convertToISPMetadata(NSCam::IMetadata* meta, std::vector<unsigned char>& out);
-
-    // JpegSize.cpp
-    int getJpegSize(native_handle const* handle, int size);
 
     android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IDevice> mDevice;
     android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule> mISPModule;
@@ -163,7 +169,7 @@ class quenOfflineDevice {
 
     android::sp<NSCam::IMetadataConverter> mMetadataConverter;  // shared with the HalInterface
 
-    pthread_mutex_t mLock;  // taken by setOfflineCallback only, before the HalInterface's own
+    quen::Mutex mLock;  // taken by setOfflineCallback only, before the HalInterface's own
 
     // "RAW2YUV" or "YUV2JPEG", of the last configuration. Every OfflineRequest points at it.
     char mStage[kStageBytes];

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "quenOfflineDevice/ClientRecords.h"
+
+namespace quen {
+
+/**
+ * Looks for what makes a request impossible to serve: a missing buffer, a size below 1, a buffer
+ * smaller than its picture. The hardened build refuses such requests before anything is allocated.
+ *
+ * @return what is wrong and what is wanted instead; null when nothing is
+ */
+char const* findRequestFault(PostProcessParams const& params);
+
+}  // namespace quen
