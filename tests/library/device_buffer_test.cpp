@@ -51,6 +51,9 @@ TEST_F(DeviceBufferTest, PictureIsCopiedRowByRow) {
              full + "17 238 19 238 21 238 23 238 18 238 20 238 22 238 24 238"},
             {2, 2, 4, "Y0 0 8 4  U0 16 16 5  V0 26 16 5", "4, 5",
              narrow + "10 238 0 238 238 12 238 0 238 238 9 238 0 238 238 11 238 0 238"},
+            // planes that overlap: each pair's Cr and Cb are written in turn
+            {4, 6, 4, "Y0 0 8 4  V0 16 16 4  U0 18 16 4", "4, 4",
+             full + "17 238 19 238 21 238 23 238 24"},
             // planar: Cb is read first all the same
             {4, 6, 4, "Y0 0 8 4  V0 16 8 2  U0 20 8 2", "4, 2",
              full + "21 22 23 24 17 18 19 20 238"},

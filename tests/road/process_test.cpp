@@ -118,16 +118,23 @@ TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
         return isJpeg ? giving(Error::NO_RESOURCES, 0u, hidl_vec<hidl_handle>())(wanted, cb)
                       : allocator.real->allocate(wanted, 1, cb);
     };
-    isp().onProcess = [](auto const&) { return StandInDevice::ok(); };
+    isp().onProcess = [&](isphal::ISPRequest const& request) {
+        isp().answer(request.requestNumber);
+        return StandInDevice::ok();
+    };
     int const mappings = clientMappings();
     Transcript transcript;
-    EXPECT_EQ(encode(2), -1);
-    EXPECT_TRUE(transcript.has("I get JPEG size is 0 from output buffer X"));
+    EXPECT_EQ(encode(3), -1);
+    EXPECT_TRUE(transcript.has(std::string("I get JPEG size is ") + (quen::kHardened ? "-1" : "0") +
+                               " from output buffer X"));
     EXPECT_TRUE(transcript.has("E Invalid output buffer"));
-    EXPECT_EQ(clientMappings(), mappings + 1);
+    EXPECT_EQ(clientMappings(), mappings + (quen::kHardened ? 0 : 1));
 }
 
 TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
+    if (quen::kHardened) {
+        GTEST_SKIP() << "the hardened build's outcomes have a test of their own";
+    }
     enum class Isp { Answers, Silent, Refuses, Lost };
     struct Case {
         char const* name;

@@ -110,10 +110,12 @@ inline hidl_handle allocateGraphic(int width, int height, int32_t format) {
     return handle;
 }
 
-/** The record of a request's buffer that nobody maps. */
+/** The record of a request's buffer that is given to the ISP as it is. */
 inline ImageBuffer imageOf(int32_t streamId, int32_t format, int32_t width, int32_t height,
                            hidl_handle const& handle) {
-    return {streamId, format, 0,
+    struct stat memory = {};
+    fstat(handle->data[0], &memory);
+    return {streamId, format, static_cast<int32_t>(memory.st_size),
             width,    height, const_cast<native_handle_t*>(handle.getNativeHandle())};
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include <quenCommon/Hardened.h>
 #include <quenOfflineDevice/ClientCallback.h>
 #include <quenOfflineDevice/HalInterface.h>
 #include <quenOfflineDevice/quenOfflineDevice.h>

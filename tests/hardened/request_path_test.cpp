@@ -1,0 +1,235 @@
+#include <future>
+#include <limits>
+
+#include "support/Lines.h"
+#include "support/PlaneLayouts.h"
+#include "support/ProcessTest.h"
+
+namespace {
+
+using namespace quentest;
+using testing::ElementsAre;
+
+/** Requests of neighbours that break the contract, in the build that survives them. */
+class HardenedPathTest : public ProcessTest {
+  protected:
+    /** Encodes one request; the ISP answers within the submission unless told otherwise. */
+    int encodeOne(uint32_t jpegBytes, std::function<void(isphal::ISPRequest const&)> answer = {}) {
+        isp().onProcess = [=](isphal::ISPRequest const& request) {
+            writeJpeg(request, jpegBytes);
+            if (answer) {
+                answer(request);
+            } else {
+                isp().answer(request.requestNumber);
+            }
+            return StandInDevice::ok();
+        };
+        return encode(++mNumber);
+    }
+    void answerThat(uint32_t number, isphal::Status status = isphal::Status::OK) {
+        isp().answer(number, status);
+    }
+
+    int32_t mNumber = 100;
+};
+
+TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
+    mRoad.create(mYuv, {mJpeg});
+    // A result that is there before the wait ends it at once: the time-out would be noticed.
+    setJpegTimeout("1000");
+    EXPECT_EQ(encodeOne(777), 777);
+    EXPECT_EQ(encodeOne(777,
+                        [&](auto& request) {
+                            answerThat(request.requestNumber, isphal::Status::RESULT_ERROR);
+                        }),
+              0);
+
+    // Another waiting request's result does not end it: 5 was recorded by hand, so nobody waits.
+    mRoad.peer.halInterface()->recordISPRequest(
+            new OfflineRequest{5, new NSCam::IMetadata, {}, {}, false, "YUV2JPEG"}, nullptr);
+    setJpegTimeout("0");
+    Transcript transcript;
+    memset(mJpegMemory.data(), 0xEE, kJpegBytes);
+    EXPECT_EQ(encodeOne(777, [&](auto&) { answerThat(5); }), -110);
+    std::string const number = std::to_string(mNumber);
+    EXPECT_TRUE(transcript.has("E wait JPEG process timed out, request number " + number +
+                               " has no result"));
+    EXPECT_EQ(mJpegMemory.data()[0], 0xEE);
+
+    // The late result finds its record, and is taken for no later request's.
+    answerThat(static_cast<uint32_t>(mNumber));
+    EXPECT_FALSE(transcript.has("E cannot find capture request " + number));
+    --mNumber;
+    EXPECT_EQ(encodeOne(777, [](auto&) {}), -110);
+}
+
+TEST_F(HardenedPathTest, RecordLeavesTheTableBeforeItsCallIsReleased) {
+    mRoad.create(mYuv, {mJpeg});
+    setJpegTimeout("1000");
+    struct Watch : Transcript {
+        explicit Watch(Road& watched) : road(watched) {}
+        void write(char const* tag, int level, char const* text) override {
+            Transcript::write(tag, level, text);
+            if (std::string(text).find("JPEG callback signal process") != std::string::npos) {
+                outstanding = HalInterfacePeer::outstanding(*road.peer.halInterface());
+            }
+        }
+        Road& road;
+        size_t outstanding = 1;
+    } watch(mRoad);
+    EXPECT_EQ(encodeOne(777), 777);
+    EXPECT_EQ(watch.outstanding, 0u);
+}
+
+TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
+    mRoad.create(mYuv, {mJpeg});
+    for (bool const isLost : {false, true}) {
+        isp().onProcess = [&](auto const&) -> StandInDevice::StatusReturn {
+            return isLost ? StandInDevice::transportError()
+                          : StandInDevice::StatusReturn(isphal::Status::REQUEST_ERROR);
+        };
+        EXPECT_EQ(encode(1), 0);
+        EXPECT_EQ(encode(2, mClient), 0);
+        EXPECT_EQ(HalInterfacePeer::outstanding(*mRoad.peer.halInterface()), 0u);
+    }
+    // Refused, and answered all the same: the result has the record.
+    isp().onProcess = [&](isphal::ISPRequest const& request) -> StandInDevice::StatusReturn {
+        isp().answer(request.requestNumber);
+        return isphal::Status::REQUEST_ERROR;
+    };
+    EXPECT_EQ(encode(3, mClient), 0);
+    EXPECT_EQ(mClient->calls().size(), 2u);
+}
+
+TEST_F(HardenedPathTest, TrailerHasToTellOfAJpegThatFits) {
+    mRoad.create(mYuv, {mJpeg});
+    for (auto const& [bytes, result] :
+         {std::pair(kJpegBytes - 8, static_cast<int>(kJpegBytes) - 8), {kJpegBytes - 7, -1}}) {
+        EXPECT_EQ(encodeOne(bytes), result);
+    }
+    Transcript transcript;
+    EXPECT_EQ(encodeOne(777,
+                        [&](isphal::ISPRequest const& request) {
+                            Mapping const memory(request.outputBuffers[0].buffer->data[0]);
+                            memory.data()[kJpegBytes - 8] = 0xFE;
+                            isp().answer(request.requestNumber);
+                        }),
+              -1);
+    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+}
+
+TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
+    mRoad.create(mYuv, {mJpeg});
+    MemoryBuffer const shortMemory(kWidth * kHeight);
+    ImageBuffer const narrow = mYuvMemory.image(2, 0x23, kWidth + 2, kHeight);
+    ImageBuffer oversold = shortMemory.image(2, 0x23, kWidth, kHeight);
+    oversold.size = kWidth * kHeight * 3 / 2;
+    ImageBuffer empty = mYuv, flat = mYuv, bare = mYuv, sizeless = mJpeg, oversoldBlob = mJpeg;
+    empty.width = 0;
+    flat.height = -1;
+    bare.buffer = nullptr;
+    sizeless.size = 0;
+    oversoldBlob.size = kJpegBytes + 1;
+    ImageBuffer const raw = mRawMemory.image(1, 0x25, kWidth, kHeight + 1);
+    auto const process = [&](ImageBuffer const* input, std::vector<ImageBuffer const*> outputs) {
+        PostProcessParams params = {nullptr, 1, const_cast<ImageBuffer*>(input), {}, nullptr};
+        for (ImageBuffer const* const output : outputs) {
+            params.output_buffers.push_back(const_cast<ImageBuffer*>(output));
+        }
+        return mRoad.device.process(&params, mClient);
+    };
+    EXPECT_EQ(process(nullptr, {&mJpeg}), -22);
+    EXPECT_EQ(process(&mYuv, {}), -22);
+    EXPECT_EQ(process(&mYuv, {&mJpeg, nullptr}), -22);
+    for (ImageBuffer const& input : {narrow, oversold, empty, flat, bare, raw}) {
+        EXPECT_EQ(process(&input, {&mJpeg}), -22);
+    }
+    for (ImageBuffer const& output : {sizeless, oversoldBlob, bare}) {
+        EXPECT_EQ(process(&mYuv, {&output}), -22);
+    }
+    EXPECT_THAT(mGraphics.allocator->counts, ElementsAre());
+    EXPECT_TRUE(isp().requests.empty());
+}
+
+TEST_F(HardenedPathTest, DeviceBuffersOfAllOutputsAreFreed) {
+    MemoryBuffer const second(kJpegBytes);
+    ImageBuffer const otherJpeg = second.image(5, 0x21, kWidth, kHeight);
+    ImageBuffer const yuv = mYuvMemory.image(4, 0x23, kWidth, kHeight);
+    mRoad.create(mYuv, {mJpeg, otherJpeg, yuv});
+    answerAtOnce();
+    mGraphics.mapper->calls.clear();
+    EXPECT_EQ(mRoad.process(1, mYuv, {yuv, mJpeg, otherJpeg, yuv}, nullptr, nullptr), 777);
+    // The input's, both JPEGs', and the last output's, whosever it is; the first is the client's.
+    Lines const& calls = mGraphics.mapper->calls;
+    EXPECT_THAT(Lines(calls.end() - 6, calls.end()),
+                ElementsAre("unlock", "free", "free", "free", "free", "free"));
+}
+
+TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
+    quenOfflineDevice unconnected;
+    ImageBuffer input = mYuv, output = mJpeg;
+    PostProcessParams const params = {nullptr, 1, &input, {&output}, nullptr};
+    auto const callAll = [&](quenOfflineDevice& device, std::string const& why) {
+        Transcript transcript;
+        EXPECT_EQ(device.process(&params, mClient), -19);
+        device.flush();
+        device.config({}, {{1, 0x23, 64, 48, true}}, nullptr);
+        device.setOfflineCallback(nullptr);
+        device.destroy();
+        Lines lines = transcript.take();
+        EXPECT_EQ(lines.front(),
+                  "I reprocess request stage " + quenOfflineDevicePeer(device).stage() + " E");
+        lines.erase(lines.begin());
+        Lines expected;
+        for (char const* const call :
+             {"process", "flush", "config", "setOfflineCallback", "destroy"}) {
+            expected.push_back(std::string("E ") + call + " failed: " + why);
+        }
+        EXPECT_EQ(lines, expected);
+    };
+    callAll(unconnected, "no ISP device is open, call create first");
+
+    // A dead module's device is not closed, only let go of.
+    mRoad.create(mYuv, {mJpeg});
+    (void)HalInterfacePeer::callback(*mRoad.peer.halInterface())->serviceDied(1, nullptr);
+    callAll(mRoad.device, "the ISP module has died, destroy this object");
+    EXPECT_FALSE(mRoad.peer.connected());
+    EXPECT_EQ(isp().closes, 0);
+    callAll(mRoad.device, "no ISP device is open, call create first");
+}
+
+TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
+    mRoad.create(mRaw, {mYuv});
+    setJpegTimeout("1000");
+    EXPECT_EQ(develop(1, mClient), 0);
+    EXPECT_EQ(develop(2, mClient), 0);
+    android::sp<HalInterfacePeer::ClientCallback> const callback =
+            HalInterfacePeer::callback(*mRoad.peer.halInterface());
+    isp().onProcess = [&](auto const&) {
+        callback->serviceDied(1, nullptr);
+        return StandInDevice::ok();
+    };
+    EXPECT_EQ(develop(3, nullptr), 0);  // released, with a status that is no success
+    std::vector<RecordingCallback::Call> calls = mClient->calls();
+    ASSERT_EQ(calls.size(), 2u);
+    for (RecordingCallback::Call const& call : calls) {
+        EXPECT_FALSE(call.isMetadata);
+        EXPECT_EQ(call.status, 7u);
+    }
+    EXPECT_EQ(calls[0].requestNumber + calls[1].requestNumber, 3u);
+    Transcript transcript;
+    (void)callback->processResult({1, {}, isphal::Status::OK}).isOk();
+    EXPECT_THAT(transcript.take(), ElementsAre("E cannot find capture request 1"));
+
+    // The bridge that outlives the module takes nothing more.
+    HalInterface& hal = *mRoad.peer.halInterface();
+    OfflineRequest request = {9, nullptr, {}, {}, false, "RAW2YUV"};
+    hal.recordISPRequest(&request, mClient);
+    hal.waitForRequestDrained();
+    EXPECT_THAT(transcript.take(),
+                ElementsAre("E recordISPRequest after the ISP module has died",
+                            "E waitForRequestDrained after the ISP module has died"));
+    mRoad.device.destroy();
+}
+
+}  // namespace
