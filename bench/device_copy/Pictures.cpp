@@ -142,12 +142,12 @@ DeviceBuffer Graphics::touchedBuffer(PictureSize const& size, quen::host::Layout
             ->lock(buffer.imported, kDeviceUsage, {0, 0, size.width, size.height}, hidl_handle(),
                    [&](Error, void* data) { buffer.data = static_cast<uint8_t*>(data); })
             .isOk();
-    auto const facts = quen::host::readBufferHandle(buffer.raw.getNativeHandle());
-    if (buffer.data == nullptr || !facts) {
+    auto const description = quen::host::readBufferHandle(buffer.raw.getNativeHandle());
+    if (buffer.data == nullptr || !description) {
         fail("device buffer");
     }
-    buffer.rowBytes = facts->extent.rowBytes;
-    memset(buffer.data, 0xEE, facts->extent.sizeInBytes);
+    buffer.rowBytes = description->extent.rowBytes;
+    memset(buffer.data, 0xEE, description->extent.sizeInBytes);
     return buffer;
 }
 

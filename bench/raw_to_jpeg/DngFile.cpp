@@ -28,15 +28,15 @@ struct Field {
 static_assert(sizeof(Field) == 12, "as in the file");
 
 /** XYZ under daylight to the sensor's unbalanced colours, then the sensor's white. */
-std::vector<double> matrixAndWhite(quen::reprocess::CaptureFacts const& facts) {
+std::vector<double> matrixAndWhite(quen::reprocess::SensorCalibration const& calibration) {
     double const xyzOfSrgb[9] = {0.412453, 0.357580, 0.180423, 0.212671, 0.715160,
                                  0.072169, 0.019334, 0.119193, 0.950227};
-    cv::Mat const toSrgb(3, 3, CV_32F, const_cast<float*>(facts.colorMatrix));
+    cv::Mat const toSrgb(3, 3, CV_32F, const_cast<float*>(calibration.colorMatrix));
     cv::Mat_<double> balanced = toSrgb.inv();
     balanced *= cv::Mat(3, 3, CV_64F, const_cast<double*>(xyzOfSrgb)).inv();
-    double const gains[3] = {facts.wbGains[quen::reprocess::kRed],
-                             facts.wbGains[quen::reprocess::kGreenOfRedRows],
-                             facts.wbGains[quen::reprocess::kBlue]};
+    double const gains[3] = {calibration.wbGains[quen::reprocess::kRed],
+                             calibration.wbGains[quen::reprocess::kGreenOfRedRows],
+                             calibration.wbGains[quen::reprocess::kBlue]};
     std::vector<double> values;
     for (int i = 0; i < 9; ++i) {
         values.push_back(balanced(i / 3, i % 3) / gains[i / 3]);
@@ -48,8 +48,8 @@ std::vector<double> matrixAndWhite(quen::reprocess::CaptureFacts const& facts) {
 }
 
 std::vector<uint8_t> header(quen::reprocess::Capture const& capture) {
-    uint32_t const white = static_cast<uint32_t>(capture.facts.whiteLevel);
-    uint32_t const black = static_cast<uint32_t>(capture.facts.blackLevel[0]);
+    uint32_t const white = static_cast<uint32_t>(capture.calibration.whiteLevel);
+    uint32_t const black = static_cast<uint32_t>(capture.calibration.blackLevel[0]);
     uint32_t const bytes = capture.width * capture.height * 2;
     Field const fields[] = {
             {256, kLong, 1, capture.width},                   // width
@@ -84,7 +84,7 @@ std::vector<uint8_t> header(quen::reprocess::Capture const& capture) {
     put(kFieldsOffset, &count, sizeof(count));
     put(kFieldsOffset + sizeof(count), fields, sizeof(fields));
     size_t offset = kFractionsOffset;
-    for (double const value : matrixAndWhite(capture.facts)) {
+    for (double const value : matrixAndWhite(capture.calibration)) {
         int32_t const fraction[2] = {static_cast<int32_t>(std::lround(value * kDenominator)),
                                      kDenominator};
         put(offset, fraction, sizeof(fraction));

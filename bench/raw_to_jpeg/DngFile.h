@@ -8,7 +8,7 @@ namespace quenbench {
 
 /**
  * Writes an RGGB mosaic as the smallest DNG there is: one uncompressed strip of words of 16 bits,
- * with the levels, the white balance and the colour matrix of the capture's facts.
+ * with the levels, the white balance and the colour matrix of the capture's calibration.
  *
  * @param capture its image is one of unpacked samples
  * @return whether the file is there

@@ -143,7 +143,7 @@ void measureWork(Programs const& programs, Work const& work, int repetitions) {
                          Goal::atMost(kMostBytesPerPixel)});
 }
 
-/** Quality is that of the capture with all its facts, at the size of its scene. */
+/** Quality is that of the capture with its whole calibration, at the size of its scene. */
 void comparePictures(Programs const& programs, Work const& work) {
     Command command = {programs.frames, "compare", pictureOf(programs, "ours", work)};
     for (Peer const& peer : kPeers) {

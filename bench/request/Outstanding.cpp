@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "request/Session.h"
+#include "request/BenchSession.h"
 #include "support/Peers.h"
 #include "support/Table.h"
 
@@ -57,7 +57,7 @@ Run prepareRoad(size_t outstanding) {
     RequestShape shape = {kEntries};
     shape.threeABuffer = false;
     auto const session =
-            std::make_shared<Session>(RequestKind::Nv21ToJpeg, Answering::WhenAsked, shape);
+            std::make_shared<BenchSession>(RequestKind::Nv21ToJpeg, Answering::WhenAsked, shape);
     Client const client = makeClient();
     std::vector<size_t> const order = anotherOrder(outstanding);
     return [=] {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "host/log/LogControl.h"
-#include "request/Session.h"
+#include "request/BenchSession.h"
 #include "support/Table.h"
 
 namespace quenbench {
@@ -56,7 +56,7 @@ std::string caseName(Flow const& flow) {
     return std::string("request/") + flow.name;
 }
 
-double submitAll(Session& session, Client const& client) {
+double submitAll(BenchSession& session, Client const& client) {
     return measured([&] {
         for (size_t i = 0; i < kRequests; ++i) {
             session.submit(client);
@@ -65,7 +65,7 @@ double submitAll(Session& session, Client const& client) {
 }
 
 /** Seconds from the ISP's answer to the call's return. */
-double submitAndWait(Session& session) {
+double submitAndWait(BenchSession& session) {
     Section section;
     session.submit(nullptr);
     section.stop();
@@ -74,7 +74,8 @@ double submitAndWait(Session& session) {
 
 Run prepareFlow(Flow const& flow) {
     Answering const answering = flow.waits ? Answering::FromThread : Answering::AtOnce;
-    auto const session = std::make_shared<Session>(flow.kind, answering, RequestShape{kEntries});
+    auto const session =
+            std::make_shared<BenchSession>(flow.kind, answering, RequestShape{kEntries});
     if (flow.waits) {
         return [session] { return submitAndWait(*session); };
     }

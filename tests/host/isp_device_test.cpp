@@ -21,8 +21,8 @@
 #include <vendor/mediatek/hardware/camera/isphal/1.0/IISPModule.h>
 
 #include "host/gralloc/GraphicsServices.h"
-#include "host/isp/SoftwareIspModule.h"
-#include "host/isp/TuningData.h"
+#include "host/isp/buffers/SensorCalibration.h"
+#include "host/isp/device/SoftwareIspModule.h"
 
 namespace {
 
@@ -256,13 +256,13 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
                                          {hidl_handle(), {yuv.raw}}}) {
         EXPECT_EQ(submit(request(1, input, outputs)), Status::ILLEGAL_ARGUMENT);
     }
-    Buffer const tuning(kTuningBufferBytes, 1, kBlob);
-    CaptureFacts facts;
-    facts.whiteLevel = -1;
-    encodeTuningData({}, facts, tuning.data, kTuningBufferBytes);
+    Buffer const tuning(kCalibrationBufferBytes, 1, kBlob);
+    SensorCalibration calibration;
+    calibration.whiteLevel = -1;
+    encodeCalibration({}, calibration, tuning.data, kCalibrationBufferBytes);
     wrong.inputBuffers[0].tuningData = tuning.raw;
     EXPECT_EQ(submit(wrong), Status::OK);
-    EXPECT_EQ(results->told(1), "1 ILLEGAL_ARGUMENT ") << "facts that cannot be meant";
+    EXPECT_EQ(results->told(1), "1 ILLEGAL_ARGUMENT ") << "calibration that cannot be meant";
 
     // What was refused is forgotten, and after the close nothing comes.
     submitSome(2, 20);

@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/isp/Develop.h"
-#include "host/isp/Exif.h"
-#include "host/isp/JpegEncode.h"
-#include "host/isp/Resample.h"
+#include "host/isp/develop/Develop.h"
+#include "host/isp/develop/Resample.h"
+#include "host/isp/jpeg/Exif.h"
+#include "host/isp/jpeg/JpegEncode.h"
 
 namespace {
 
@@ -61,34 +61,35 @@ void expectSamples(YuvPicture const& picture, double tolerance, Should const& sh
     }
 }
 
-CaptureFacts plainFacts(BayerOrder order = BayerOrder::RGGB) {
-    CaptureFacts facts;
-    facts.bayerOrder = order;
-    facts.levelBits = 14;
-    facts.whiteLevel = 16383;
-    facts.denoiseStrength = 0;
-    return facts;
+SensorCalibration plainCalibration(BayerOrder order = BayerOrder::RGGB) {
+    SensorCalibration calibration;
+    calibration.bayerOrder = order;
+    calibration.levelBits = 14;
+    calibration.whiteLevel = 16383;
+    calibration.denoiseStrength = 0;
+    return calibration;
 }
 
-/** Captures a scene, with black level and gains of the facts undone, and develops a part of it. */
-OwnedYuvPicture developed(Scene const& scene, int width, int height, CaptureFacts const& facts,
-                          PixelRect crop = {}) {
+/** Captures a scene, with black level and gains of the calibration undone, and develops a part of
+ * it. */
+OwnedYuvPicture developed(Scene const& scene, int width, int height,
+                          SensorCalibration const& calibration, PixelRect crop = {}) {
     std::vector<uint16_t> words;
     for (int i = 0; i < width * height; ++i) {
         int const x = i % width;
         int const y = i / width;
-        int const colour = kColourAt[static_cast<int>(facts.bayerOrder)][y % 2][x % 2];
+        int const colour = kColourAt[static_cast<int>(calibration.bayerOrder)][y % 2][x % 2];
         double const light = scene(x, y)[colour == 3 ? 2 : static_cast<size_t>(colour)];
-        double const black = facts.blackLevel[colour];
-        double const range = (facts.whiteLevel - black) / facts.wbGains[colour];
+        double const black = calibration.blackLevel[colour];
+        double const range = (calibration.whiteLevel - black) / calibration.wbGains[colour];
         words.push_back(static_cast<uint16_t>(std::lround(light * range + black)));
     }
     auto const* const bytes = reinterpret_cast<uint8_t const*>(words.data());
     size_t const stride = static_cast<size_t>(width) * 2;
-    RawPicture const raw{width, height, bytes, stride, RawLayout::Words16, facts.levelBits};
+    RawPicture const raw{width, height, bytes, stride, RawLayout::Words16, calibration.levelBits};
     crop = crop.width == 0 ? PixelRect{0, 0, width, height} : crop;
     OwnedYuvPicture picture(crop.width, crop.height);
-    develop(raw, crop, facts, picture.view());
+    develop(raw, crop, calibration, picture.view());
     return picture;
 }
 
@@ -111,29 +112,29 @@ TEST(Develop, FindsTheColoursOfEveryOrderAndClipsToWhite) {
     auto const glare = [](int, int) { return grey(2); };  // also above the samples' bits
     for (int order = 0; order < 4; ++order) {
         SCOPED_TRACE(order);
-        CaptureFacts facts = plainFacts(static_cast<BayerOrder>(order));
-        facts.wbGains[0] = 0.5f;
-        facts.wbGains[3] = 0.8f;
-        expectColour(developed(glare, 32, 40, facts), {1, 1, 1}, 1.01);
-        std::fill_n(facts.blackLevel, 4, 1024.0f);
-        facts.wbGains[0] = 1.8f;
-        facts.wbGains[3] = 1.3f;
-        expectColour(developed(scene, 36, 22, facts), {0.7, 0.4, 0.1}, 1.6);
-        std::copy(std::begin(matrix), std::end(matrix), facts.colorMatrix);
-        expectColour(developed(scene, 36, 22, facts), {0.2, 0.1, 0.7}, 1.6);
+        SensorCalibration calibration = plainCalibration(static_cast<BayerOrder>(order));
+        calibration.wbGains[0] = 0.5f;
+        calibration.wbGains[3] = 0.8f;
+        expectColour(developed(glare, 32, 40, calibration), {1, 1, 1}, 1.01);
+        std::fill_n(calibration.blackLevel, 4, 1024.0f);
+        calibration.wbGains[0] = 1.8f;
+        calibration.wbGains[3] = 1.3f;
+        expectColour(developed(scene, 36, 22, calibration), {0.7, 0.4, 0.1}, 1.6);
+        std::copy(std::begin(matrix), std::end(matrix), calibration.colorMatrix);
+        expectColour(developed(scene, 36, 22, calibration), {0.2, 0.1, 0.7}, 1.6);
     }
 }
 
 TEST(Develop, KeepsGreysNeutralThroughTheMatrix) {
-    CaptureFacts facts = plainFacts();
+    SensorCalibration calibration = plainCalibration();
     float const matrix[] = {1.6f, -0.4f, -0.2f, -0.3f, 1.55f, -0.25f, 0.05f, -0.6f, 1.55f};
-    std::copy(std::begin(matrix), std::end(matrix), facts.colorMatrix);
-    facts.denoiseStrength = 1;
-    facts.sharpening = 0.5f;
+    std::copy(std::begin(matrix), std::end(matrix), calibration.colorMatrix);
+    calibration.denoiseStrength = 1;
+    calibration.sharpening = 0.5f;
     // Level at either end, as the picture goes on beyond its edges.
     auto const light = [](int x) { return 0.5 - 0.47 * std::cos((x + 0.5) / 256 * 3.14159265); };
     auto const scene = [&](int x, int) { return grey(light(x)); };
-    expectSamples(developed(scene, 256, 70, facts).view(), 1.6, [&](int x, int) {
+    expectSamples(developed(scene, 256, 70, calibration).view(), 1.6, [&](int x, int) {
         return Rgb{tone(light(x)), 128, 128};
     });
 }
@@ -145,13 +146,14 @@ TEST(Develop, CropsAtAnyCornerWithoutAShift) {
         return Rgb{wave, 0.9 - wave, 0.5 * wave};
     };
     for (int order = 0; order < 4; ++order) {
-        CaptureFacts facts = plainFacts(static_cast<BayerOrder>(order));
-        facts.denoiseStrength = order % 2 == 0 ? 0.0f : 2.0f;
-        OwnedYuvPicture const whole = developed(scene, 120, 200, facts);
+        SensorCalibration calibration = plainCalibration(static_cast<BayerOrder>(order));
+        calibration.denoiseStrength = order % 2 == 0 ? 0.0f : 2.0f;
+        OwnedYuvPicture const whole = developed(scene, 120, 200, calibration);
         for (PixelRect const& crop : {PixelRect{8, 6, 90, 140}, PixelRect{7, 5, 51, 67},
                                       PixelRect{119, 199, 1, 1}, PixelRect{1, 0, 119, 200}}) {
-            OwnedYuvPicture const part = developed(scene, 120, 200, facts, crop);
-            int const inset = facts.denoiseStrength == 0 ? 0 : 1;  // its own edge repeats itself
+            OwnedYuvPicture const part = developed(scene, 120, 200, calibration, crop);
+            int const inset =
+                    calibration.denoiseStrength == 0 ? 0 : 1;  // its own edge repeats itself
             for (int y = inset; y < crop.height - inset; ++y) {
                 ASSERT_TRUE(std::equal(&lumaAt(part.view(), inset, y),
                                        &lumaAt(part.view(), crop.width - inset, y),
@@ -163,16 +165,16 @@ TEST(Develop, CropsAtAnyCornerWithoutAShift) {
 }
 
 TEST(Develop, DenoisingCalmsFlatPartsAndKeepsEdges) {
-    CaptureFacts facts = plainFacts();
-    facts.noiseShot = 2e-3f;
+    SensorCalibration calibration = plainCalibration();
+    calibration.noiseShot = 2e-3f;
     auto const scene = [](int x, int) {
         return grey((x < 48 ? 0.15 : 0.6) + 0.02 * (rand() % 201 - 100) / 100.0);
     };
     int roughness[2] = {};
     for (int const strength : {0, 1}) {
         srand(7);
-        facts.denoiseStrength = static_cast<float>(strength);
-        OwnedYuvPicture const picture = developed(scene, 96, 96, facts);
+        calibration.denoiseStrength = static_cast<float>(strength);
+        OwnedYuvPicture const picture = developed(scene, 96, 96, calibration);
         uint8_t const* const row = &lumaAt(picture.view(), 0, 40);
         EXPECT_GT(row[50] - row[45], 60);
         for (int x = 8; x < 40; ++x) {

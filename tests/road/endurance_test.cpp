@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "host/isp/SoftwareIspModule.h"
+#include "host/isp/device/SoftwareIspModule.h"
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"
 #include "support/Road.h"

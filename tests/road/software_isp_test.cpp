@@ -8,7 +8,7 @@
 #include <quen/Quen3AInfoManager.h>
 #include <quenGralloc/MapperHelper.h>
 
-#include "host/isp/SoftwareIspModule.h"
+#include "host/isp/device/SoftwareIspModule.h"
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"
 #include "support/Road.h"
@@ -119,21 +119,21 @@ TEST_F(SoftwareIspTest, UiModeDecidesTheDepthOfRaw16) {
 
 TEST_F(SoftwareIspTest, FactsOfTheCaptureReachTheIspAndComeBack) {
     // A grey card under a warm light, on a black level of 64.
-    isp::CaptureFacts facts;
-    facts.bayerOrder = isp::BayerOrder::BGGR;
-    std::fill_n(facts.blackLevel, 4, 64.0f);
-    facts.wbGains[0] = 2.0f;
-    facts.wbGains[3] = 1.25f;
+    isp::SensorCalibration calibration;
+    calibration.bayerOrder = isp::BayerOrder::BGGR;
+    std::fill_n(calibration.blackLevel, 4, 64.0f);
+    calibration.wbGains[0] = 2.0f;
+    calibration.wbGains[3] = 1.25f;
     auto const sample = [](double gain) {
         return static_cast<int>(std::lround(64 + kMiddleGrey * (1023 - 64) / gain));
     };
     hidl_handle const raw = allocateGraphic(kWidth, kHeight, kRaw10);
     fillRaw(raw, kRaw10, {sample(1.25), sample(1), sample(1), sample(2)});
     QIF3ABufferInfo captured;
-    ASSERT_EQ(Quen3AInfoManager::Get3AInfoBuf(&captured, isp::kTuningBufferBytes), 0);
-    ASSERT_NE(
-            isp::encodeTuningData({}, facts, Mapping(captured.fd).data(), isp::kTuningBufferBytes),
-            0u);
+    ASSERT_EQ(Quen3AInfoManager::Get3AInfoBuf(&captured, isp::kCalibrationBufferBytes), 0);
+    ASSERT_NE(isp::encodeCalibration({}, calibration, Mapping(captured.fd).data(),
+                                     isp::kCalibrationBufferBytes),
+              0u);
     MetadataBuilder settings;
     settings.i32(kBufferIndex, captured.bufferIndex);
     develop(raw, kRaw10, kWidth, kHeight, settings);
@@ -144,9 +144,9 @@ TEST_F(SoftwareIspTest, FactsOfTheCaptureReachTheIspAndComeBack) {
     int fd = -1;
     ASSERT_EQ(Quen3AInfoManager::GetTuningData(&fd, static_cast<unsigned int>(index)), 0);
     Mapping const memory(fd);
-    isp::CaptureFacts used;
-    ASSERT_EQ(isp::decodeCaptureFacts(memory.data(), memory.size(), used),
-              isp::FactsState::Present);
+    isp::SensorCalibration used;
+    ASSERT_EQ(isp::decodeCalibration(memory.data(), memory.size(), used),
+              isp::CalibrationState::Present);
     EXPECT_EQ(used.bayerOrder, isp::BayerOrder::BGGR);
     EXPECT_EQ(used.wbGains[0], 2.0f);
 }

@@ -12,7 +12,7 @@
 #include "demo/Demo.h"
 #include "host/base/Properties.h"
 #include "host/gralloc/GraphicsServices.h"
-#include "host/isp/SoftwareIspModule.h"
+#include "host/isp/device/SoftwareIspModule.h"
 #include "host/log/LogControl.h"
 #include "report/Report.h"
 #include "support/Failure.h"

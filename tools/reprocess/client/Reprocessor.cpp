@@ -7,10 +7,9 @@
 
 #include <system/graphics.h>
 
-#include "client/BayerRows.h"
-#include "client/Session.h"
-#include "client/TuningBuffer.h"
-#include "client/YuvPlanes.h"
+#include "buffers/PictureBuffers.h"
+#include "buffers/ThreeABuffer.h"
+#include "client/DeviceSession.h"
 #include "support/Failure.h"
 
 namespace quen::reprocess {
@@ -45,56 +44,12 @@ void checkSize(Capture const& capture) {
 // The depth that the library will ask of the ISP for a buffer of either kind.
 RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
                     RequestMetadata const& metadata) {
-    bool const fitsRaw10 = capture.facts.levelBits <= 10 && capture.width % 4 == 0;
+    bool const fitsRaw10 = capture.calibration.levelBits <= 10 && capture.width % 4 == 0;
     if (fitsRaw10 && !options.raw16) {
         return {false, 10};
     }
     bool const plain = metadata.int32At(kTagCurrentUiMode) == kUiModeWithout14Bits;
     return {true, plain ? 10 : 14};
-}
-
-void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget target) {
-    auto const planes = buffer.planes();
-    if (planes.size() != 1) {
-        throw Failure("cannot be handed on: a raw buffer has an unexpected layout");
-    }
-    auto const lock = buffer.lock();
-    writeBayerRows(std::get<BayerImage>(capture.image), capture.facts.levelBits, capture.width,
-                   capture.height, target, lock.data() + planes[0].offsetInBytes,
-                   static_cast<size_t>(planes[0].strideInBytes));
-}
-
-// A buffer for packed pictures. The library reads a picture to encode as it lies in the mapping,
-// without a stride, so a buffer whose rows the allocator may pad will not do; one of plain bytes
-// will.
-std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture) {
-    return std::make_unique<ClientBuffer>(
-            static_cast<uint32_t>(nv21Size(capture.width, capture.height)), 1,
-            HAL_PIXEL_FORMAT_BLOB);
-}
-
-// A developed picture in such a buffer: its own when that can be, else another.
-std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
-                                              Capture const& capture) {
-    auto const from = picture->lock();
-    YuvPlanes const planes = yuvPlanes(*picture, from.data());
-    if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
-        packNv21(planes, capture.width, capture.height, from.data());
-        return picture;
-    }
-    auto packed = packedPicture(capture);
-    auto const to = packed->lock();
-    packNv21(planes, capture.width, capture.height, to.data());
-    return packed;
-}
-
-Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKind kind) {
-    auto const packed =
-            std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));
-    auto const lock = picture.lock();
-    auto* const pack = kind == OutputKind::Nv21 ? packNv21 : packI420;
-    pack(yuvPlanes(picture, lock.data()), capture.width, capture.height, packed->data());
-    return {{packed->data(), packed->size()}, packed};
 }
 
 }  // namespace
@@ -159,7 +114,7 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
     int32_t const format = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
     auto raw = std::make_unique<ClientBuffer>(capture.width, capture.height, format);
     watch.time("fill raw buffer", [&] { fillRaw(*raw, capture, target); });
-    metadata.setInt32(kTagThreeAIndex, publishTuningData(capture.facts, mFrameNumber));
+    metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, mFrameNumber));
 
     auto picture = std::make_unique<ClientBuffer>(capture.width, capture.height,
                                                   HAL_PIXEL_FORMAT_YCBCR_420_888);
@@ -169,7 +124,7 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
     std::optional<ClientResult> result;
     mReport.begin();
     {
-        Session session(input, output, metadata, watch);
+        DeviceSession session(input, output, metadata, watch);
         session.submit(mFrameNumber);
         // The library does not tell a client of a refusal; waiting for an answer would be in vain.
         if (mReport.outcome() != Report::Outcome::Refused) {
@@ -198,7 +153,7 @@ Product Reprocessor::encode(ClientBuffer const& picture, Capture const& capture,
     int made = 0;
     mReport.begin();
     {
-        Session session(input, output, metadata, watch);
+        DeviceSession session(input, output, metadata, watch);
         made = session.processAndWait(mFrameNumber);
     }
     struct Held {

@@ -3,22 +3,16 @@
 #include <cstdint>
 #include <memory>
 
-#include "client/BackgroundRelease.h"
-#include "client/ClientBuffer.h"
+#include "buffers/BackgroundRelease.h"
+#include "buffers/ClientBuffer.h"
+#include "buffers/Product.h"
 #include "client/RequestMetadata.h"
-#include "command/Options.h"
-#include "command/OutputFile.h"
+#include "client/RequestOptions.h"
 #include "inputs/Capture.h"
 #include "report/Report.h"
 #include "report/Stopwatch.h"
 
 namespace quen::reprocess {
-
-/** A finished picture, ready for its file. */
-struct Product {
-    Bytes bytes{};
-    std::shared_ptr<void const> memory;  ///< keeps the bytes
-};
 
 /**
  * Takes captures along the library's road: a mosaic through "RAW2YUV", a picture through

@@ -8,7 +8,7 @@
 
 #include <system/camera_metadata.h>
 
-#include "command/Options.h"
+#include "client/RequestOptions.h"
 
 namespace quen::reprocess {
 

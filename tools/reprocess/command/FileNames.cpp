@@ -1,11 +1,10 @@
 #include "command/FileNames.h"
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <set>
 
 #include "support/Failure.h"
+#include "support/FileExtension.h"
 
 namespace quen::reprocess {
 namespace {
@@ -60,13 +59,6 @@ std::string freeName(fs::path const& folder, std::string const& stem, char const
 }
 
 }  // namespace
-
-std::string lowerExtension(std::string const& path) {
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return extension;
-}
 
 std::optional<OutputKind> outputKindOf(std::string const& path) {
     std::string const extension = lowerExtension(path);

@@ -8,9 +8,6 @@
 
 namespace quen::reprocess {
 
-/** A name's ending from its last dot on, in lower case; empty when there is none. */
-std::string lowerExtension(std::string const& path);
-
 /** What a file of this name holds; none when its ending does not tell. */
 std::optional<OutputKind> outputKindOf(std::string const& path);
 

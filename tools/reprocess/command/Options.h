@@ -1,37 +1,14 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "inputs/Capture.h"
+#include "buffers/Product.h"
+#include "client/RequestOptions.h"
+#include "inputs/InputOptions.h"
 
 namespace quen::reprocess {
-
-/** What is made of an input. */
-enum class OutputKind { Jpeg, Nv21, I420 };
-
-/** What a headerless file holds, and corrections to what a camera's file says of itself. */
-struct InputOptions {
-    std::optional<std::array<uint32_t, 2>> size;  ///< width, height
-    std::optional<BayerOrder> bayer;
-    int bits = 10;
-    std::optional<std::array<float, 3>> wb;     ///< red, green, blue
-    std::optional<std::array<float, 4>> black;  ///< red, green of red rows, of blue rows, blue
-};
-
-/** What the requests carry. */
-struct RequestOptions {
-    bool raw16 = false;  ///< RAW16 buffers whatever the depth of the samples
-    int64_t mode = 0;
-    int32_t uiMode = 0;
-    int32_t scene = 0;
-    int quality = 95;
-    int timeoutSeconds = 30;
-    std::vector<std::string> assignments;  ///< TAG=VALUE
-};
 
 /** The command line. */
 struct Options {

@@ -1,16 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 
-namespace quen::reprocess {
+#include "support/Bytes.h"
 
-/** Bytes to be written one after the other. */
-struct Bytes {
-    uint8_t const* data;
-    size_t size;
-};
+namespace quen::reprocess {
 
 /**
  * Writes a file whole or not at all: under another name in the same folder first, then renamed over

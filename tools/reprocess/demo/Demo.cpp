@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "command/ExitCode.h"
+#include "command/OutputFile.h"
 #include "demo/DemoScene.h"
 #include "demo/DemoSensor.h"
 #include "demo/Psnr.h"

@@ -31,20 +31,20 @@ std::array<float, 256> linearLight() {
     return table;
 }
 
-CaptureFacts sensorFacts() {
-    CaptureFacts facts;
-    facts.bayerOrder = BayerOrder::RGGB;
-    facts.levelBits = 10;
-    std::fill(std::begin(facts.blackLevel), std::end(facts.blackLevel), kBlack);
-    facts.whiteLevel = kWhite;
-    facts.wbGains[kRed] = kGains[0];
-    facts.wbGains[kBlue] = kGains[2];
-    facts.noiseShot = 1 / kFullWell;
-    facts.noiseRead = (kReadNoise / kRange) * (kReadNoise / kRange);
+SensorCalibration sensorCalibration() {
+    SensorCalibration calibration;
+    calibration.bayerOrder = BayerOrder::RGGB;
+    calibration.levelBits = 10;
+    std::fill(std::begin(calibration.blackLevel), std::end(calibration.blackLevel), kBlack);
+    calibration.whiteLevel = kWhite;
+    calibration.wbGains[kRed] = kGains[0];
+    calibration.wbGains[kBlue] = kGains[2];
+    calibration.noiseShot = 1 / kFullWell;
+    calibration.noiseRead = (kReadNoise / kRange) * (kReadNoise / kRange);
     cv::Mat const toSensor(3, 3, CV_32F, const_cast<float*>(kSensorColours));
     cv::Mat const toSrgb = toSensor.inv();
-    std::copy(toSrgb.begin<float>(), toSrgb.end<float>(), facts.colorMatrix);
-    return facts;
+    std::copy(toSrgb.begin<float>(), toSrgb.end<float>(), calibration.colorMatrix);
+    return calibration;
 }
 
 }  // namespace
@@ -82,7 +82,7 @@ Capture exposeDemoSensor(cv::Mat const& scene) {
     image.samples = samples->data();
     image.stride = width;
     capture.image = image;
-    capture.facts = sensorFacts();
+    capture.calibration = sensorCalibration();
     capture.memory = samples;
     return capture;
 }

@@ -2,7 +2,7 @@
 
 #include <opencv2/core/mat.hpp>
 
-#include "command/OutputFile.h"
+#include "support/Bytes.h"
 
 namespace quen::reprocess {
 

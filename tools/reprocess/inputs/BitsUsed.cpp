@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
-#include "host/isp/Parallel.h"
+#include "host/base/Parallel.h"
 
 namespace quen::reprocess {
 namespace {
@@ -29,7 +29,7 @@ unsigned bitsUsed(BayerImage const& image, uint32_t width, uint32_t height) {
         }
     };
     int const pieces = static_cast<int>((height + kRowsAPiece - 1) / kRowsAPiece);
-    host::isp::inParallel(pieces, [&] { return read; });
+    host::inParallel(pieces, [&] { return read; });
     return used;
 }
 

@@ -1,3 +1,5 @@
+#include "inputs/CameraRaw.h"
+
 #include <libraw/libraw.h>
 
 #include <algorithm>
@@ -5,7 +7,6 @@
 
 #include "inputs/BitsUsed.h"
 #include "inputs/Corrections.h"
-#include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
 #include "inputs/RawSamples.h"
 #include "support/Failure.h"
@@ -54,7 +55,7 @@ BayerOrder bayerOrder(LibRaw& raw) {
                   "convert it with other means first");
 }
 
-void readBlackLevels(LibRaw& raw, CaptureFacts& facts) {
+void readBlackLevels(LibRaw& raw, SensorCalibration& calibration) {
     auto const& colour = raw.imgdata.color;
     unsigned const rows = colour.cblack[4];
     unsigned const columns = colour.cblack[5];
@@ -65,8 +66,8 @@ void readBlackLevels(LibRaw& raw, CaptureFacts& facts) {
         if (rows && columns) {
             level += colour.cblack[6 + row % rows * columns + column % columns];
         }
-        BayerChannel const channel = kBayerChannels[int(facts.bayerOrder)][position];
-        facts.blackLevel[channel] = static_cast<float>(level);
+        BayerChannel const channel = kBayerChannels[int(calibration.bayerOrder)][position];
+        calibration.blackLevel[channel] = static_cast<float>(level);
     }
 }
 
@@ -84,8 +85,8 @@ void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
                 "has no white balance of its own, so daylight's is used; --wb sets another");
     }
     if (usableGains(gains)) {
-        capture.facts.wbGains[kRed] = gains[0] / gains[1];
-        capture.facts.wbGains[kBlue] = gains[2] / gains[1];
+        capture.calibration.wbGains[kRed] = gains[0] / gains[1];
+        capture.calibration.wbGains[kBlue] = gains[2] / gains[1];
     }
 }
 
@@ -104,16 +105,16 @@ void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
         capture.notes.push_back("is of a camera whose colours are not known, so they stay its own");
         return;
     }
-    std::copy(std::begin(matrix), std::end(matrix), capture.facts.colorMatrix);
+    std::copy(std::begin(matrix), std::end(matrix), capture.calibration.colorMatrix);
 }
 
-// The default facts are those of a sensor at ISO 100; amplification raises shot noise with itself
-// and read noise with its square.
-void scaleNoise(float iso, CaptureFacts& facts) {
+// The default calibration is that of a sensor at ISO 100; amplification raises shot noise with
+// itself and read noise with its square.
+void scaleNoise(float iso, SensorCalibration& calibration) {
     if (iso > 0) {
         float const gain = std::clamp(iso / 100, 0.5f, 256.0f);
-        facts.noiseShot *= gain;
-        facts.noiseRead *= gain * gain;
+        calibration.noiseShot *= gain;
+        calibration.noiseRead *= gain * gain;
     }
 }
 
@@ -153,7 +154,7 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     }
 
     Capture capture;
-    capture.facts.bayerOrder = bayerOrder(*raw);
+    capture.calibration.bayerOrder = bayerOrder(*raw);
     auto const& sizes = raw->imgdata.sizes;
     auto const& colour = raw->imgdata.color;
     if (sizes.width < 2 || sizes.height < 2 || sizes.left_margin + sizes.width > sizes.raw_width ||
@@ -167,16 +168,16 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     image.stride = samples.stride;
     image.samples = samples.first + sizes.top_margin * image.stride + sizes.left_margin;
     capture.image = image;
-    CaptureFacts& facts = capture.facts;
-    facts.whiteLevel = static_cast<float>(colour.maximum);
-    facts.levelBits = depthOf(image, capture.width, capture.height, facts.whiteLevel);
-    readBlackLevels(*raw, facts);
+    SensorCalibration& calibration = capture.calibration;
+    calibration.whiteLevel = static_cast<float>(colour.maximum);
+    calibration.levelBits = depthOf(image, capture.width, capture.height, calibration.whiteLevel);
+    readBlackLevels(*raw, calibration);
     readColourMatrix(colour, capture);
-    scaleNoise(raw->imgdata.other.iso_speed, facts);
+    scaleNoise(raw->imgdata.other.iso_speed, calibration);
     if (!options.wb) {
         readWhiteBalance(colour, capture);
     }
-    applyCorrections(options, facts);
+    applyCorrections(options, calibration);
     capture.orientation = orientationOf(sizes.flip);
     capture.memory = samples.memory;
     return capture;

@@ -7,14 +7,14 @@
 #include <variant>
 #include <vector>
 
-#include "host/isp/TuningData.h"
+#include "host/isp/buffers/SensorCalibration.h"
 
 namespace quen::reprocess {
 
 using host::isp::BayerOrder;
-using host::isp::CaptureFacts;
+using host::isp::SensorCalibration;
 
-/** A mosaic's channels, and the index of each in the four-entry lists of CaptureFacts. */
+/** A mosaic's channels, and the index of each in the four-entry lists of SensorCalibration. */
 enum BayerChannel { kRed, kGreenOfRedRows, kGreenOfBlueRows, kBlue };
 
 /** The channel of each pixel of the 2 x 2 block, in reading order, by BayerOrder. */
@@ -48,7 +48,7 @@ struct Capture {
     uint32_t height = 0;
     int orientation = 0;  ///< degrees to turn clockwise for viewing: 0, 90, 180, 270
     std::variant<BayerImage, Nv21Image> image;
-    CaptureFacts facts;                  ///< of a mosaic; levels at the depth of its samples
+    SensorCalibration calibration;       ///< of a mosaic; levels at the depth of its samples
     std::vector<std::string> notes;      ///< what the user should know about the reading
     std::shared_ptr<void const> memory;  ///< keeps what `image` points at
 };

@@ -7,22 +7,23 @@
 
 namespace quen::reprocess {
 
-void applyCorrections(InputOptions const& options, CaptureFacts& facts) {
+void applyCorrections(InputOptions const& options, SensorCalibration& calibration) {
     if (options.black) {
-        std::copy(options.black->begin(), options.black->end(), facts.blackLevel);
+        std::copy(options.black->begin(), options.black->end(), calibration.blackLevel);
     }
     if (options.wb) {
         auto const& [red, green, blue] = *options.wb;
-        facts.wbGains[kRed] = red;
-        facts.wbGains[kGreenOfRedRows] = green;
-        facts.wbGains[kGreenOfBlueRows] = green;
-        facts.wbGains[kBlue] = blue;
+        calibration.wbGains[kRed] = red;
+        calibration.wbGains[kGreenOfRedRows] = green;
+        calibration.wbGains[kGreenOfBlueRows] = green;
+        calibration.wbGains[kBlue] = blue;
     }
-    float const black = *std::max_element(std::begin(facts.blackLevel), std::end(facts.blackLevel));
-    if (black >= facts.whiteLevel) {
+    float const black =
+            *std::max_element(std::begin(calibration.blackLevel), std::end(calibration.blackLevel));
+    if (black >= calibration.whiteLevel) {
         throw Failure("would be all black: its black level of " + std::to_string(int(black)) +
                               " is not below its white level of " +
-                              std::to_string(int(facts.whiteLevel)),
+                              std::to_string(int(calibration.whiteLevel)),
                       "give the true one with --black");
     }
 }

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "command/Options.h"
 #include "inputs/Capture.h"
+#include "inputs/InputOptions.h"
 
 namespace quen::reprocess {
 
 /**
- * Puts what the command line says of a capture's levels and gains in place of what the facts have.
+ * Puts what the command line says of a capture's levels and gains in place of what the calibration
+ * has.
  *
  * @throws Failure when black is then not below white
  */
-void applyCorrections(InputOptions const& options, CaptureFacts& facts);
+void applyCorrections(InputOptions const& options, SensorCalibration& calibration);
 
 }  // namespace quen::reprocess

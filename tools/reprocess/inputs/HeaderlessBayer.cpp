@@ -1,8 +1,9 @@
+#include "inputs/HeaderlessBayer.h"
+
 #include <algorithm>
 
 #include "inputs/BitsUsed.h"
 #include "inputs/Corrections.h"
-#include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 
@@ -23,13 +24,13 @@ void checkDepth(BayerImage const& image, uint32_t width, uint32_t height, int bi
     }
 }
 
-CaptureFacts factsFrom(InputOptions const& options) {
-    CaptureFacts facts;
-    facts.bayerOrder = *options.bayer;
-    facts.levelBits = options.bits;
-    facts.whiteLevel = static_cast<float>((1 << options.bits) - 1);
-    applyCorrections(options, facts);
-    return facts;
+SensorCalibration calibrationFrom(InputOptions const& options) {
+    SensorCalibration calibration;
+    calibration.bayerOrder = *options.bayer;
+    calibration.levelBits = options.bits;
+    calibration.whiteLevel = static_cast<float>((1 << options.bits) - 1);
+    applyCorrections(options, calibration);
+    return calibration;
 }
 
 }  // namespace
@@ -42,7 +43,7 @@ Capture readHeaderlessBayer(std::string const& path, InputOptions const& options
     size_t const packedBytes = width % 4 == 0 ? pixels * 5 / 4 : 0;
 
     Capture capture;
-    capture.facts = factsFrom(options);
+    capture.calibration = calibrationFrom(options);
     BayerImage image;
     if (file->size() == wordBytes) {
         image.samples = reinterpret_cast<uint16_t const*>(file->data());

@@ -1,6 +1,10 @@
 #include "inputs/Inputs.h"
 
-#include "command/FileNames.h"
+#include "inputs/CameraRaw.h"
+#include "inputs/HeaderlessBayer.h"
+#include "inputs/JpegFile.h"
+#include "inputs/YuvFile.h"
+#include "support/FileExtension.h"
 
 namespace quen::reprocess {
 

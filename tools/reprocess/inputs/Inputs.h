@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "command/Options.h"
 #include "inputs/Capture.h"
+#include "inputs/InputOptions.h"
 
 namespace quen::reprocess {
 
@@ -20,11 +20,5 @@ InputKind inputKind(std::string const& path, InputOptions const& options);
  * @throws Failure, without the file's name
  */
 Capture readCapture(std::string const& path, InputOptions const& options);
-
-// The readers behind it, one a kind of file.
-Capture readCameraRaw(std::string const& path, InputOptions const& options);
-Capture readHeaderlessBayer(std::string const& path, InputOptions const& options);
-Capture readYuv(std::string const& path, InputOptions const& options);
-Capture readJpeg(std::string const& path);
 
 }  // namespace quen::reprocess

@@ -1,10 +1,11 @@
+#include "inputs/JpegFile.h"
+
 #include <libexif/exif-data.h>
 #include <libyuv.h>
 #include <turbojpeg.h>
 
 #include <array>
 
-#include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 

@@ -1,9 +1,10 @@
+#include "inputs/YuvFile.h"
+
 #include <libyuv.h>
 
-#include "command/FileNames.h"
-#include "inputs/Inputs.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
+#include "support/FileExtension.h"
 
 namespace quen::reprocess {
 namespace {

@@ -1,6 +1,6 @@
 #include "report/Report.h"
 
-#include "client/TuningBuffer.h"
+#include "buffers/ThreeABuffer.h"
 #include "host/metadata/MetadataText.h"
 #include "report/ReportText.h"
 #include "support/Text.h"
@@ -32,11 +32,11 @@ void Report::addClientResult(camera_metadata const* metadata, int32_t tuningInde
         return;
     }
     std::string text = "client result\n" + indented(host::metadataText(metadata));
-    if (auto const tuning = readTuningData(tuningIndex)) {
+    if (auto const tuning = readCalibration(tuningIndex)) {
         text += format("3A buffer %d\n", tuningIndex);
-        text += indented(tuningHeaderText(tuning->header));
-        if (tuning->facts) {
-            text += indented(factsText(*tuning->facts));
+        text += indented(calibrationHeaderText(tuning->header));
+        if (tuning->calibration) {
+            text += indented(calibrationText(*tuning->calibration));
         }
     }
     addText(text);

@@ -6,7 +6,7 @@
 
 #include <system/camera_metadata.h>
 
-#include "host/isp/IspObserver.h"
+#include "host/isp/device/IspObserver.h"
 #include "report/Stopwatch.h"
 
 namespace quen::reprocess {

@@ -24,8 +24,9 @@ constexpr FormatName kFormatNames[] = {
 
 constexpr char const* kBayerNames[] = {"rggb", "grbg", "gbrg", "bggr"};
 
-// By host::isp::FactsState.
-constexpr char const* kFactsOrigins[] = {"not given: defaults", "given", "malformed: defaults"};
+// By host::isp::CalibrationState.
+constexpr char const* kCalibrationOrigins[] = {"not given: defaults", "given",
+                                               "malformed: defaults"};
 
 char const* formatName(int32_t format) {
     for (FormatName const& entry : kFormatNames) {
@@ -110,11 +111,11 @@ std::string resultText(isphal::ISPResult const& result, host::isp::IspReport con
     if (report.isRaw) {
         lines += format("samples of %d bits\n", report.rawBits);
         lines += format("capture facts (%s)\n",
-                        kFactsOrigins[static_cast<size_t>(report.factsState)]);
-        lines += indented(factsText(report.facts));
+                        kCalibrationOrigins[static_cast<size_t>(report.calibrationState)]);
+        lines += indented(calibrationText(report.calibration));
     }
-    if (report.hasTuningHeader) {
-        lines += "output tuning data\n" + indented(tuningHeaderText(report.tuningHeader));
+    if (report.hasCalibrationHeader) {
+        lines += "output tuning data\n" + indented(calibrationHeaderText(report.calibrationHeader));
     }
     lines += settingsText("result metadata", result.resultMetadata);
     lines += "legs\n";
@@ -126,19 +127,21 @@ std::string resultText(isphal::ISPResult const& result, host::isp::IspReport con
            indented(lines);
 }
 
-std::string factsText(host::isp::CaptureFacts const& facts) {
+std::string calibrationText(host::isp::SensorCalibration const& calibration) {
     return format("Bayer order %s, levels of %d bits\n",
-                  kBayerNames[static_cast<size_t>(facts.bayerOrder)], facts.levelBits) +
-           "black R Gr Gb B" + floatsText(facts.blackLevel, 4) + ", white" +
-           floatsText(&facts.whiteLevel, 1) + "\n" + "gains R Gr Gb B" +
-           floatsText(facts.wbGains, 4) + ", exposure" + floatsText(&facts.exposureGain, 1) + "\n" +
-           "colour matrix" + floatsText(facts.colorMatrix, 9) + "\n" + "noise shot" +
-           floatsText(&facts.noiseShot, 1) + ", read" + floatsText(&facts.noiseRead, 1) +
-           ", denoise" + floatsText(&facts.denoiseStrength, 1) + ", sharpening" +
-           floatsText(&facts.sharpening, 1) + "\n";
+                  kBayerNames[static_cast<size_t>(calibration.bayerOrder)], calibration.levelBits) +
+           "black R Gr Gb B" + floatsText(calibration.blackLevel, 4) + ", white" +
+           floatsText(&calibration.whiteLevel, 1) + "\n" + "gains R Gr Gb B" +
+           floatsText(calibration.wbGains, 4) + ", exposure" +
+           floatsText(&calibration.exposureGain, 1) + "\n" + "colour matrix" +
+           floatsText(calibration.colorMatrix, 9) + "\n" + "noise shot" +
+           floatsText(&calibration.noiseShot, 1) + ", read" +
+           floatsText(&calibration.noiseRead, 1) + ", denoise" +
+           floatsText(&calibration.denoiseStrength, 1) + ", sharpening" +
+           floatsText(&calibration.sharpening, 1) + "\n";
 }
 
-std::string tuningHeaderText(host::isp::TuningHeader const& header) {
+std::string calibrationHeaderText(host::isp::CalibrationHeader const& header) {
     return format("requestNo %d, frameNumber %d, totalUsedBytes %d\n", header.requestNo,
                   header.frameNumber, header.totalUsedBytes);
 }

@@ -4,8 +4,8 @@
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
 
-#include "host/isp/IspObserver.h"
-#include "host/isp/TuningData.h"
+#include "host/isp/buffers/SensorCalibration.h"
+#include "host/isp/device/IspObserver.h"
 
 // What goes through the ISP's interface, as text for --info: lines, each with its end.
 namespace quen::reprocess {
@@ -15,8 +15,8 @@ namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
 std::string configurationText(isphal::ISPStreamConfiguration const& config, isphal::Status status);
 std::string requestText(isphal::ISPRequest const& request, isphal::Status status);
 std::string resultText(isphal::ISPResult const& result, host::isp::IspReport const& report);
-std::string factsText(host::isp::CaptureFacts const& facts);
-std::string tuningHeaderText(host::isp::TuningHeader const& header);
+std::string calibrationText(host::isp::SensorCalibration const& calibration);
+std::string calibrationHeaderText(host::isp::CalibrationHeader const& header);
 
 /** The same lines, set in by two blanks more. */
 std::string indented(std::string const& lines);

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <quenOfflineDevice/quenOfflineDevice.h>
+#include <vendor/mediatek/hardware/camera/isphal/1.0/IISPModule.h>
+
+#include "host/threea/ThreeAStore.h"
+#include "metadata/Requests.h"
+#include "support/Section.h"
+
+namespace quenbench {
+
+namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
+using Client =
+        android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>;
+
+/** A client that takes what it is told and does nothing. */
+Client makeClient();
+
+/** A thread that answers a while after it was asked: whoever asked is waiting by then. */
+class Responder {
+  public:
+    /** @param prepare called before the while, `answer` after it; both on the thread */
+    Responder(std::function<void()> prepare, std::function<void()> answer);
+    ~Responder();
+
+    void ask();
+
+    /** When the last answer began. Read after it has come. */
+    Clock::time_point answeredAt() const { return mAnsweredAt; }
+
+  private:
+    void loop();
+
+    std::function<void()> const mPrepare;
+    std::function<void()> const mAnswer;
+    std::mutex mLock;
+    std::condition_variable mChanged;
+    bool mAsked = false;  // guarded by mLock
+    bool mEnded = false;  // guarded by mLock
+    Clock::time_point mAnsweredAt;
+    std::thread mThread;
+};
+
+/** When the stand-in ISP answers a request. */
+enum class Answering {
+    AtOnce,      ///< within the submission, on the client's thread
+    WhenAsked,   ///< at a call of `answer`
+    FromThread,  ///< from a thread of its own, once the client waits
+};
+
+/** An ISP device that does nothing with a request but answer it, with 20 entries. */
+class BenchIsp : public isphal::IDevice {
+  public:
+    using StatusReturn = android::hardware::Return<isphal::Status>;
+
+    explicit BenchIsp(Answering answering);
+
+    StatusReturn configureISPDevice(isphal::ISPStreamConfiguration const& config,
+                                    android::sp<isphal::ICallback> const& callback) override;
+    StatusReturn processISPRequest(
+            android::hardware::hidl_vec<isphal::ISPRequest> const& requests) override;
+    StatusReturn flush() override { return isphal::Status::OK; }
+    StatusReturn closeISPDevice() override;
+
+    void answer(uint32_t number);
+    Clock::time_point answeredAt() const { return mResponder->answeredAt(); }
+
+    /** Fills the tuning buffers of outputs from now on, as an ISP with 2 MB to tell does. */
+    void fillTuningBuffers() { mFillsTuning = true; }
+
+  private:
+    void leaveJpeg();
+
+    Answering const mAnswering;
+    bool mFillsTuning = false;
+    std::vector<uint8_t> mResultBytes;
+    isphal::ISPResult mResult;
+    android::sp<isphal::ICallback> mCallback;
+    isphal::ISPRequest const* mPending = nullptr;  // the waiting client's
+    std::unique_ptr<Responder> mResponder;
+};
+
+/** What a session's requests are. */
+enum class RequestKind {
+    RawToYuv,        ///< tuning data in 3A buffers; the client's buffers pass through
+    RawToYuvTuning,  ///< tuning data in a graphic buffer, brought back in the metadata
+    YuvToJpeg,       ///< the picture goes into a device buffer, the JPEG comes from one
+    Nv21ToJpeg,      ///< the picture passes through; nothing is kept open until the answer
+};
+
+/**
+ * A client, its device object and the ISP behind it. They share the process's 3A buffers: several
+ * at a time are of one kind, and the latest ends first.
+ */
+class BenchSession {
+  public:
+    BenchSession(RequestKind kind, Answering answering, RequestShape const& shape);
+    ~BenchSession();
+    BenchSession(BenchSession const&) = delete;
+    BenchSession& operator=(BenchSession const&) = delete;
+
+    /** Submits the next request. Returns its number. */
+    uint32_t submit(Client const& client);
+
+    BenchIsp& isp() { return *mIsp; }
+
+  private:
+    struct Memory;
+
+    std::vector<std::unique_ptr<Memory>> mMemory;
+    std::shared_ptr<quen::host::IThreeAStore> mThreeABefore;
+    ClientMetadata const mSettings;
+    ImageBuffer mInput;
+    ImageBuffer mOutput;
+    PostProcessParams mParams;
+    android::sp<BenchIsp> const mIsp;
+    quenOfflineDevice mDevice;
+};
+
+}  // namespace quenbench

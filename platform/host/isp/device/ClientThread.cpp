@@ -1,0 +1,46 @@
+#include "host/isp/device/ClientThread.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <thread>
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr std::chrono::microseconds kLookEvery{200};
+
+}  // namespace
+
+ClientThread ClientThread::current() {
+    return ClientThread(gettid());
+}
+
+void ClientThread::waitUntilAsleep(std::chrono::milliseconds limit) const {
+    auto const end = std::chrono::steady_clock::now() + limit;
+    while (mId != gettid() && isRunning() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kLookEvery);
+    }
+}
+
+/** Whether the thread runs or waits for a processor. One that cannot be looked at does not. */
+bool ClientThread::isRunning() const {
+    char path[48];
+    snprintf(path, sizeof(path), "/proc/self/task/%d/stat", mId);
+    int const fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    char text[128];
+    ssize_t const size = read(fd, text, sizeof(text) - 1);
+    close(fd);
+    text[size < 0 ? 0 : size] = '\0';
+    // "<id> (<name>) <state> ...", and a name may hold anything.
+    char const* const nameEnd = strrchr(text, ')');
+    return nameEnd != nullptr && strncmp(nameEnd, ") R", 3) == 0;
+}
+
+}  // namespace quen::host::isp

@@ -1,0 +1,106 @@
+#include "host/isp/device/IspConfiguration.h"
+
+#include <algorithm>
+#include <optional>
+
+#include <system/graphics.h>
+
+#include "host/isp/jpeg/JpegEncode.h"
+
+using android::hardware::hidl_vec;
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPStreamConfiguration;
+using vendor::mediatek::hardware::camera::isphal::V1_0::Status;
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr uint32_t kRgbLayout = 0x00010002;
+constexpr int kMinInputSide = 8;
+constexpr int kPackedGroup = 4;
+
+/** A format that streams of a direction may have. */
+struct FormatRule {
+    int32_t format;
+    bool isInput;
+    StreamKind kind;
+    RawLayout rawLayout;
+};
+
+constexpr FormatRule kFormatRules[] = {
+        {HAL_PIXEL_FORMAT_RAW10, true, StreamKind::Raw, RawLayout::Packed10},
+        {HAL_PIXEL_FORMAT_RAW16, true, StreamKind::Raw, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YCRCB_420_SP, true, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YCBCR_420_888, true, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, true, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YV12, true, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YCRCB_420_SP, false, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YCBCR_420_888, false, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, false, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_YV12, false, StreamKind::Yuv, RawLayout::Words16},
+        {HAL_PIXEL_FORMAT_BLOB, false, StreamKind::Jpeg, RawLayout::Words16},
+};
+
+bool applyFormat(ISPStream const& stream, bool isInput, Stream& result) {
+    if (isInput && stream.bufferLayout == kRgbLayout) {
+        result.kind = StreamKind::Raw;
+        result.rawLayout = RawLayout::Rgb48;
+        return true;
+    }
+    for (FormatRule const& rule : kFormatRules) {
+        if (rule.format == stream.format && rule.isInput == isInput) {
+            result.kind = rule.kind;
+            result.rawLayout = rule.rawLayout;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<Stream> readStream(ISPStream const& stream, bool isInput) {
+    uint32_t const smallest = isInput ? kMinInputSide : 1;
+    auto const [shorter, longer] = std::minmax(stream.width, stream.height);
+    Stream result;
+    if (shorter < smallest || longer > kMaxJpegSide || !applyFormat(stream, isInput, result)) {
+        return std::nullopt;
+    }
+    result.id = static_cast<uint32_t>(stream.id);
+    result.width = static_cast<int>(stream.width);
+    result.height = static_cast<int>(stream.height);
+    result.firstStride = stream.stride.size() == 0 ? 0 : stream.stride[0];
+    bool const isPacked = result.kind == StreamKind::Raw && result.rawLayout == RawLayout::Packed10;
+    if (isPacked && result.width % kPackedGroup != 0) {
+        return std::nullopt;
+    }
+    return result;
+}
+
+bool readStreams(hidl_vec<ISPStream> const& streams, bool isInput, std::vector<Stream>& result) {
+    for (ISPStream const& stream : streams) {
+        std::optional<Stream> const read = readStream(stream, isInput);
+        if (!read || findStream(result, read->id) != nullptr) {
+            return false;
+        }
+        result.push_back(*read);
+    }
+    return !result.empty();
+}
+
+}  // namespace
+
+Status readConfiguration(ISPStreamConfiguration const& config, IspConfiguration& result) {
+    bool const isSound = readStreams(config.inputStreams, true, result.inputs) &&
+                         readStreams(config.outputStreams, false, result.outputs) &&
+                         parseSettings(config.sessionSettings, result.settings);
+    return isSound ? Status::OK : Status::ILLEGAL_ARGUMENT;
+}
+
+Stream const* findStream(std::vector<Stream> const& streams, uint64_t id) {
+    auto const found = std::find_if(streams.begin(), streams.end(), [&](Stream const& stream) {
+        return stream.id == static_cast<uint32_t>(id);
+    });
+    return found == streams.end() ? nullptr : &*found;
+}
+
+}  // namespace quen::host::isp

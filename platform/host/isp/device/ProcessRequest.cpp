@@ -1,0 +1,215 @@
+#include "host/isp/device/ProcessRequest.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <new>
+#include <optional>
+
+#include "host/isp/develop/Develop.h"
+#include "host/isp/develop/Resample.h"
+#include "host/isp/jpeg/Exif.h"
+#include "host/isp/jpeg/JpegEncode.h"
+
+using vendor::mediatek::hardware::camera::isphal::V1_0::Status;
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr int kDefaultJpegQuality = 95;
+
+/** The trailer at the end of a JPEG's buffer. */
+struct BlobTrailer {
+    uint16_t id;
+    uint16_t padding;
+    uint32_t size;
+};
+
+constexpr uint16_t kJpegBlob = 0x00ff;
+static_assert(sizeof(BlobTrailer) == 8, "the trailer is eight bytes");
+
+/** Adds what it takes from construction to destruction to a report. */
+class LegTimer {
+  public:
+    LegTimer(IspReport& report, char const* name)
+        : mReport(report), mName(name), mStart(std::chrono::steady_clock::now()) {}
+    ~LegTimer() {
+        auto const time = std::chrono::steady_clock::now() - mStart;
+        mReport.legs.push_back(
+                {mName, std::chrono::duration_cast<std::chrono::microseconds>(time)});
+    }
+
+    LegTimer(LegTimer const&) = delete;
+    LegTimer& operator=(LegTimer const&) = delete;
+
+  private:
+    IspReport& mReport;
+    char const* const mName;
+    std::chrono::steady_clock::time_point const mStart;
+};
+
+bool lockAll(Request& request) {
+    return request.input.buffer.lock() != nullptr &&
+           std::all_of(request.outputs.begin(), request.outputs.end(),
+                       [](RequestImage& output) { return output.buffer.lock() != nullptr; });
+}
+
+YuvPicture pictureOf(RequestImage& image) {
+    return pictureAt(image.yuv, image.buffer.lock(), image.stream.width, image.stream.height);
+}
+
+void writeTrailer(RequestImage& output, size_t jpegBytes) {
+    uint8_t* const address = output.buffer.lock();
+    if (address == nullptr) {
+        return;
+    }
+    BlobTrailer const trailer{kJpegBlob, 0, static_cast<uint32_t>(jpegBytes)};
+    memcpy(address + output.blockBytes - sizeof(trailer), &trailer, sizeof(trailer));
+}
+
+/** Reads the sensor calibration beside the input, and sets the header of the outputs'. */
+Status readCalibration(Request& request, IspReport& report) {
+    CalibrationHeader& header = report.calibrationHeader;
+    if (!request.input.calibration.read(header, report.calibrationState, report.calibration)) {
+        return Status::RESOURCE_ERROR;
+    }
+    // Without a calibration the bytes of the header are undefined.
+    int32_t const number = static_cast<int32_t>(request.number);
+    header.frameNumber =
+            report.calibrationState == CalibrationState::Present ? header.frameNumber : number;
+    header.requestNo = number;
+    header.totalUsedBytes = static_cast<int32_t>(kCalibrationUsedBytes);
+    // Only developing uses the calibration.
+    return report.isRaw && report.calibrationState == CalibrationState::Malformed
+                   ? Status::ILLEGAL_ARGUMENT
+                   : Status::OK;
+}
+
+void writeCalibration(Request& request, IspReport& report) {
+    for (RequestImage& output : request.outputs) {
+        if (output.calibration.isThere() &&
+            output.calibration.write(report.calibrationHeader, report.calibration)) {
+            report.hasCalibrationHeader = true;
+        }
+    }
+}
+
+/** The output that can take a picture of that size as it is; null when none can. */
+RequestImage* findOutput(Request& request, int width, int height) {
+    auto const found = std::find_if(
+            request.outputs.begin(), request.outputs.end(), [&](RequestImage const& output) {
+                return output.stream.kind == StreamKind::Yuv && output.stream.width == width &&
+                       output.stream.height == height;
+            });
+    return found == request.outputs.end() ? nullptr : &*found;
+}
+
+void developInto(Request& request, IspReport& report, YuvPicture const& target) {
+    LegTimer const timer(report, "develop");
+    RequestImage& input = request.input;
+    RawPicture raw;
+    raw.width = input.stream.width;
+    raw.height = input.stream.height;
+    raw.data = input.buffer.lock() + input.raw.offset;
+    raw.stride = input.raw.stride;
+    raw.layout = input.stream.rawLayout;
+    raw.bits = request.rawBits;
+    develop(raw, request.crop, report.calibration, target);
+}
+
+Status encodeInto(Request const& request, IspReport& report, YuvPicture const& picture,
+                  RequestImage& output) {
+    std::optional<OwnedYuvPicture> scaled;
+    Stream const& stream = output.stream;
+    if (picture.width != stream.width || picture.height != stream.height) {
+        LegTimer const timer(report, "scale");
+        scaled.emplace(stream.width, stream.height);
+        resample(picture, scaled->view());
+    }
+    LegTimer const timer(report, "encode");
+    RequestSettings const& sessionSettings = request.configuration->settings;
+    ExifFields exif;
+    exif.width = stream.width;
+    exif.height = stream.height;
+    exif.orientationDegrees =
+            request.settings.jpegOrientation.value_or(sessionSettings.jpegOrientation.value_or(0));
+    exif.time = time(nullptr);
+    int const quality = request.settings.jpegQuality.value_or(
+            sessionSettings.jpegQuality.value_or(kDefaultJpegQuality));
+    size_t const size = encodeJpeg(scaled ? scaled->view() : picture, quality, buildExif(exif),
+                                   output.buffer.lock(), output.blockBytes - sizeof(BlobTrailer));
+    writeTrailer(output, size);
+    return size != 0 ? Status::OK : Status::RESULT_ERROR;
+}
+
+/** Writes every output that does not hold the picture already. The first failure is answered. */
+Status writeOutputs(Request& request, IspReport& report, YuvPicture const& picture,
+                    RequestImage const* done) {
+    Status status = Status::OK;
+    for (RequestImage& output : request.outputs) {
+        Status written = Status::OK;
+        if (output.stream.kind == StreamKind::Jpeg) {
+            written = encodeInto(request, report, picture, output);
+        } else if (&output != done) {
+            LegTimer const timer(report, "scale");
+            resample(picture, pictureOf(output));
+        }
+        status = status == Status::OK ? written : status;
+    }
+    return status;
+}
+
+/** Develops into the first output that fits, or else into memory of our own. */
+Status makeFromRaw(Request& request, IspReport& report) {
+    int const width = request.crop.width;
+    int const height = request.crop.height;
+    RequestImage* const direct = findOutput(request, width, height);
+    std::optional<OwnedYuvPicture> between;
+    if (direct == nullptr) {
+        between.emplace(width, height);
+    }
+    YuvPicture const picture = direct != nullptr ? pictureOf(*direct) : between->view();
+    developInto(request, report, picture);
+    return writeOutputs(request, report, picture, direct);
+}
+
+Status process(Request& request, IspReport& report) {
+    if (!lockAll(request)) {
+        return Status::RESOURCE_ERROR;
+    }
+    for (RequestImage& output : request.outputs) {
+        if (output.stream.kind == StreamKind::Jpeg) {
+            writeTrailer(output, 0);  // whatever happens, there is no file until there is one
+        }
+    }
+    report.crop = request.crop;
+    report.isRaw = request.input.stream.kind == StreamKind::Raw;
+    report.rawBits = report.isRaw ? request.rawBits : 0;
+    Status status = readCalibration(request, report);
+    if (status == Status::OK) {
+        status = report.isRaw
+                         ? makeFromRaw(request, report)
+                         : writeOutputs(request, report,
+                                        cropped(pictureOf(request.input), request.crop), nullptr);
+    }
+    if (status == Status::OK) {
+        writeCalibration(request, report);
+    }
+    return status;
+}
+
+}  // namespace
+
+Status processRequest(Request& request, IspReport& report) {
+    try {
+        return process(request, report);
+    } catch (std::bad_alloc const&) {
+        return Status::RESOURCE_ERROR;
+    } catch (std::exception const&) {
+        return Status::INTERNAL_ERROR;
+    }
+}
+
+}  // namespace quen::host::isp

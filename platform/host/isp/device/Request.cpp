@@ -1,0 +1,124 @@
+#include "host/isp/device/Request.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+using android::sp;
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest;
+using vendor::mediatek::hardware::camera::isphal::V1_0::Status;
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr int kPackedBits = 10;
+constexpr int kRgbBits = 16;
+constexpr int kDefaultWordBits = 10;
+constexpr size_t kSmallestBlock = 9;  // a trailer, and something before it
+
+/** Finds the stream's image in the buffer. @return false when the buffer does not hold it */
+bool locate(RequestImage& image) {
+    Stream const& stream = image.stream;
+    switch (stream.kind) {
+        case StreamKind::Raw: {
+            std::optional<RawRows> const rows =
+                    findRaw(image.buffer, rawRowBytes(stream.rawLayout, stream.width),
+                            stream.height, stream.firstStride);
+            image.raw = rows.value_or(RawRows());
+            return rows.has_value();
+        }
+        case StreamKind::Yuv: {
+            std::optional<YuvLayout> const layout =
+                    findYuv(image.buffer, stream.width, stream.height);
+            image.yuv = layout.value_or(YuvLayout());
+            return layout.has_value();
+        }
+        case StreamKind::Jpeg:
+            image.blockBytes = findBlock(image.buffer).value_or(0);
+            return image.blockBytes >= kSmallestBlock;
+    }
+    return false;
+}
+
+Status readImage(ISPBuffer const& buffer, Stream const& stream,
+                 sp<GraphicBuffer::IMapper> const& mapper, RequestImage& image) {
+    image.stream = stream;
+    Status status = image.buffer.import(mapper, buffer.buffer.getNativeHandle());
+    if (status == Status::OK && !locate(image)) {
+        status = Status::ILLEGAL_ARGUMENT;
+    }
+    return status == Status::OK
+                   ? image.calibration.open(mapper, buffer.tuningData.getNativeHandle())
+                   : status;
+}
+
+/** Cuts a rectangle to an input of that size. @return false when nothing is left */
+bool cut(PixelRect const& wanted, Stream const& input, PixelRect& crop) {
+    // In 64 bits: the rectangle's far corner may lie beyond an int.
+    int64_t const left = std::max<int64_t>(wanted.x, 0);
+    int64_t const top = std::max<int64_t>(wanted.y, 0);
+    int64_t const right = std::min<int64_t>(int64_t{wanted.x} + wanted.width, input.width);
+    int64_t const bottom = std::min<int64_t>(int64_t{wanted.y} + wanted.height, input.height);
+    if (right <= left || bottom <= top) {
+        return false;
+    }
+    crop = {static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left),
+            static_cast<int>(bottom - top)};
+    if (input.kind == StreamKind::Yuv) {
+        crop.x -= crop.x % 2;
+        crop.y -= crop.y % 2;
+    }
+    return true;
+}
+
+int rawBitsOf(Stream const& input, RequestSettings const& request, RequestSettings const& session) {
+    if (input.rawLayout == RawLayout::Packed10) {
+        return kPackedBits;
+    }
+    if (input.rawLayout == RawLayout::Rgb48) {
+        return kRgbBits;
+    }
+    return request.rawBits.value_or(session.rawBits.value_or(kDefaultWordBits));
+}
+
+}  // namespace
+
+Status readRequest(ISPRequest const& request,
+                   std::shared_ptr<IspConfiguration const> const& configuration,
+                   sp<GraphicBuffer::IMapper> const& mapper, Request& result) {
+    result.number = request.requestNumber;
+    result.configuration = configuration;
+    if (request.inputBuffers.size() != 1 || request.outputBuffers.size() == 0 ||
+        !parseSettings(request.settings, result.settings)) {
+        return Status::ILLEGAL_ARGUMENT;
+    }
+    ISPBuffer const& input = request.inputBuffers[0];
+    Stream const* const inputStream = findStream(configuration->inputs, input.streamId);
+    std::vector<Stream const*> outputStreams;
+    for (ISPBuffer const& output : request.outputBuffers) {
+        outputStreams.push_back(findStream(configuration->outputs, output.streamId));
+    }
+    if (inputStream == nullptr ||
+        std::count(outputStreams.begin(), outputStreams.end(), nullptr) != 0) {
+        return Status::REQUEST_STREAM_ID_ERROR;
+    }
+    PixelRect const all{0, 0, inputStream->width, inputStream->height};
+    PixelRect const wanted =
+            result.settings.crop.value_or(configuration->settings.crop.value_or(all));
+    if (!cut(wanted, *inputStream, result.crop)) {
+        return Status::ILLEGAL_ARGUMENT;
+    }
+    result.rawBits = rawBitsOf(*inputStream, result.settings, configuration->settings);
+
+    Status status = readImage(input, *inputStream, mapper, result.input);
+    for (size_t i = 0; i < outputStreams.size() && status == Status::OK; ++i) {
+        RequestImage image;
+        status = readImage(request.outputBuffers[i], *outputStreams[i], mapper, image);
+        result.outputs.push_back(std::move(image));
+    }
+    return status;
+}
+
+}  // namespace quen::host::isp

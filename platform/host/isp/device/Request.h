@@ -1,0 +1,68 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
+
+#include "host/isp/buffers/CalibrationBuffer.h"
+#include "host/isp/buffers/GraphicBuffer.h"
+#include "host/isp/buffers/Picture.h"
+#include "host/isp/buffers/SampleLayout.h"
+#include "host/isp/device/ClientThread.h"
+#include "host/isp/device/IspConfiguration.h"
+#include "host/isp/device/RequestSettings.h"
+
+namespace quen::host::isp {
+
+/** A request's buffer, found to hold what its stream says. */
+struct RequestImage {
+    Stream stream;
+    GraphicBuffer buffer;
+    CalibrationBuffer calibration;
+    YuvLayout yuv;          ///< of a Yuv stream
+    RawRows raw;            ///< of a Raw stream
+    size_t blockBytes = 0;  ///< of a Jpeg stream
+};
+
+/** A request that was found good, with all that it takes to do it. */
+struct Request {
+    uint32_t number = 0;
+    std::shared_ptr<IspConfiguration const> configuration;
+    RequestSettings settings;
+    PixelRect crop;   ///< within the input
+    int rawBits = 0;  ///< depth of the samples of a Raw input
+    RequestImage input;
+    std::vector<RequestImage> outputs;
+    std::chrono::steady_clock::time_point submitted;
+    ClientThread client = ClientThread::current();  ///< who submitted it
+};
+
+/**
+ * Checks a request and takes hold of its buffers.
+ *
+ * | What is wrong                                            | Status                  |
+ * |----------------------------------------------------------|-------------------------|
+ * | a buffer names a stream that is not configured           | REQUEST_STREAM_ID_ERROR |
+ * | not exactly one input, or no output                      | ILLEGAL_ARGUMENT        |
+ * | settings malformed, or a crop outside the input          | ILLEGAL_ARGUMENT        |
+ * | no buffer at a handle, or one too small for its stream   | ILLEGAL_ARGUMENT        |
+ * | a tuning handle of neither form, or too small            | ILLEGAL_ARGUMENT        |
+ * | the mapper cannot serve, no descriptor is left           | RESOURCE_ERROR          |
+ *
+ * A crop that reaches beyond the input is cut to it. Of a 4:2:0 input, its corner moves to even
+ * pixels.
+ *
+ * @param configuration the one in force
+ * @param mapper where the buffers are imported
+ * @param result set on OK
+ */
+vendor::mediatek::hardware::camera::isphal::V1_0::Status readRequest(
+        vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest const& request,
+        std::shared_ptr<IspConfiguration const> const& configuration,
+        android::sp<GraphicBuffer::IMapper> const& mapper, Request& result);
+
+}  // namespace quen::host::isp

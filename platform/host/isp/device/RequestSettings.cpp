@@ -1,0 +1,82 @@
+#include "host/isp/device/RequestSettings.h"
+
+#include "host/isp/device/IspTags.h"
+#include "host/metadata/IspMetadataReader.h"
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr size_t kRectItems = 4;
+
+/** A tag with one number, and the numbers that it may have. */
+struct NumberRule {
+    uint32_t tag;
+    std::optional<int> RequestSettings::*setting;
+    int smallest;
+    int largest;
+    int step;
+};
+
+constexpr NumberRule kNumberRules[] = {
+        {tag::kRawBitDepth, &RequestSettings::rawBits, 8, 16, 1},
+        {tag::kTuningMode, &RequestSettings::tuningMode, INT32_MIN, INT32_MAX, 1},
+        {tag::kJpegQuality, &RequestSettings::jpegQuality, 1, 100, 1},
+        {tag::kJpegOrientation, &RequestSettings::jpegOrientation, 0, 270, 90},
+};
+
+/** The number of a record, which is a byte or an int32. */
+std::optional<int> numberOf(IspRecord const& record) {
+    if (std::optional<int32_t> const number = record.int32At(0)) {
+        return *number;
+    }
+    if (std::optional<uint8_t> const number = record.byteAt(0)) {
+        return *number;
+    }
+    return std::nullopt;
+}
+
+bool readNumber(IspMetadataReader const& reader, NumberRule const& rule,
+                RequestSettings& settings) {
+    std::optional<IspRecord> const record = reader.find(rule.tag);
+    if (!record || record->byteSize == 0) {
+        return true;
+    }
+    std::optional<int> const number = numberOf(*record);
+    if (!number || *number < rule.smallest || *number > rule.largest || *number % rule.step != 0) {
+        return false;
+    }
+    settings.*rule.setting = number;
+    return true;
+}
+
+bool readCrop(IspMetadataReader const& reader, RequestSettings& settings) {
+    std::optional<IspRecord> const record = reader.find(tag::kCropRegion);
+    if (!record || record->byteSize == 0) {
+        return true;
+    }
+    if (record->count() != kRectItems || !record->int32At(0)) {
+        return false;
+    }
+    PixelRect const crop{*record->int32At(0), *record->int32At(1), *record->int32At(2),
+                         *record->int32At(3)};
+    settings.crop = crop;
+    return crop.width > 0 && crop.height > 0;
+}
+
+}  // namespace
+
+bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings) {
+    IspMetadataReader reader;
+    if (!reader.parse(bytes.data(), bytes.size())) {
+        return false;
+    }
+    for (NumberRule const& rule : kNumberRules) {
+        if (!readNumber(reader, rule, settings)) {
+            return false;
+        }
+    }
+    return readCrop(reader, settings);
+}
+
+}  // namespace quen::host::isp

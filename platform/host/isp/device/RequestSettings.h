@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <hidl/HidlSupport.h>
+
+#include "host/isp/buffers/Picture.h"
+
+namespace quen::host::isp {
+
+/** What the ISP takes from a settings buffer; what is not in it stays empty. */
+struct RequestSettings {
+    std::optional<PixelRect> crop;       ///< 0x000d0000, in pixels of the input
+    std::optional<int> rawBits;          ///< 0x800b001b
+    std::optional<int> tuningMode;       ///< 0x800b000e; echoed
+    std::optional<int> jpegQuality;      ///< 0x00070004
+    std::optional<int> jpegOrientation;  ///< 0x00070003, degrees clockwise
+};
+
+/**
+ * Reads a settings buffer. One without bytes sets nothing, and neither does an entry without items.
+ *
+ * @return false when the buffer is malformed, or a value is not of its tag's type, count or range:
+ * a crop of another count than four or of no size, a depth outside 8..16, a quality outside 1..100,
+ * an orientation that is no quarter turn
+ */
+bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings);
+
+}  // namespace quen::host::isp

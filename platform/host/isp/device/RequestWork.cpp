@@ -1,0 +1,102 @@
+#include "host/isp/device/RequestWork.h"
+
+#include <chrono>
+#include <new>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <mtkcam/isp_metadata.h>
+
+#include "host/isp/device/IspTags.h"
+#include "host/isp/device/ProcessRequest.h"
+
+using vendor::mediatek::hardware::camera::isphal::V1_0::ISPResult;
+
+namespace quen::host::isp {
+
+namespace {
+
+constexpr unsigned int kIspTypeInt32 = 1;
+constexpr unsigned int kMostEntries = 3;
+constexpr std::chrono::milliseconds kLongestWayToSleep{50};
+
+using Clock = std::chrono::steady_clock;
+
+std::chrono::microseconds since(Clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+}
+
+template <size_t N>
+void addInts(std::vector<unsigned char>& buffer, uint32_t tag, int32_t (&&values)[N]) {
+    add_isp_metadata_entry(buffer, tag, kIspTypeInt32, values, sizeof(values), nullptr);
+}
+
+/** States what was used: the crop, the tuning mode as it was asked for, the depth of the samples.
+ */
+std::vector<unsigned char> describe(Request const& request, IspReport const& report) {
+    std::vector<unsigned char> buffer;
+    initial_isp_metadata_vector(buffer, kMostEntries);
+    PixelRect const& crop = request.crop;
+    addInts(buffer, tag::kCropRegion, {crop.x, crop.y, crop.width, crop.height});
+    if (request.settings.tuningMode) {
+        addInts(buffer, tag::kTuningMode, {*request.settings.tuningMode});
+    }
+    if (report.isRaw) {
+        addInts(buffer, tag::kRawBitDepth, {report.rawBits});
+    }
+    return buffer;
+}
+
+}  // namespace
+
+RequestWork::RequestWork(std::unique_ptr<Request> request, SoftwareIspOptions const& options)
+    : mRequest(std::move(request)), mOptions(options) {}
+
+void RequestWork::run() {
+    IspReport report;
+    report.legs.push_back({"queue", since(mRequest->submitted)});
+    Status const status = processRequest(*mRequest, report);
+    releaseBuffers();
+    hold(report);
+    deliver(status, report);
+}
+
+void RequestWork::abandon() {
+    IspReport report;
+    report.crop = mRequest->crop;
+    releaseBuffers();
+    hold(report);
+    deliver(Status::REQUEST_ERROR, report);
+}
+
+/** The buffers go back before their owner hears that they do. */
+void RequestWork::releaseBuffers() {
+    mRequest->input = RequestImage();
+    mRequest->outputs.clear();
+}
+
+/** Waits until the result is late enough and its client can hear of it. */
+void RequestWork::hold(IspReport& report) {
+    Clock::time_point const start = Clock::now();
+    std::this_thread::sleep_until(mRequest->submitted + mOptions.minimumLatency);
+    mRequest->client.waitUntilAsleep(kLongestWayToSleep);
+    report.legs.push_back({"hold", since(start)});
+}
+
+void RequestWork::deliver(Status status, IspReport const& report) {
+    ISPResult result;
+    result.reqNumber = mRequest->number;
+    result.status = status;
+    result.resultMetadata = describe(*mRequest, report);
+    if (mOptions.observer) {
+        mOptions.observer->onResult(result, report);
+    }
+    if (mRequest->configuration->callback == nullptr) {
+        return;
+    }
+    auto const transport = mRequest->configuration->callback->processResult(result);
+    (void)transport.isOk();  // a client that is gone has no use for its results
+}
+
+}  // namespace quen::host::isp

@@ -1,0 +1,108 @@
+#include "host/isp/device/SoftwareIspDevice.h"
+
+#include <chrono>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+
+#include "host/isp/device/Request.h"
+#include "host/isp/device/RequestWork.h"
+
+using android::sp;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::graphics::mapper::V4_0::IMapper;
+
+namespace quen::host::isp {
+
+namespace {
+
+/** Does what answers with a status; it lacks memory at worst. */
+template <typename Operation>
+SoftwareIspDevice::Status guarded(Operation const& operation) {
+    try {
+        return operation();
+    } catch (std::bad_alloc const&) {
+        return SoftwareIspDevice::Status::RESOURCE_ERROR;
+    }
+}
+
+}  // namespace
+
+SoftwareIspDevice::SoftwareIspDevice(SoftwareIspOptions const& options) : mOptions(options) {}
+
+Return<SoftwareIspDevice::Status> SoftwareIspDevice::configureISPDevice(
+        const ISPStreamConfiguration& config, const sp<ICallback>& callback) {
+    Status const status = guarded([&] { return configure(config, callback); });
+    if (mOptions.observer) {
+        mOptions.observer->onConfigured(config, status);
+    }
+    return status;
+}
+
+SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration const& config,
+                                                       sp<ICallback> const& callback) {
+    auto const configured = std::make_shared<IspConfiguration>();
+    Status const status = readConfiguration(config, *configured);
+    if (status != Status::OK) {
+        return status;
+    }
+    configured->callback = callback;
+    std::shared_ptr<IspConfiguration const> replaced = configured;  // goes when the lock is gone
+    std::lock_guard<std::mutex> const guard(mLock);
+    if (mClosed) {
+        return Status::REQUEST_ERROR;
+    }
+    std::swap(mConfiguration, replaced);
+    return Status::OK;
+}
+
+std::shared_ptr<IspConfiguration const> SoftwareIspDevice::configuration() {
+    std::lock_guard<std::mutex> const guard(mLock);
+    return mConfiguration;
+}
+
+Return<SoftwareIspDevice::Status> SoftwareIspDevice::processISPRequest(
+        const hidl_vec<ISPRequest>& requests) {
+    return guarded([&] { return submit(requests); });
+}
+
+SoftwareIspDevice::Status SoftwareIspDevice::submit(hidl_vec<ISPRequest> const& requests) {
+    std::shared_ptr<IspConfiguration const> const configured = configuration();
+    sp<IMapper> const mapper = configured ? IMapper::getService() : nullptr;
+    std::vector<std::unique_ptr<QueuedWork>> accepted;
+    for (ISPRequest const& wanted : requests) {
+        auto request = std::make_unique<Request>();
+        Status const status = configured ? readRequest(wanted, configured, mapper, *request)
+                                         : Status::REQUEST_ERROR;
+        if (mOptions.observer) {
+            mOptions.observer->onRequest(wanted, status);
+        }
+        if (status != Status::OK) {
+            return status;
+        }
+        request->submitted = std::chrono::steady_clock::now();
+        accepted.push_back(std::make_unique<RequestWork>(std::move(request), mOptions));
+    }
+    return mQueue.submit(std::move(accepted)) ? Status::OK : Status::REQUEST_ERROR;
+}
+
+Return<SoftwareIspDevice::Status> SoftwareIspDevice::flush() {
+    mQueue.flush();
+    return Status::OK;
+}
+
+Return<SoftwareIspDevice::Status> SoftwareIspDevice::closeISPDevice() {
+    std::shared_ptr<IspConfiguration const> ended;  // goes when the lock is gone
+    {
+        std::lock_guard<std::mutex> const guard(mLock);
+        mClosed = true;
+        std::swap(ended, mConfiguration);
+    }
+    mQueue.close();
+    return Status::OK;
+}
+
+}  // namespace quen::host::isp

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "host/isp/buffers/Picture.h"
+
+namespace quen::host::isp {
+
+constexpr int kMaxJpegSide = 65500;
+
+/**
+ * Encodes a picture, its samples taken as they are, 4:2:0. Slices of it are encoded in parallel and
+ * joined at restart markers.
+ *
+ * @param picture planar, NV12 or NV21, no side above kMaxJpegSide
+ * @param quality 1..100
+ * @param exif content of the APP1 segment; none when empty
+ * @param target receives the file
+ * @return its size in bytes; 0 when it does not fit into `capacity`, or cannot be encoded
+ */
+size_t encodeJpeg(YuvPicture const& picture, int quality, std::vector<uint8_t> const& exif,
+                  uint8_t* target, size_t capacity);
+
+}  // namespace quen::host::isp

@@ -1,0 +1,54 @@
+#include "buffers/PictureBuffers.h"
+
+#include <cstdint>
+#include <variant>
+#include <vector>
+
+#include <system/graphics.h>
+
+#include "buffers/YuvPlanes.h"
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+
+void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget target) {
+    auto const planes = buffer.planes();
+    if (planes.size() != 1) {
+        throw Failure("cannot be handed on: a raw buffer has an unexpected layout");
+    }
+    auto const lock = buffer.lock();
+    writeBayerRows(std::get<BayerImage>(capture.image), capture.calibration.levelBits,
+                   capture.width, capture.height, target, lock.data() + planes[0].offsetInBytes,
+                   static_cast<size_t>(planes[0].strideInBytes));
+}
+
+std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture) {
+    return std::make_unique<ClientBuffer>(
+            static_cast<uint32_t>(nv21Size(capture.width, capture.height)), 1,
+            HAL_PIXEL_FORMAT_BLOB);
+}
+
+std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
+                                              Capture const& capture) {
+    auto const from = picture->lock();
+    YuvPlanes const planes = yuvPlanes(*picture, from.data());
+    if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
+        packNv21(planes, capture.width, capture.height, from.data());
+        return picture;
+    }
+    auto packed = packedPicture(capture);
+    auto const to = packed->lock();
+    packNv21(planes, capture.width, capture.height, to.data());
+    return packed;
+}
+
+Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKind kind) {
+    auto const packed =
+            std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));
+    auto const lock = picture.lock();
+    auto* const pack = kind == OutputKind::Nv21 ? packNv21 : packI420;
+    pack(yuvPlanes(picture, lock.data()), capture.width, capture.height, packed->data());
+    return {{packed->data(), packed->size()}, packed};
+}
+
+}  // namespace quen::reprocess

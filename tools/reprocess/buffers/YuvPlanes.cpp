@@ -1,0 +1,89 @@
+#include "buffers/YuvPlanes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include <libyuv.h>
+
+#include <gralloctypes/Gralloc4.h>
+
+#include "support/Failure.h"
+
+namespace quen::reprocess {
+namespace {
+
+namespace gralloc4 = android::gralloc4;
+
+}  // namespace
+
+YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data) {
+    YuvPlanes planes{};
+    int crStride = 0;
+    int crStep = 0;
+    for (auto const& plane : buffer.planes()) {
+        int const stride = static_cast<int>(plane.strideInBytes);
+        int const step = static_cast<int>(plane.sampleIncrementInBits / 8);
+        for (auto const& component : plane.components) {
+            uint8_t const* const first = data + plane.offsetInBytes + component.offsetInBits / 8;
+            if (component.type == gralloc4::PlaneLayoutComponentType_Y) {
+                planes.y = first;
+                planes.yStride = stride;
+            } else if (component.type == gralloc4::PlaneLayoutComponentType_CB) {
+                planes.cb = first;
+                planes.chromaStride = stride;
+                planes.chromaStep = step;
+            } else if (component.type == gralloc4::PlaneLayoutComponentType_CR) {
+                planes.cr = first;
+                crStride = stride;
+                crStep = step;
+            }
+        }
+    }
+    bool const complete = planes.y && planes.cb && planes.cr && planes.chromaStride == crStride &&
+                          planes.chromaStep == crStep &&
+                          (planes.chromaStep == 1 || planes.chromaStep == 2);
+    if (!complete) {
+        throw Failure("came back in a layout that is no 4:2:0 of 8 bits");
+    }
+    return planes;
+}
+
+bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data) {
+    return planes.chromaStep == 2 && planes.y == data && planes.yStride >= int(width) &&
+           planes.chromaStride >= int(width) &&
+           std::min(planes.cb, planes.cr) >= data + size_t{width} * height;
+}
+
+void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out) {
+    int const columns = static_cast<int>(width);
+    for (uint32_t row = 0; row < height; ++row, out += width) {
+        std::memmove(out, planes.y + row * static_cast<size_t>(planes.yStride), width);
+    }
+    std::vector<uint8_t> pairs(width);
+    for (uint32_t row = 0; row < height / 2; ++row, out += width) {
+        size_t const offset = row * static_cast<size_t>(planes.chromaStride);
+        uint8_t const* const cb = planes.cb + offset;
+        uint8_t const* const cr = planes.cr + offset;
+        if (planes.chromaStep == 1) {
+            libyuv::MergeUVPlane(cr, 0, cb, 0, pairs.data(), 0, columns / 2, 1);
+        } else if (cr < cb) {
+            std::memcpy(pairs.data(), cr, width);
+        } else {
+            libyuv::SwapUVPlane(cb, 0, pairs.data(), 0, columns / 2, 1);
+        }
+        std::memcpy(out, pairs.data(), width);
+    }
+}
+
+void packI420(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out) {
+    int const columns = static_cast<int>(width);
+    int const rows = static_cast<int>(height);
+    uint8_t* const u = out + size_t{width} * height;
+    uint8_t* const v = u + size_t{width} * height / 4;
+    libyuv::Android420ToI420(planes.y, planes.yStride, planes.cb, planes.chromaStride, planes.cr,
+                             planes.chromaStride, planes.chromaStep, out, columns, u, columns / 2,
+                             v, columns / 2, columns, rows);
+}
+
+}  // namespace quen::reprocess

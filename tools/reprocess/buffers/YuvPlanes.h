@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "buffers/ClientBuffer.h"
+
+namespace quen::reprocess {
+
+/** Where the samples of a locked 4:2:0 buffer lie. */
+struct YuvPlanes {
+    uint8_t const* y;
+    uint8_t const* cb;
+    uint8_t const* cr;
+    int yStride;
+    int chromaStride;
+    int chromaStep;  ///< bytes from one chroma sample to the next: 1 planar, 2 interleaved
+};
+
+/** @throws Failure when the layout is no 4:2:0 of 8 bits */
+YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data);
+
+/**
+ * Whether packNv21 may write a picture over itself, to where its buffer begins: when it only moves
+ * rows towards the front. Nothing is faster than memory that is there already.
+ */
+bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data);
+
+/** Writes an even picture as packed NV21. */
+void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out);
+
+/** Writes an even picture as packed planar I420. */
+void packI420(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out);
+
+}  // namespace quen::reprocess
