@@ -33,7 +33,6 @@ using testing::Each;
 using testing::ElementsAre;
 
 constexpr uint32_t kTuningBytes = 0x1fa400;
-constexpr uint32_t kRequestNo = 0xc00300a2;
 constexpr uint32_t kBufferIndex = 0xc00c0018;
 constexpr int kNv21 = 0x11;
 constexpr int kRaw16 = 0x20;

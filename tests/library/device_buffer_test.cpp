@@ -35,7 +35,7 @@ TEST_F(DeviceBufferTest, PictureIsCopiedRowByRow) {
     std::string const full = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 ";
     std::string const narrow = "1 2 0 0 3 4 0 0 5 6 0 0 7 8 0 0 ";
     struct {
-        int widths[2], height;
+        int firstWidth, secondWidth, height;
         char const *layouts, *strides;
         std::string expected;  // 238: not written
     } const cases[] = {
@@ -88,7 +88,7 @@ TEST_F(DeviceBufferTest, PictureIsCopiedRowByRow) {
         EXPECT_THAT(mMapper.lockedRegion(), ElementsAre(0, 0, width, c.height));
     };
     for (auto const& c : cases) {
-        for (int const width : c.widths) {
+        for (int const width : {c.firstWidth, c.secondWidth}) {
             expectCopied(c, width);
         }
     }

@@ -75,7 +75,7 @@ class hidl_handle {
 
     details::hidl_pointer<native_handle_t const> mHandle;
     bool mOwnsHandle = false;
-    uint8_t mPad[7] = {};
+    [[maybe_unused]] uint8_t mPad[7] = {};
 };
 
 static_assert(sizeof(hidl_handle) == 16, "wrong size");
