@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-    g++ cmake ninja-build pkg-config ccache clang-format-14
+    g++ clang-14 cmake ninja-build pkg-config ccache clang-format-14
     libopencv-core-dev libopencv-imgproc-dev libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev
     libraw-dev libcli11-dev
     libgtest-dev libgmock-dev

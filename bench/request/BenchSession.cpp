@@ -90,35 +90,37 @@ Responder::Responder(std::function<void()> prepare, std::function<void()> answer
 
 Responder::~Responder() {
     {
-        std::lock_guard<std::mutex> const lock(mLock);
+        quen::host::MutexLock const lock(mLock);
         mEnded = true;
     }
-    mChanged.notify_one();
+    mChanged.notifyOne();
     mThread.join();
 }
 
 void Responder::ask() {
     {
-        std::lock_guard<std::mutex> const lock(mLock);
+        quen::host::MutexLock const lock(mLock);
         mAsked = true;
     }
-    mChanged.notify_one();
+    mChanged.notifyOne();
+}
+
+/** Waits to be asked. @return false when the responder ends */
+bool Responder::waitUntilAsked() {
+    quen::host::MutexLock const lock(mLock);
+    while (!mAsked && !mEnded) {
+        mChanged.wait(mLock);
+    }
+    mAsked = false;
+    return !mEnded;
 }
 
 void Responder::loop() {
-    std::unique_lock<std::mutex> lock(mLock);
-    for (;;) {
-        mChanged.wait(lock, [this] { return mAsked || mEnded; });
-        if (mEnded) {
-            return;
-        }
-        mAsked = false;
-        lock.unlock();
+    while (waitUntilAsked()) {
         mPrepare();
         std::this_thread::sleep_for(kAnswerDelay);
         mAnsweredAt = Clock::now();
         mAnswer();
-        lock.lock();
     }
 }
 

@@ -2,16 +2,15 @@
 
 #include <pthread.h>
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include <quenOfflineDevice/quenOfflineDevice.h>
 #include <vendor/mediatek/hardware/camera/isphal/1.0/IISPModule.h>
 
+#include "host/base/Mutex.h"
 #include "host/threea/ThreeAStore.h"
 #include "metadata/Requests.h"
 #include "support/Section.h"
@@ -38,14 +37,15 @@ class Responder {
     Clock::time_point answeredAt() const { return mAnsweredAt; }
 
   private:
+    bool waitUntilAsked();
     void loop();
 
     std::function<void()> const mPrepare;
     std::function<void()> const mAnswer;
-    std::mutex mLock;
-    std::condition_variable mChanged;
-    bool mAsked = false;  // guarded by mLock
-    bool mEnded = false;  // guarded by mLock
+    quen::host::Mutex mLock;
+    quen::host::Condition mChanged;
+    bool mAsked HOST_GUARDED_BY(mLock) = false;
+    bool mEnded HOST_GUARDED_BY(mLock) = false;
     Clock::time_point mAnsweredAt;
     std::thread mThread;
 };

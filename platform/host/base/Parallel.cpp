@@ -3,14 +3,35 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <mutex>
 #include <system_error>
 #include <thread>
 #include <vector>
 
+#include "host/base/Mutex.h"
+
 namespace quen::host {
 
 namespace {
+
+/** The exception that ends the work; of several, the last. Any thread. */
+class Failure {
+  public:
+    void keepCurrentException() {
+        MutexLock const guard(mLock);
+        mException = std::current_exception();
+    }
+
+    void rethrow() {
+        MutexLock const guard(mLock);
+        if (mException) {
+            std::rethrow_exception(mException);
+        }
+    }
+
+  private:
+    Mutex mLock;
+    std::exception_ptr mException HOST_GUARDED_BY(mLock);
+};
 
 /** Starts threads until the system refuses one: whatever there is then does the work. */
 template <typename Work>
@@ -30,8 +51,7 @@ std::vector<std::thread> startThreads(int count, Work const& work) {
 
 void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker) {
     std::atomic<int> next{0};
-    std::mutex lock;
-    std::exception_ptr failure;  // under lock
+    Failure failure;
     auto const work = [&] {
         try {
             std::function<void(int)> const worker = makeWorker();
@@ -40,8 +60,7 @@ void inParallel(int count, std::function<std::function<void(int)>()> const& make
             }
         } catch (...) {
             next = count;
-            std::lock_guard<std::mutex> const guard(lock);
-            failure = std::current_exception();
+            failure.keepCurrentException();
         }
     };
     int const processors = static_cast<int>(std::thread::hardware_concurrency());
@@ -50,9 +69,7 @@ void inParallel(int count, std::function<std::function<void(int)>()> const& make
     for (std::thread& thread : threads) {
         thread.join();
     }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    failure.rethrow();
 }
 
 }  // namespace quen::host

@@ -9,18 +9,21 @@ using android::hardware::Return;
 using android::hardware::Void;
 
 std::optional<ClientResult> ResultWaiter::waitFor(std::chrono::seconds limit) {
-    std::unique_lock<std::mutex> lock(mLock);
-    if (!mEnded.wait_for(lock, limit, [this] { return mHasEnded; })) {
-        return std::nullopt;
+    auto const end = std::chrono::steady_clock::now() + limit;
+    host::MutexLock const lock(mLock);
+    while (!mHasEnded) {
+        if (!mEnded.waitUntil(mLock, end) && !mHasEnded) {
+            return std::nullopt;
+        }
     }
     return std::move(mResult);
 }
 
 Return<void> ResultWaiter::notifyRequestResult(uint32_t /*requestNumber*/, Status status) {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     mResult.status = status;
     mHasEnded = true;
-    mEnded.notify_all();
+    mEnded.notifyAll();
     return Void();
 }
 
@@ -33,7 +36,7 @@ Return<void> ResultWaiter::notifyResultMetadata(uint32_t /*requestNumber*/,
     if (validate_camera_metadata_structure(source, &size) != 0) {
         return Void();
     }
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     mResult.metadata.reset(clone_camera_metadata(source));
     return Void();
 }

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include <system/camera_metadata.h>
 #include <vendor/quen/hardware/camera/quenpostproc/1.0/IQuenPostProcCallback.h>
+
+#include "host/base/Mutex.h"
 
 namespace quen::reprocess {
 
@@ -38,10 +38,10 @@ class ResultWaiter
             Status status) override;
 
   private:
-    std::mutex mLock;
-    std::condition_variable mEnded;
-    ClientResult mResult;    // guarded by mLock
-    bool mHasEnded = false;  // guarded by mLock
+    host::Mutex mLock;
+    host::Condition mEnded;
+    ClientResult mResult HOST_GUARDED_BY(mLock);
+    bool mHasEnded HOST_GUARDED_BY(mLock) = false;
 };
 
 }  // namespace quen::reprocess

@@ -8,18 +8,18 @@
 namespace quen::reprocess {
 
 void Report::begin() {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     mOutcome = Outcome::None;
     mStatus = Status::OK;
 }
 
 Report::Outcome Report::outcome() const {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     return mOutcome;
 }
 
 std::string Report::problem() const {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     if (mStatus == Status::OK) {
         return {};
     }
@@ -50,7 +50,7 @@ std::string Report::take(Stopwatch const& watch) {
     for (Stopwatch::Leg const& leg : watch.legs()) {
         legs += format("%-18s %9.2f ms\n", leg.name.c_str(), leg.milliseconds);
     }
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     std::string text = std::move(mText) + "time\n" + indented(legs);
     mText.clear();
     return text;
@@ -77,7 +77,7 @@ void Report::onResult(ISPResult const& result, host::isp::IspReport const& repor
 }
 
 void Report::setOutcome(Outcome outcome, Status status) {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     // A result may overtake the word on its own submission.
     if (outcome == Outcome::Accepted && mOutcome == Outcome::Finished) {
         return;
@@ -87,7 +87,7 @@ void Report::setOutcome(Outcome outcome, Status status) {
 }
 
 void Report::addText(std::string const& text) {
-    std::lock_guard<std::mutex> const lock(mLock);
+    host::MutexLock const lock(mLock);
     mText += text;
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 #include <system/camera_metadata.h>
 
+#include "host/base/Mutex.h"
 #include "host/isp/device/IspObserver.h"
 #include "report/Stopwatch.h"
 
@@ -46,10 +46,10 @@ class Report : public host::isp::IspObserver {
     void addText(std::string const& text);
 
     bool const mDetailed;
-    mutable std::mutex mLock;
-    std::string mText;                 // guarded by mLock
-    Outcome mOutcome = Outcome::None;  // guarded by mLock
-    Status mStatus = Status::OK;       // guarded by mLock
+    mutable host::Mutex mLock;
+    std::string mText HOST_GUARDED_BY(mLock);
+    Outcome mOutcome HOST_GUARDED_BY(mLock) = Outcome::None;
+    Status mStatus HOST_GUARDED_BY(mLock) = Status::OK;
 };
 
 }  // namespace quen::reprocess

@@ -51,7 +51,7 @@ SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration co
     }
     configured->callback = callback;
     std::shared_ptr<IspConfiguration const> replaced = configured;  // goes when the lock is gone
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     if (mClosed) {
         return Status::REQUEST_ERROR;
     }
@@ -60,7 +60,7 @@ SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration co
 }
 
 std::shared_ptr<IspConfiguration const> SoftwareIspDevice::configuration() {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     return mConfiguration;
 }
 
@@ -97,7 +97,7 @@ Return<SoftwareIspDevice::Status> SoftwareIspDevice::flush() {
 Return<SoftwareIspDevice::Status> SoftwareIspDevice::closeISPDevice() {
     std::shared_ptr<IspConfiguration const> ended;  // goes when the lock is gone
     {
-        std::lock_guard<std::mutex> const guard(mLock);
+        MutexLock const guard(mLock);
         mClosed = true;
         std::swap(ended, mConfiguration);
     }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/ICallback.h>
 #include <vendor/mediatek/hardware/camera/isphal/1.0/IDevice.h>
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
 
+#include "host/base/Mutex.h"
 #include "host/isp/device/IspConfiguration.h"
 #include "host/isp/device/SoftwareIspOptions.h"
 #include "host/isp/device/WorkQueue.h"
@@ -63,10 +63,10 @@ class SoftwareIspDevice : public vendor::mediatek::hardware::camera::isphal::V1_
     std::shared_ptr<IspConfiguration const> configuration();
 
     SoftwareIspOptions const mOptions;
-    std::mutex mLock;
-    std::shared_ptr<IspConfiguration const>
-            mConfiguration;  ///< null before a configuration; under mLock
-    bool mClosed = false;    ///< under mLock
+    Mutex mLock;
+    /** Null before a configuration. */
+    std::shared_ptr<IspConfiguration const> mConfiguration HOST_GUARDED_BY(mLock);
+    bool mClosed HOST_GUARDED_BY(mLock) = false;
     WorkQueue mQueue;
 };
 

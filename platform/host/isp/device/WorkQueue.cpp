@@ -1,6 +1,5 @@
 #include "host/isp/device/WorkQueue.h"
 
-#include <condition_variable>
 #include <deque>
 #include <system_error>
 #include <utility>
@@ -8,12 +7,18 @@
 namespace quen::host::isp {
 
 struct WorkQueue::State {
-    std::mutex lock;
-    std::condition_variable changed;
-    std::deque<std::unique_ptr<QueuedWork>> queue;  // under lock
-    size_t abandoned = 0;                           // of the queue's first; under lock
-    bool closed = false;                            // under lock
-    std::thread::id worker;                         // under lock
+    Mutex lock;
+    Condition changed;
+    std::deque<std::unique_ptr<QueuedWork>> queue HOST_GUARDED_BY(lock);
+    size_t abandoned HOST_GUARDED_BY(lock) = 0;  // how many of the queue's first to abandon
+    bool closed HOST_GUARDED_BY(lock) = false;
+    std::thread::id worker HOST_GUARDED_BY(lock);
+};
+
+/** A piece of work taken from the queue; none when the queue has ended. */
+struct WorkQueue::Piece {
+    std::unique_ptr<QueuedWork> work;
+    bool isAbandoned = false;
 };
 
 WorkQueue::WorkQueue() : mState(std::make_shared<State>()) {}
@@ -27,7 +32,7 @@ WorkQueue::~WorkQueue() {
 
 bool WorkQueue::submit(std::vector<std::unique_ptr<QueuedWork>> pieces) {
     {
-        std::lock_guard<std::mutex> const guard(mState->lock);
+        MutexLock const guard(mState->lock);
         if (mState->closed) {
             return false;
         }
@@ -43,19 +48,19 @@ bool WorkQueue::submit(std::vector<std::unique_ptr<QueuedWork>> pieces) {
             mState->queue.push_back(std::move(piece));
         }
     }
-    mState->changed.notify_one();
+    mState->changed.notifyOne();
     return true;
 }
 
 void WorkQueue::flush() {
-    std::lock_guard<std::mutex> const guard(mState->lock);
+    MutexLock const guard(mState->lock);
     mState->abandoned = mState->queue.size();
 }
 
 void WorkQueue::close() {
     bool isWorker = false;
     {
-        std::lock_guard<std::mutex> const guard(mState->lock);
+        MutexLock const guard(mState->lock);
         mState->closed = true;
         isWorker = mState->worker == std::this_thread::get_id();
     }
@@ -63,43 +68,56 @@ void WorkQueue::close() {
         abandonAll(*mState);
         return;
     }
-    mState->changed.notify_one();
-    std::lock_guard<std::mutex> const guard(mJoinLock);
+    mState->changed.notifyOne();
+    MutexLock const guard(mJoinLock);
     if (mThread.joinable()) {
         mThread.join();
     }
 }
 
+/** Takes the first piece of work, whatever is to become of it; null when there is none. */
+std::unique_ptr<QueuedWork> WorkQueue::takeFirst(State& state) {
+    MutexLock const guard(state.lock);
+    if (state.queue.empty()) {
+        return nullptr;
+    }
+    std::unique_ptr<QueuedWork> work = std::move(state.queue.front());
+    state.queue.pop_front();
+    return work;
+}
+
 /** Answers what is queued, on the queue's thread. */
 void WorkQueue::abandonAll(State& state) {
-    std::unique_lock<std::mutex> guard(state.lock);
-    while (!state.queue.empty()) {
-        std::unique_ptr<QueuedWork> work = std::move(state.queue.front());
-        state.queue.pop_front();
-        guard.unlock();
+    while (std::unique_ptr<QueuedWork> const work = takeFirst(state)) {
         work->abandon();
-        work.reset();
-        guard.lock();
     }
 }
 
+/** Waits for a piece of work; none when the queue is closed and empty. */
+WorkQueue::Piece WorkQueue::takeNext(State& state) {
+    MutexLock const guard(state.lock);
+    while (state.queue.empty() && !state.closed) {
+        state.changed.wait(state.lock);
+    }
+    if (state.queue.empty()) {
+        return {};
+    }
+    Piece piece{std::move(state.queue.front()), state.closed || state.abandoned != 0};
+    state.queue.pop_front();
+    if (state.abandoned != 0) {
+        --state.abandoned;
+    }
+    return piece;
+}
+
+/** The thread. No lock is held during a piece of work, nor when it is destroyed. */
 void WorkQueue::work(std::shared_ptr<State> const& state) {
-    std::unique_lock<std::mutex> guard(state->lock);
     for (;;) {
-        state->changed.wait(guard, [&] { return !state->queue.empty() || state->closed; });
-        if (state->queue.empty()) {
+        Piece const piece = takeNext(*state);
+        if (!piece.work) {
             return;
         }
-        std::unique_ptr<QueuedWork> work = std::move(state->queue.front());
-        state->queue.pop_front();
-        bool const isAbandoned = state->closed || state->abandoned != 0;
-        if (state->abandoned != 0) {
-            --state->abandoned;
-        }
-        guard.unlock();
-        isAbandoned ? work->abandon() : work->run();
-        work.reset();  // what it holds may call back into the queue
-        guard.lock();
+        piece.isAbandoned ? piece.work->abandon() : piece.work->run();
     }
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
+
+#include "host/base/Mutex.h"
 
 namespace quen::host::isp {
 
@@ -52,12 +53,20 @@ class WorkQueue {
 
   private:
     struct State;
+    struct Piece;
+    static Piece takeNext(State& state);
+    static std::unique_ptr<QueuedWork> takeFirst(State& state);
     static void work(std::shared_ptr<State> const& state);
     static void abandonAll(State& state);
 
     std::shared_ptr<State> const mState;  ///< shared with the thread, which may be the last to go
-    std::mutex mJoinLock;                 ///< held while the thread is waited for
-    std::thread mThread;  ///< started under the state's lock, joined under mJoinLock
+    Mutex mJoinLock;                      ///< held while the thread is joined
+
+    /**
+     * Started with the state's lock held and joined with mJoinLock held. The two do not meet: it is
+     * not started once the queue is closed, and joined only then.
+     */
+    std::thread mThread;
 };
 
 }  // namespace quen::host::isp

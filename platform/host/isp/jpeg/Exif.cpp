@@ -32,7 +32,8 @@ ExifEntry* addEntry(ExifData* data, ExifIfd directory, ExifTag tag) {
     entry->tag = tag;
     exif_content_add_entry(data->ifd[directory], entry.get());
     exif_entry_initialize(entry.get(), tag);
-    return entry->data == nullptr ? nullptr : entry.get();  // the directory holds it from here on
+    // From here on the directory holds it.
+    return entry->data == nullptr ? nullptr : exif_content_get_entry(data->ifd[directory], tag);
 }
 
 void addShort(ExifData* data, ExifIfd directory, ExifTag tag, int value) {
