@@ -166,7 +166,9 @@ BenchIsp::StatusReturn BenchIsp::closeISPDevice() {
 
 void BenchIsp::answer(uint32_t number) {
     mResult.reqNumber = number;
-    (void)mCallback->processResult(mResult).isOk();
+    // A reference of its own: the client may close the device as soon as its call is released.
+    android::sp<isphal::ICallback> const callback = mCallback;
+    (void)callback->processResult(mResult).isOk();
 }
 
 /** Writes the trailer that tells of a JPEG. */

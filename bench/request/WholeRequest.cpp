@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include <quenCommon/Mutex.h>
+
 #include "host/log/LogControl.h"
 #include "request/BenchSession.h"
 #include "support/Table.h"
@@ -14,6 +16,13 @@ namespace {
 
 constexpr size_t kEntries = 60;
 constexpr size_t kRequests = 16;  // in one run
+
+// What the request table's lock costs: a request takes it for the insertion, the claim, the erasure
+// and the test for an empty table, and the bridge's for its callback object.
+constexpr char kRaw[] = "request/raw";
+constexpr char kLocks[] = "request/locks";
+constexpr size_t kLocksOfARequest = 5;
+constexpr double kLocksShare = 0.01;  // of a request, at most
 
 constexpr char kWakeUp[] = "request/wake-up";
 constexpr char kWaits[] = "request/waits";  // the group of both
@@ -87,6 +96,22 @@ Run prepareFlow(Flow const& flow) {
     };
 }
 
+/** The locks that a request takes, uncontended. */
+Run prepareLocks() {
+    struct Held {
+        quen::Mutex mutex;
+        Responder idle{[] {}, [] {}};  // a process of one thread would lock without atomics
+    };
+    auto const held = std::make_shared<Held>();
+    return [held] {
+        return measured([&] {
+            for (size_t i = 0; i < kRequests * kLocksOfARequest; ++i) {
+                quen::MutexLock const lock(held->mutex);
+            }
+        });
+    };
+}
+
 /** What a wait must take: one thread waits, another one wakes it up. */
 Run prepareWakeUp() {
     struct Pair {
@@ -110,6 +135,16 @@ Run prepareWakeUp() {
         pthread_mutex_unlock(&pair->lock);
         return secondsBetween(pair->responder.answeredAt(), Clock::now());
     };
+}
+
+void printLocks(std::ostream& out, Figures const& figures) {
+    double const locks = figures.seconds(kLocks);
+    double const share = kLocksShare * figures.seconds(kRaw);
+    if (locks >= 0 && share >= 0) {
+        printRow(out,
+                 {"  the request table's lock", "as often as a request takes it", timeText(locks),
+                  "1 % of RAW2YUV " + timeText(share), locks / share, Goal::atMost(1)});
+    }
 }
 
 void printTime(std::ostream& out, Figures const& figures, Flow const& flow) {
@@ -136,6 +171,7 @@ void addWholeRequestCases(Cases& cases) {
                          [&flow] { return prepareFlow(flow); }});
     }
     cases.push_back({kWakeUp, 1, false, kWaits, prepareWakeUp});
+    cases.push_back({kLocks, kRequests, false, kRaw, prepareLocks});
 }
 
 void printWholeRequestRows(std::ostream& out, Figures const& figures) {
@@ -157,6 +193,7 @@ void printWholeRequestRows(std::ostream& out, Figures const& figures) {
             }
         }
     }
+    printLocks(out, figures);
     double const copies = figures.count("largeCopies", "request/raw-tuning");
     if (copies >= 0) {
         printRow(out, {"2 MB tuning bytes: copies", "ISP's buffer to entry to client's metadata",
