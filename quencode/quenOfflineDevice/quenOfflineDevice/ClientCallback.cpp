@@ -59,6 +59,22 @@ void HalInterface::ClientCallback::withdraw(uint32_t requestNumber, OfflineReque
  * no overall limit. The caller cannot tell a drained table from one that was given up.
  */
 void HalInterface::ClientCallback::waitForRequestDrained() {
+    std::vector<OfflineRequest*> const abandoned = drain();
+    if constexpr (quen::kHardened) {
+        for (OfflineRequest* const request : abandoned) {
+            quen::destroyOfflineRequest(request);
+        }
+    }
+}
+
+/**
+ * Waits for an empty table, or gives up and empties it.
+ *
+ * @return the requests that were given up and that no result is at work on. Their records stay
+ *         allocated, which others rely on; the hardened build destroys them
+ */
+std::vector<OfflineRequest*> HalInterface::ClientCallback::drain() {
+    std::vector<OfflineRequest*> abandoned;
     MutexLock const lock(mDrainLock);
     while (!mOfflineRequestCallback.empty()) {
         for (uint32_t const number : mOfflineRequestCallback.numbers()) {
@@ -68,26 +84,15 @@ void HalInterface::ClientCallback::waitForRequestDrained() {
         mDrainDeadline.tv_sec = mDrainStart.tv_sec + kDrainTimeoutSeconds;
         mDrainDeadline.tv_nsec = mDrainStart.tv_usec * kNanosecondsPerMicrosecond;
         if (mDrainCond.waitUntil(mDrainLock, mDrainDeadline) != 0) {
-            giveUpLocked();
+            abandoned = mOfflineRequestCallback.clear();
+            QLOGE("wait all result process failed, after remove all result "
+                  "mOfflineRequestCallback size is %d",
+                  static_cast<int>(mOfflineRequestCallback.size()));
             break;
         }
         QLOGI("wait all result process done");
     }
-}
-
-/**
- * Empties the table. The records of requests that have no result yet stay allocated, which others
- * rely on; the hardened build destroys them.
- */
-void HalInterface::ClientCallback::giveUpLocked() {
-    for (OfflineRequest* const request : mOfflineRequestCallback.clear()) {
-        if constexpr (quen::kHardened) {
-            quen::destroyOfflineRequest(request);
-        }
-    }
-    QLOGE("wait all result process failed, after remove all result "
-          "mOfflineRequestCallback size is %d",
-          static_cast<int>(mOfflineRequestCallback.size()));
+    return abandoned;
 }
 
 /** Wakes a drained wait when no request is outstanding any more. */

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <vector>
 
 #include <hidl/HidlSupport.h>
 #include <hidl/Status.h>
@@ -88,7 +89,7 @@ class HalInterface::ClientCallback
     bool convertToIMetadata(void const* data, NSCam::IMetadata& out);
 
     void deliverToClient(ISPResult const& result, Claim const& claim);
-    void giveUpLocked() QUEN_REQUIRES(mDrainLock);
+    std::vector<OfflineRequest*> drain() QUEN_EXCLUDES(mDrainLock);
     void signalWhenDrained() QUEN_EXCLUDES(mDrainLock);
     void tellModuleDied();
 
