@@ -27,6 +27,7 @@ bool isTypeSound(MetadataEntry const& entry) {
     return isVendorTag || get_camera_metadata_tag_type(entry.tag) == entry.type;
 }
 
+/** Whether the data lies where there is some: copies leave out what is behind the last of it. */
 bool isDataSound(MetadataEntry const& entry, camera_metadata const& header) {
     uint64_t const bytes = uint64_t{entry.count} * camera_metadata_type_size[entry.type];
     if (bytes == 0) {
@@ -36,7 +37,7 @@ bool isDataSound(MetadataEntry const& entry, camera_metadata const& header) {
         return true;
     }
     return entry.data.offset % kDataAlignment == 0 &&
-           entry.data.offset + uint64_t{dataBytes(entry)} <= header.data_capacity;
+           entry.data.offset + uint64_t{dataBytes(entry)} <= header.data_count;
 }
 
 }  // namespace
