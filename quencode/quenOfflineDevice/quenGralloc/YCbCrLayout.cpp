@@ -23,9 +23,7 @@ class Description {
         if (component.offsetInBits % kBitsPerByte != 0) {
             return false;
         }
-        uint8_t* const address = mBase == nullptr ? nullptr
-                                                  : mBase + plane.offsetInBytes +
-                                                            component.offsetInBits / kBitsPerByte;
+        uint8_t* const address = addressOf(plane.offsetInBytes, component.offsetInBits);
         switch (component.type.value) {
             case static_cast<int64_t>(PlaneLayoutComponentType::Y):
                 return addLuma(plane, component, address);
@@ -39,6 +37,15 @@ class Description {
     }
 
   private:
+    // Counted as a number: the offsets are the mapper's, and may lead anywhere.
+    uint8_t* addressOf(int64_t offsetInBytes, int64_t offsetInBits) const {
+        uint64_t const offset = static_cast<uint64_t>(offsetInBytes) +
+                                static_cast<uint64_t>(offsetInBits / kBitsPerByte);
+        return mBase == nullptr ? nullptr
+                                : reinterpret_cast<uint8_t*>(reinterpret_cast<uintptr_t>(mBase) +
+                                                             static_cast<uintptr_t>(offset));
+    }
+
     bool addLuma(PlaneLayout const& plane, PlaneLayoutComponent const& component,
                  uint8_t* address) {
         if (mHasY || component.sizeInBits != kBitsPerByte ||
