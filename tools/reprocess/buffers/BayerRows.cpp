@@ -62,11 +62,7 @@ class RowWriter {
             std::memcpy(out, mImage.packed10 + y * mImage.stride, mWidth / 4 * 5);
             return;
         }
-        uint16_t const* row = mImage.samples + y * mImage.stride;
-        if (mImage.packed10) {
-            unpackRow(mImage.packed10 + y * mImage.stride, mWidth, mUnpacked.data());
-            row = mUnpacked.data();
-        }
+        uint16_t const* row = samplesOf(y);
         if (mTarget.raw16) {
             scaleRow(row, mWidth, mBits, mTarget.bits, reinterpret_cast<uint16_t*>(out));
             return;
@@ -79,6 +75,15 @@ class RowWriter {
     }
 
   private:
+    // The samples of a row as words; unpacked, they are good until the next row's.
+    uint16_t const* samplesOf(uint32_t y) {
+        if (!mImage.packed10) {
+            return mImage.samples + y * mImage.stride;
+        }
+        unpackRow(mImage.packed10 + y * mImage.stride, mWidth, mUnpacked.data());
+        return mUnpacked.data();
+    }
+
     BayerImage const& mImage;
     int const mBits;
     uint32_t const mWidth;
