@@ -292,6 +292,35 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
     }
 }
 
+// Figures that nothing behind them bears out; a reader that believes them takes all memory there
+// is.
+TEST_F(CliTest, DamagedFiguresAreToldBeforeTheyAreUsed) {
+    put("whole.dng", asDng(kGrey, "rggb"));
+    ASSERT_EQ(0, run("whole.dng -o whole.jpg").exitCode);
+    struct {
+        char const* file;
+        std::string figure, damaged;
+        char const* says;
+    } const cases[] = {
+            {"whole.jpg", std::string("\0\x11\x08\0\x30\0\x40", 7),
+             std::string("\0\x11\x08\xff\0\xff\0", 7), "65280x65280 pixels"},
+            {"whole.dng", std::string("\0\1\4\0\1\0\0\0\x40\0\0\0\1\1\4\0\1\0\0\0\x30\0", 22),
+             std::string("\0\1\4\0\1\0\0\0\0\x60\0\0\1\1\4\0\1\0\0\0\0\x60", 22),
+             "24576x24576 pixels"},
+            {"whole.dng", std::string("\3\0\1\0\0\0\0\2\0\0\x1d", 11),
+             std::string("\4\0\1\0\0\0\xff\xff\xff\x7f\x1d", 11), "black level of 2147483648"},
+    };
+    for (auto const& c : cases) {
+        std::string bytes = get(c.file);
+        size_t const at = bytes.find(c.figure);
+        ASSERT_NE(at, std::string::npos) << c.says;
+        put(std::string("damaged-") + c.file, bytes.replace(at, c.damaged.size(), c.damaged));
+        Outcome const outcome = run(std::string("damaged-") + c.file + " -o out.jpg");
+        EXPECT_EQ(1, outcome.exitCode);
+        EXPECT_THAT(outcome.err, HasSubstr(c.says));
+    }
+}
+
 TEST_F(CliTest, HeaderlessFilesMustBeWhatTheyAreSaidToBe) {
     put("words.raw", bytesOf(mosaic(kGrey, "rggb", 12, 0)));
     put("short.raw", std::string(1000, 0));

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "inputs/BitsUsed.h"
+#include "inputs/CompressedSize.h"
 #include "inputs/Corrections.h"
 #include "inputs/MappedFile.h"
 #include "inputs/RawSamples.h"
@@ -144,10 +145,13 @@ int orientationOf(int flip) {
 }  // namespace
 
 Capture readCameraRaw(std::string const& path, InputOptions const& options) {
-    MappedFile::open(path);  // says what is wrong with the file itself better than LibRaw does
+    // Says what is wrong with the file itself better than LibRaw does.
+    size_t const bytes = MappedFile::open(path)->size();
     // The object is larger than a stack frame should be.
     auto const raw = std::make_shared<LibRaw>();
     check(raw->open_file(path.c_str()));
+    auto const& sizes = raw->imgdata.sizes;
+    checkCompressedSize(bytes, sizes.raw_width, sizes.raw_height);
     RawSamples const samples = readRawSamples(raw, path);
     if (!samples.first) {
         throw Failure("is no 2 x 2 Bayer mosaic", "convert it with other means first");
@@ -155,7 +159,6 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
 
     Capture capture;
     capture.calibration.bayerOrder = bayerOrder(*raw);
-    auto const& sizes = raw->imgdata.sizes;
     auto const& colour = raw->imgdata.color;
     if (sizes.width < 2 || sizes.height < 2 || sizes.left_margin + sizes.width > sizes.raw_width ||
         sizes.top_margin + sizes.height > sizes.raw_height) {

@@ -1,9 +1,9 @@
 #include "inputs/Corrections.h"
 
 #include <algorithm>
-#include <string>
 
 #include "support/Failure.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
 
@@ -21,9 +21,9 @@ void applyCorrections(InputOptions const& options, SensorCalibration& calibratio
     float const black =
             *std::max_element(std::begin(calibration.blackLevel), std::end(calibration.blackLevel));
     if (black >= calibration.whiteLevel) {
-        throw Failure("would be all black: its black level of " + std::to_string(int(black)) +
-                              " is not below its white level of " +
-                              std::to_string(int(calibration.whiteLevel)),
+        throw Failure(format("would be all black: its black level of %.0f is not below its white "
+                             "level of %.0f",
+                             black, calibration.whiteLevel),
                       "give the true one with --black");
     }
 }

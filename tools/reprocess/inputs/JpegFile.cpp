@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "inputs/CompressedSize.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 
@@ -42,7 +43,10 @@ PlaneConversion planeConversion(int sampling) {
     throw Failure(std::string("is no JPEG that can be decoded: ") + tjGetErrorStr2(decoder));
 }
 
-// Warnings (a stray byte, an early end) leave a picture, but not the one that was meant.
+// Warnings (a stray byte, an early end) leave a picture, but not the one that was meant. Hundreds
+// of scans over one picture are made to keep decoders busy.
+constexpr int kStrict = TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS;
+
 void check(tjhandle decoder, int result) {
     if (result != 0) {
         throwDecoding(decoder);
@@ -64,7 +68,7 @@ Planes decodePlanes(tjhandle decoder, MappedFile const& file, int width, int hei
         planes.data[i] = planes.bytes.data() + offsets[i];
     }
     check(decoder, tjDecompressToYUVPlanes(decoder, file.data(), file.size(), planes.data.data(),
-                                           width, planes.stride.data(), height, 0));
+                                           width, planes.stride.data(), height, kStrict));
     return planes;
 }
 
@@ -82,7 +86,7 @@ void decodeToNv21(tjhandle decoder, MappedFile const& file, int width, int heigh
     }
     std::vector<uint8_t> rgb(size_t(width) * height * 3);
     check(decoder, tjDecompress2(decoder, file.data(), file.size(), rgb.data(), width, 0, height,
-                                 TJPF_RGB, 0));
+                                 TJPF_RGB, kStrict));
     libyuv::RAWToJNV21(rgb.data(), width * 3, out, evenWidth, chroma, evenWidth, evenWidth,
                        evenHeight);
 }
@@ -130,6 +134,7 @@ Capture readJpeg(std::string const& path) {
     if (width < 2 || height < 2) {
         throw Failure("is smaller than 2x2 pixels");
     }
+    checkCompressedSize(file->size(), static_cast<size_t>(width), static_cast<size_t>(height));
     if (colour == TJCS_CMYK || colour == TJCS_YCCK) {
         throw Failure("is a CMYK JPEG", "convert it to RGB or YUV first");
     }
