@@ -1,22 +1,22 @@
 // The trailer of a JPEG buffer.
 
+#include <numeric>
+
 #include <quenOfflineDevice/CameraBlob.h>
 
 #include "support/Require.h"
+
+using quenfuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     int const bytes = static_cast<int>(size);
     quen::CameraBlob const blob = quen::readCameraBlob(data, bytes);
     if (quen::holdsJpeg(blob, bytes)) {
-        quenfuzz::require(blob.blobSize <= size, "a JPEG ends within its buffer");
-        // Every byte that a client would be given.
-        int sum = 0;
-        for (size_t i = 0; i < blob.blobSize; ++i) {
-            sum += data[i];
-        }
-        quenfuzz::require(sum >= 0, "a sum of bytes");
+        require(blob.blobSize + sizeof(blob) <= size, "a JPEG ends before its trailer");
+        // Every byte that a client would be given is there.
+        size_t const sum = std::accumulate(data, data + blob.blobSize, size_t{0});
+        require(sum <= size_t{blob.blobSize} * UINT8_MAX, "a sum of bytes");
     }
-    quenfuzz::require(!quen::holdsJpeg(quen::readCameraBlob(nullptr, bytes), bytes),
-                      "there is no JPEG at null");
+    require(!quen::holdsJpeg(quen::readCameraBlob(nullptr, bytes), bytes), "no JPEG is at null");
     return 0;
 }

@@ -30,9 +30,10 @@ void compare(IspMetadataReader const& reader, IMetadata const& decoded) {
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     IMetadata decoded;
-    bool const isTaken = quen::decodeIspMetadata(data, size, decoded);
+    require(quen::decodeIspMetadata(data, size, decoded),
+            "a buffer is taken in, what is broken apart");
     IspMetadataReader reader;
-    if (isTaken && reader.parse(data, size)) {
+    if (reader.parse(data, size)) {
         compare(reader, decoded);
     }
     return 0;

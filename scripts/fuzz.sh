@@ -38,19 +38,21 @@ export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
 
 # Runs a target; its executions and what stopped it ("-" for nothing) go to standard output.
 run() {
-    local target=$1 longest=$2 log=$found/$1.log flags=()
+    local target=$1 longest=$2 log=$found/$1.log flags=() stopped=-
     mkdir -p "$found/$target" "fuzz/corpus/$target"
     if [ -e "fuzz/dictionaries/$target.dict" ]; then
         flags+=("-dict=fuzz/dictionaries/$target.dict")
     fi
     # Ten seconds are a hang: an input takes a millisecond.
-    "$built/fuzz/$target" -max_total_time="$seconds" -max_len="$longest" -timeout=10 \
+    if ! "$built/fuzz/$target" -max_total_time="$seconds" -max_len="$longest" -timeout=10 \
         -print_final_stats=1 -artifact_prefix="$found/$target-" "${flags[@]}" \
-        "$found/$target" "fuzz/corpus/$target" </dev/null >"$log" 2>&1 && local stopped=- ||
-        local stopped=$(sed -n 's/.*Test unit written to //p' "$log" | tail -1)
+        "$found/$target" "fuzz/corpus/$target" </dev/null >"$log" 2>&1; then
+        stopped=$(sed -n 's/.*Test unit written to //p' "$log" | tail -1)
+        stopped=${stopped:-$log}
+    fi
     local executions
     executions=$(sed -n 's/^stat::number_of_executed_units: //p' "$log")
-    echo "${executions:-0} ${stopped:-$log}"
+    echo "${executions:-0} $stopped"
 }
 
 declare -A sums=([memory]=0 [file]=0)
