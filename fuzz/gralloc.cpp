@@ -29,6 +29,7 @@ using android::hardware::hidl_vec;
 using android::hardware::graphics::common::V1_2::PixelFormat;
 using android::hardware::graphics::mapper::V4_0::Error;
 using android::hardware::graphics::mapper::V4_0::IMapper;
+using quen::host::Layout;
 using quen::host::MemfdAllocator;
 using quen::host::MemfdMapper;
 using quenfuzz::require;
@@ -129,6 +130,7 @@ class Session {
             case kLock:
                 return lock(input);
             case kUnlock:
+                gMapper->setReleaseFences(input.ConsumeBool());
                 gMapper->unlock(takeBuffer(input), [](Error, hidl_handle const&) {}).isOk();
                 return;
             case kGet:
@@ -211,6 +213,8 @@ class Session {
             auto const bytes = input.ConsumeBytes<uint8_t>(input.ConsumeIntegral<uint8_t>());
             mDescriptor = bytes;
         }
+        constexpr Layout kLayouts[] = {Layout::Nv12, Layout::Nv21, Layout::I420, Layout::Yv12};
+        gAllocator->setLayout(PixelFormat::YCBCR_420_888, input.PickValueInArray(kLayouts));
         uint32_t const count = input.ConsumeIntegralInRange<uint32_t>(0, 2);
         gAllocator
                 ->allocate(mDescriptor, count,
