@@ -1,0 +1,205 @@
+#include "Session.h"
+
+#include "Build.h"
+#include "host/log/LogControl.h"
+
+namespace quensoak {
+
+namespace {
+
+constexpr int kCallsAfterDeath = 8;
+
+/** Drops every line, once it is formatted. */
+class Drop final : public quen::host::LogSink {
+  public:
+    void write(char const*, int, char const*) override {}
+};
+
+/** Turns every level of the log on for the length of a scope. */
+class LoudLog {
+  public:
+    explicit LoudLog(bool isLoud) : mIsLoud(isLoud) {
+        if (mIsLoud) {
+            mBefore = quen::host::setLogSink(&mDrop);
+            quen::host::setLogLevel(quen::host::LogLevel::Debug);
+        }
+    }
+    ~LoudLog() {
+        if (mIsLoud) {
+            quen::host::setLogLevel(quen::host::LogLevel::Silent);
+            quen::host::setLogSink(mBefore);
+        }
+    }
+    LoudLog(LoudLog const&) = delete;
+    LoudLog& operator=(LoudLog const&) = delete;
+
+  private:
+    bool const mIsLoud;
+    Drop mDrop;
+    quen::host::LogSink* mBefore = nullptr;
+};
+
+}  // namespace
+
+Session::Session(Cast const& cast)
+    : mCast(cast),
+      mPlan(cast.faults.nextSession()),
+      mConfiguration(cast.faults.firstConfiguration()) {}
+
+double Session::progress() const {
+    return static_cast<double>(mCast.ledger.count(Count::Requests)) /
+           static_cast<double>(mCast.requests);
+}
+
+void Session::run() {
+    LoudLog const log(mPlan.logs);
+    mCast.ledger.add(Count::Sessions);
+    mCast.client.create(*mDevice, mConfiguration);
+    for (int i = 1; i <= mPlan.phases; ++i) {
+        bool const isLast =
+                i == mPlan.phases || mCast.ledger.count(Count::Requests) >= mCast.requests;
+        Phase const phase = mCast.faults.nextPhase(mPlan, mConfiguration, isLast, progress());
+        runPhase(phase);
+        finishPhase(phase, isLast);
+        if (isLast) {
+            break;
+        }
+    }
+    end();
+}
+
+/** The first request of a phase reconfigures: it waits for all that is outstanding. */
+void Session::runPhase(Phase const& phase) {
+    mConfiguration = phase.configuration;
+    for (int i = 0; i < phase.requests; ++i) {
+        bool const isFirst = i == 0;
+        Plan const plan = nextPlan(phase, isFirst);
+        Client::Circumstances circumstances;
+        if (isFirst) {
+            mCast.ledger.add(Count::Drains);
+            circumstances.mustGiveUp = mStuck > 0 || !mCast.isp.held().empty();
+            circumstances.mayGiveUp = mMaybeStuck > 0;
+        }
+        submit(plan, circumstances);
+        if (isFirst) {
+            afterReconfiguration(circumstances.mustGiveUp);
+        }
+        if (!mCast.isp.held().empty() && mCast.faults.usesNumberTwice(progress())) {
+            useNumberTwice(phase);
+        }
+        mCast.isp.waitForRoom(mPlan.outstanding);
+    }
+}
+
+Plan Session::nextPlan(Phase const& phase, bool isFirst) {
+    Plan plan = mCast.faults.nextRequest(phase, !isFirst, progress());
+    if (isFirst) {
+        plan.call = Call::Good;  // so that it does reconfigure
+        plan.fate = Fate::Answered;
+        if (plan.buffers == BufferFault::MapInput || plan.buffers == BufferFault::MapJpeg) {
+            plan.buffers = BufferFault::None;
+        }
+    }
+    return plan;
+}
+
+void Session::submit(Plan const& plan, Client::Circumstances circumstances) {
+    circumstances.inDoomedSession = isDoomed();
+    Client::Outcome const outcome = mCast.client.submit(*mDevice, plan, circumstances);
+    mMaybeStuck += outcome.mayStayOutstanding ? 1 : 0;
+    // The default build takes nothing out of the table but what is answered.
+    if (outcome.staysOutstanding || (outcome.mayStayOutstanding && !kHardened)) {
+        ++mStuck;
+        mStuckDescriptors += Client::descriptorsOf(plan);
+    }
+    if (circumstances.secondOf != 0 && outcome.result >= 0) {
+        abandon(1, Client::descriptorsOf(plan));
+    }
+}
+
+/** Records that the default build leaks, which its contract wants. */
+void Session::abandon(uint64_t records, uint64_t descriptors) {
+    if (!kHardened) {
+        mCast.ledger.add(Count::Abandoned, records);
+        mCast.ledger.add(Count::AbandonedDescriptors, descriptors);
+    }
+}
+
+/** A request under the number of one that is held back: the first one keeps its place. */
+void Session::useNumberTwice(Phase const& phase) {
+    Plan plan = mCast.faults.nextRequest(phase, false, 0);
+    plan.call = Call::Good;
+    plan.buffers = BufferFault::None;
+    plan.fate = Fate::Dropped;
+    Client::Circumstances circumstances;
+    circumstances.secondOf = mCast.isp.held().back()->number;
+    submit(plan, circumstances);
+}
+
+/** What is held back is answered now, or only after the next phase's first request. */
+void Session::finishPhase(Phase const& phase, bool isLast) {
+    if (isLast && isDoomed()) {
+        dieIn(phase);
+        return;
+    }
+    if (phase.releasesLate) {
+        return;
+    }
+    bool const endsInTheMiddle = isLast && mPlan.ending == Ending::InTheMiddle;
+    mCast.isp.releaseHeld();
+    if (!kHardened && !endsInTheMiddle) {
+        // The answer of a call that timed out would end the wait of the next one.
+        mCast.isp.waitUntilIdle();
+    }
+}
+
+/** A drained wait has emptied the table: whatever is answered from now on finds nothing. */
+void Session::afterReconfiguration(bool hasGivenUp) {
+    if (hasGivenUp) {
+        for (AccountRef const& held : mCast.isp.held()) {
+            held->givenUp = true;
+            abandon(1, Client::descriptorsOf(held->plan));
+        }
+        abandon(mStuck, mStuckDescriptors);
+        mCast.ledger.add(Count::LateAnswers, mCast.isp.releaseHeld());
+    }
+    mStuck = 0;
+    mMaybeStuck = 0;
+    mStuckDescriptors = 0;
+}
+
+/** The module dies with requests outstanding; its client needs a few calls to notice. */
+void Session::dieIn(Phase const& phase) {
+    Client::Circumstances circumstances;
+    submit(mCast.faults.deadlyRequest(phase), circumstances);
+    circumstances.moduleMayBeDead = true;
+    for (int i = 0; i < kCallsAfterDeath; ++i) {
+        Plan plan = mCast.faults.nextRequest(phase, false, 0);
+        plan.reusesLastNumber = false;
+        submit(plan, circumstances);
+    }
+    mCast.isp.waitUntilIdle();
+}
+
+void Session::end() {
+    switch (mPlan.ending) {
+        case Ending::Orderly:
+        case Ending::ModuleDies:
+            mCast.isp.waitUntilIdle();
+            mDevice->destroy();
+            mCast.isp.forgetHeld();
+            break;
+        case Ending::InTheMiddle:
+            mCast.ledger.add(Count::SessionsEndedInTheMiddle);
+            mDevice->flush();
+            mDevice->destroy();
+            break;
+        case Ending::WithoutDestroy:
+            mCast.isp.waitUntilIdle();
+            break;
+    }
+    mDevice = nullptr;
+    mCast.isp.waitUntilIdle();
+}
+
+}  // namespace quensoak
