@@ -10,12 +10,6 @@ namespace quensoak {
 
 namespace {
 
-struct Size {
-    int width;
-    int height;
-};
-constexpr Size kSizes[] = {{64, 48}, {48, 32}, {96, 64}, {32, 32}};
-
 // Of the default build's waiting requests: the answer must not come before the wait.
 constexpr uint16_t kPatientMicroseconds = 500;
 
@@ -172,7 +166,7 @@ void Faults::chooseWaitingFate(Plan& plan, Phase const& phase, double progress) 
 void Faults::chooseAnswer(Plan& plan) {
     if (oneIn(16)) {
         plan.copies = static_cast<uint8_t>(2 + below(2));
-        plan.copiesTogether = oneIn(2);
+        plan.copiesTogether = oneIn(3);
     }
     plan.earlyResult = oneIn(50);
     plan.strayResult = oneIn(50);

@@ -22,6 +22,7 @@ namespace quensoak {
 namespace {
 
 constexpr size_t kTuningBytes = 0x1fa400;
+constexpr uint64_t kCpuUsage = 0x33;
 constexpr uint32_t kMagic = 0x4b414f53;  // "SOAK"
 constexpr int kFds = 1;
 constexpr int kInts = 2;      // the magic number and the slot
@@ -138,6 +139,11 @@ Graphics::Graphics() : mReal(quen::host::registerGraphicsServices()) {
     mFreeImports.reserve(kImports);
     for (Import& import : mImports) {
         mFreeImports.push_back(&import);
+    }
+    for (Size const& size : kSizes) {
+        auto const width = static_cast<uint32_t>(size.width);
+        auto const height = static_cast<uint32_t>(size.height);
+        mLayouts[{width, height}] = askForLayouts(width, height);
     }
 }
 
@@ -306,19 +312,18 @@ Return<void> Graphics::get(void* buffer, MetadataType const& metadataType, get_c
     return Void();
 }
 
-/** The planes of an NV21 buffer, as the host's services have them. They are asked once a size. */
-hidl_vec<uint8_t> const& Graphics::layoutsOf(uint32_t width, uint32_t height) {
-    std::lock_guard<std::mutex> const guard(mLock);
-    hidl_vec<uint8_t>& layouts = mLayouts[{width, height}];
-    if (layouts.size() > 0) {
-        return layouts;
-    }
+hidl_vec<uint8_t> const& Graphics::layoutsOf(uint32_t width, uint32_t height) const {
+    return mLayouts.at({width, height});
+}
+
+/** Asks the host's services for the planes of an NV21 buffer. */
+hidl_vec<uint8_t> Graphics::askForLayouts(uint32_t width, uint32_t height) const {
     BufferDescriptorInfo info = {};
     info.width = width;
     info.height = height;
     info.layerCount = 1;
     info.format = PixelFormat::YCRCB_420_SP;
-    info.usage = 0x33;
+    info.usage = kCpuUsage;
     hidl_vec<uint8_t> descriptor;
     (void)mReal.mapper->createDescriptor(
             info, [&](Error, hidl_vec<uint8_t> const& made) { descriptor = made; });
@@ -328,6 +333,7 @@ hidl_vec<uint8_t> const& Graphics::layoutsOf(uint32_t width, uint32_t height) {
             [&](Error, uint32_t, hidl_vec<hidl_handle> const& made) { raw = made[0]; });
     void* imported = nullptr;
     (void)mReal.mapper->importBuffer(raw, [&](Error, void* buffer) { imported = buffer; });
+    hidl_vec<uint8_t> layouts;
     (void)mReal.mapper->get(imported, android::gralloc4::MetadataType_PlaneLayouts,
                             [&](Error, hidl_vec<uint8_t> const& told) { layouts = told; });
     (void)mReal.mapper->freeBuffer(imported).isOk();

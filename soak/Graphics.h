@@ -107,7 +107,8 @@ class Graphics final : public IMapper, public IAllocator {
 
     Import* find(void const* buffer);
     void* import(android::hardware::hidl_handle const& rawHandle);
-    android::hardware::hidl_vec<uint8_t> const& layoutsOf(uint32_t width, uint32_t height);
+    android::hardware::hidl_vec<uint8_t> const& layoutsOf(uint32_t width, uint32_t height) const;
+    android::hardware::hidl_vec<uint8_t> askForLayouts(uint32_t width, uint32_t height) const;
 
     quen::host::GraphicsServices const mReal;
     BufferRing mRing;
@@ -116,8 +117,9 @@ class Graphics final : public IMapper, public IAllocator {
     mutable std::mutex mLock;
     std::array<Import, kImports> mImports;
     std::vector<Import*> mFreeImports;  // guarded by mLock
-    std::map<std::pair<uint32_t, uint32_t>, android::hardware::hidl_vec<uint8_t>>
-            mLayouts;  // guarded by mLock
+
+    // The planes of NV21 buffers by their sizes, as the host's services have them.
+    std::map<std::pair<uint32_t, uint32_t>, android::hardware::hidl_vec<uint8_t>> mLayouts;
 };
 
 }  // namespace quensoak

@@ -25,7 +25,9 @@ namespace {
 constexpr char kInstance[] = "internal/0";
 constexpr uint32_t kFirstStrayNumber = 0xf0000000;
 constexpr uint64_t kDeathCookie = 7;
-constexpr auto kMeetingPatience = std::chrono::microseconds(200);
+constexpr auto kMeetingPatience = std::chrono::microseconds(50);
+constexpr auto kIdle = std::chrono::microseconds(200);  // how long a thread sleeps when not woken
+constexpr size_t kWorthWaking = 8;                      // jobs
 
 // The header of an output tuning buffer.
 constexpr size_t kTotalUsedBytesWord = 8;
@@ -155,6 +157,7 @@ void Isp::waitForRoom(size_t limit) {
     if (mOutstanding < limit) {
         return;
     }
+    mWork.notify_one();
     mAwaited = (limit + 1) / 2;  // not woken for every single answer
     mRoom.wait(lock, [this] { return mOutstanding < mAwaited; });
     mAwaited = 0;
@@ -242,20 +245,25 @@ std::vector<Isp::Job> Isp::jobsOf(Device const& device, sp<isphal::ICallback> co
     return jobs;
 }
 
+/**
+ * Puts jobs into the queue. A thread is woken when somebody waits for one of them, or when several
+ * have gathered: waking one for every request would be most of what the run does.
+ */
 void Isp::enqueue(std::vector<Job> jobs) {
     if (jobs.empty()) {
         return;
     }
     size_t const count = jobs.size();
+    bool const isAwaited = jobs.front().account->plan.waits;
+    size_t queued = 0;
     {
         std::lock_guard<std::mutex> const guard(mLock);
         std::move(jobs.begin(), jobs.end(), std::back_inserter(mQueue));
         mOutstanding += count;
+        queued = mQueue.size();
     }
-    if (count == 1) {
+    if (isAwaited || queued >= kWorthWaking) {
         mWork.notify_one();
-    } else {
-        mWork.notify_all();
     }
 }
 
@@ -332,9 +340,14 @@ void Isp::loop(size_t thread) {
     std::minstd_rand random(static_cast<unsigned>(thread) + 1);
     std::unique_lock<std::mutex> lock(mLock);
     for (;;) {
-        mWork.wait(lock, [this] { return mEnded || !mQueue.empty(); });
-        if (mQueue.empty()) {
-            return;
+        while (mQueue.empty()) {
+            if (mEnded) {
+                return;
+            }
+            mWork.wait_for(lock, kIdle);
+        }
+        if (mQueue.size() > 1) {
+            mWork.notify_one();
         }
         std::swap(mQueue[random() % mQueue.size()], mQueue.back());
         Job job = std::move(mQueue.back());

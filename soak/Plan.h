@@ -65,6 +65,13 @@ inline constexpr uint32_t kBlobBytes = 4096;
 /** The two ways of a picture. */
 enum class Stage : uint8_t { RawToYuv, YuvToJpeg };
 
+/** The pictures' sizes. */
+struct Size {
+    int width;
+    int height;
+};
+inline constexpr Size kSizes[] = {{64, 48}, {48, 32}, {96, 64}, {32, 32}};
+
 /** What is asked of a configuration: a request that differs from the last one reconfigures. */
 struct Configuration {
     Stage stage;

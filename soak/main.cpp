@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -34,7 +35,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto kProgressEvery = std::chrono::seconds(10);
-constexpr uint64_t kWarmUpShare = 20;  // one in so many requests, before anything is compared
+constexpr uint64_t kWarmUp = 5000;  // requests, before anything is compared: half a short run
 constexpr int64_t kMostBlocksOfARecord = 200;
 
 double secondsSince(Clock::time_point start) {
@@ -141,7 +142,7 @@ int run(uint64_t requests, uint64_t seed, unsigned threads) {
     Faults faults(seed, requests, answers.sound(), answers.all());
     Cast const cast = {ledger, isp, client, faults, requests};
 
-    runUntil(cast, requests / kWarmUpShare, start);
+    runUntil(cast, std::min(kWarmUp, requests / 2), start);
     Holdings const before = Holdings::now(*graphics);
     uint64_t const records = ledger.count(Count::Abandoned);
     uint64_t const descriptors = ledger.count(Count::AbandonedDescriptors);
