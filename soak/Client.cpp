@@ -291,8 +291,8 @@ uint32_t Client::numberFor(Plan const& plan, Circumstances const& circumstances)
         mLedger.add(Count::SecondsOfANumber);
         return circumstances.secondOf;
     }
-    uint32_t number = 0;
-    if (plan.reusesLastNumber) {
+    uint32_t number = circumstances.number;
+    if (number == 0 && plan.reusesLastNumber) {
         number = kHardened && mLastWaitNumber != 0 ? std::exchange(mLastWaitNumber, 0)
                                                    : mLedger.takeFreeNumber();
     }
@@ -308,6 +308,7 @@ Client::Outcome Client::submit(quenOfflineDevice& device, Plan const& plan,
     uint32_t const number = numberFor(plan, circumstances);
     AccountRef const account = mLedger.openAccount(plan, number, circumstances.inDoomedSession);
     account->isSecond = circumstances.secondOf != 0;
+    account->numberIsTaken = circumstances.numberIsTaken;
     mIsp.expect(account);
     mGraphics.setPlan(plan);
     mThreeA.set(plan.threeA);
@@ -337,7 +338,7 @@ Client::Outcome Client::submit(quenOfflineDevice& device, Plan const& plan,
     bool const isRecorded = result >= 0 && wasSubmitted && !account->isSecond;
     bool const refusedStays = !kHardened && isRefused(*account) && plan.fate != Fate::ReplyLost;
     bool const dropped = plan.fate == Fate::Dropped && !isRefused(*account);
-    return {result, isRecorded && (refusedStays || (dropped && !plan.waits)),
+    return {result, number, isRecorded && (refusedStays || (dropped && !plan.waits)),
             dropped && plan.waits};
 }
 

@@ -31,14 +31,17 @@ class Client {
     struct Circumstances {
         bool inDoomedSession = false;
         bool moduleMayBeDead = false;
-        bool mustGiveUp = false;  ///< it reconfigures, and something is never answered
-        bool mayGiveUp = false;   ///< the same, and nobody can know
-        uint32_t secondOf = 0;    ///< the number of another one, outstanding; 0: none
+        bool mustGiveUp = false;     ///< it reconfigures, and something is never answered
+        bool mayGiveUp = false;      ///< the same, and nobody can know
+        uint32_t secondOf = 0;       ///< the number of another one, outstanding; 0: none
+        uint32_t number = 0;         ///< given up, with its result at work; 0: none
+        bool numberIsTaken = false;  ///< by the next request, as that
     };
 
     /** What came of a call. */
     struct Outcome {
         int result;
+        uint32_t number;
         bool staysOutstanding;    ///< its record waits for an answer that never comes
         bool mayStayOutstanding;  ///< that, or the library has done with it
     };

@@ -13,6 +13,8 @@ namespace {
 // Of the default build's waiting requests: the answer must not come before the wait.
 constexpr uint16_t kPatientMicroseconds = 500;
 
+constexpr uint32_t kLongerThanADrainedWait = 2500000;
+
 /** A share of the requests, between a least and a most. */
 uint64_t share(uint64_t requests, uint64_t oneIn, uint64_t least, uint64_t most) {
     return std::clamp(requests / oneIn, least, most);
@@ -62,7 +64,7 @@ SessionPlan Faults::nextSession() {
                   : dice < 8 ? Ending::InTheMiddle
                   : dice < 9 ? Ending::WithoutDestroy
                              : (kHardened ? Ending::ModuleDies : Ending::Orderly);
-    plan.phases = 1 + static_cast<int>(below(8));
+    plan.phases = 1 + static_cast<int>(below(16));
     plan.outstanding = kOutstanding[below(std::size(kOutstanding))];
     plan.logs = oneIn(50);
     return plan;
@@ -72,10 +74,12 @@ Phase Faults::nextPhase(SessionPlan const& session, Configuration const& before,
                         double progress) {
     Phase phase;
     phase.configuration = otherConfiguration(before);
-    phase.requests = 1 + static_cast<int>(below(400));
+    phase.requests = 1 + static_cast<int>(below(oneIn(2) ? 20 : 300));
     // What is never answered costs a drained wait's two seconds, unless the session ends first.
     bool const dies = session.ending == Ending::ModuleDies;
-    phase.mayLose = isLast ? oneIn(2) : !dies && mDrains.take(progress);
+    bool const spends = !isLast && !dies && mDrains.take(progress);
+    phase.isOutlasted = spends && oneIn(3);
+    phase.mayLose = isLast ? oneIn(2) : spends && !phase.isOutlasted;
     phase.releasesLate = !isLast && phase.mayLose && oneIn(2);
     return phase;
 }
@@ -111,8 +115,18 @@ Plan Faults::nextRequest(Phase const& phase, bool mayWait, double progress) {
     }
     chooseAnswer(plan);
     chooseBuffers(plan, progress);
-    plan.slowMicroseconds = oneIn(2000) ? static_cast<uint16_t>(100 + below(2000)) : 0;
+    plan.slowMicroseconds = oneIn(2000) ? 100 + below(2000) : 0;
     plan.listenerLost = oneIn(50);
+    return plan;
+}
+
+Plan Faults::outlastingRequest(Phase const& phase) {
+    Plan plan = nextRequest(phase, false, 0);
+    plan.call = Call::Good;
+    plan.buffers = BufferFault::None;
+    plan.fate = Fate::Answered;
+    plan.reusesLastNumber = false;
+    plan.slowMicroseconds = kLongerThanADrainedWait;
     return plan;
 }
 

@@ -29,6 +29,7 @@ struct Phase {
     int requests;
     bool mayLose;       ///< requests that are never answered may be among them
     bool releasesLate;  ///< what is held back is answered after the next reconfiguration
+    bool isOutlasted;   ///< a callback of its last request takes longer than the drained wait
 };
 
 /** What costs whole time-outs, and is spent evenly over the run. */
@@ -71,6 +72,9 @@ class Faults {
 
     /** The request during which the module dies. */
     Plan deadlyRequest(Phase const& phase);
+
+    /** A request whose callback takes longer than a drained wait. */
+    Plan outlastingRequest(Phase const& phase);
 
     Configuration firstConfiguration();
 

@@ -113,7 +113,7 @@ struct Plan {
     Trailer trailer = Trailer::Right;
     uint16_t jpegBytes = 0;
 
-    uint16_t slowMicroseconds = 0;  ///< the client's callback takes that long
+    uint32_t slowMicroseconds = 0;  ///< the client's callback takes that long
     bool listenerLost = false;      ///< the transport of the client's callback fails
 };
 

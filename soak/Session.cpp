@@ -68,22 +68,11 @@ void Session::run() {
     end();
 }
 
-/** The first request of a phase reconfigures: it waits for all that is outstanding. */
 void Session::runPhase(Phase const& phase) {
     mConfiguration = phase.configuration;
-    for (int i = 0; i < phase.requests; ++i) {
-        bool const isFirst = i == 0;
-        Plan const plan = nextPlan(phase, isFirst);
-        Client::Circumstances circumstances;
-        if (isFirst) {
-            mCast.ledger.add(Count::Drains);
-            circumstances.mustGiveUp = mStuck > 0 || !mCast.isp.held().empty();
-            circumstances.mayGiveUp = mMaybeStuck > 0;
-        }
-        submit(plan, circumstances);
-        if (isFirst) {
-            afterReconfiguration(circumstances.mustGiveUp);
-        }
+    reconfigure(phase);
+    for (int i = 1; i < phase.requests; ++i) {
+        submit(mCast.faults.nextRequest(phase, true, progress()), {});
         if (!mCast.isp.held().empty() && mCast.faults.usesNumberTwice(progress())) {
             useNumberTwice(phase);
         }
@@ -91,19 +80,35 @@ void Session::runPhase(Phase const& phase) {
     }
 }
 
-Plan Session::nextPlan(Phase const& phase, bool isFirst) {
-    Plan plan = mCast.faults.nextRequest(phase, !isFirst, progress());
-    if (isFirst) {
-        plan.call = Call::Good;  // so that it does reconfigure
-        plan.fate = Fate::Answered;
-        if (plan.buffers == BufferFault::MapInput || plan.buffers == BufferFault::MapJpeg) {
-            plan.buffers = BufferFault::None;
-        }
+/** The first request of a phase: the library waits for all that is outstanding, or gives it up. */
+void Session::reconfigure(Phase const& phase) {
+    mCast.ledger.add(Count::Drains);
+    Plan plan = mCast.faults.nextRequest(phase, false, progress());
+    plan.call = Call::Good;  // so that it does reconfigure
+    plan.fate = mOutlasting != 0 ? Fate::Held : Fate::Answered;
+    if (plan.buffers == BufferFault::MapInput || plan.buffers == BufferFault::MapJpeg) {
+        plan.buffers = BufferFault::None;
     }
-    return plan;
+    Client::Circumstances circumstances;
+    bool const holdsBack = !mCast.isp.held().empty();
+    circumstances.mustGiveUp = mStuck > 0 || holdsBack || mOutlasting != 0;
+    circumstances.mayGiveUp = mMaybeStuck > 0;
+    circumstances.number = mOutlasting;
+    submit(plan, circumstances);
+    if (mOutlasting != 0) {
+        // What the older result erases must not be the younger request of its number.
+        mCast.isp.waitUntilIdle();
+        mCast.isp.releaseHeld();
+        mOutlasting = 0;
+    } else if (circumstances.mustGiveUp) {
+        afterGivingUp();
+    }
+    mStuck = 0;
+    mMaybeStuck = 0;
+    mStuckDescriptors = 0;
 }
 
-void Session::submit(Plan const& plan, Client::Circumstances circumstances) {
+uint32_t Session::submit(Plan const& plan, Client::Circumstances circumstances) {
     circumstances.inDoomedSession = isDoomed();
     Client::Outcome const outcome = mCast.client.submit(*mDevice, plan, circumstances);
     mMaybeStuck += outcome.mayStayOutstanding ? 1 : 0;
@@ -115,6 +120,7 @@ void Session::submit(Plan const& plan, Client::Circumstances circumstances) {
     if (circumstances.secondOf != 0 && outcome.result >= 0) {
         abandon(1, Client::descriptorsOf(plan));
     }
+    return outcome.number;
 }
 
 /** Records that the default build leaks, which its contract wants. */
@@ -151,21 +157,21 @@ void Session::finishPhase(Phase const& phase, bool isLast) {
         // The answer of a call that timed out would end the wait of the next one.
         mCast.isp.waitUntilIdle();
     }
+    if (phase.isOutlasted) {
+        Client::Circumstances circumstances;
+        circumstances.numberIsTaken = true;
+        mOutlasting = submit(mCast.faults.outlastingRequest(phase), circumstances);
+    }
 }
 
 /** A drained wait has emptied the table: whatever is answered from now on finds nothing. */
-void Session::afterReconfiguration(bool hasGivenUp) {
-    if (hasGivenUp) {
-        for (AccountRef const& held : mCast.isp.held()) {
-            held->givenUp = true;
-            abandon(1, Client::descriptorsOf(held->plan));
-        }
-        abandon(mStuck, mStuckDescriptors);
-        mCast.ledger.add(Count::LateAnswers, mCast.isp.releaseHeld());
+void Session::afterGivingUp() {
+    for (AccountRef const& held : mCast.isp.held()) {
+        held->givenUp = true;
+        abandon(1, Client::descriptorsOf(held->plan));
     }
-    mStuck = 0;
-    mMaybeStuck = 0;
-    mStuckDescriptors = 0;
+    abandon(mStuck, mStuckDescriptors);
+    mCast.ledger.add(Count::LateAnswers, mCast.isp.releaseHeld());
 }
 
 /** The module dies with requests outstanding; its client needs a few calls to notice. */

@@ -33,11 +33,11 @@ class Session {
     double progress() const;
     bool isDoomed() const { return mPlan.ending == Ending::ModuleDies; }
     void runPhase(Phase const& phase);
-    Plan nextPlan(Phase const& phase, bool isFirst);
-    void submit(Plan const& plan, Client::Circumstances circumstances);
+    uint32_t submit(Plan const& plan, Client::Circumstances circumstances);
+    void reconfigure(Phase const& phase);
     void useNumberTwice(Phase const& phase);
     void finishPhase(Phase const& phase, bool isLast);
-    void afterReconfiguration(bool hasGivenUp);
+    void afterGivingUp();
     void abandon(uint64_t records, uint64_t descriptors);
     void dieIn(Phase const& phase);
     void end();
@@ -48,6 +48,7 @@ class Session {
     Configuration mConfiguration;
     uint64_t mStuck = 0;  // requests that wait for an answer which never comes
     uint64_t mMaybeStuck = 0;
+    uint32_t mOutlasting = 0;        // the number of a request whose callback is at work; 0: none
     uint64_t mStuckDescriptors = 0;  // in the records of the stuck ones
 };
 
