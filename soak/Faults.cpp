@@ -35,8 +35,8 @@ Faults::Faults(uint64_t seed, uint64_t requests, size_t soundAnswers, size_t ans
     : mRandom(seed),
       mSoundAnswers(soundAnswers),
       mAnswers(answers),
-      mDrains(share(requests, 25000, 2, 40)),
-      mTimeouts(share(requests, 25000, 2, 40)),
+      mDrains(share(requests, 25000, 4, 40)),
+      mTimeouts(share(requests, 25000, 3, 40)),
       mEarly(share(requests, 25000, 2, 40)),
       mSlowImports(share(requests, 1000, 10, 1000)),
       mRetries(share(requests, 500, 20, 2000)),
@@ -78,7 +78,7 @@ Phase Faults::nextPhase(SessionPlan const& session, Configuration const& before,
     // What is never answered costs a drained wait's two seconds, unless the session ends first.
     bool const dies = session.ending == Ending::ModuleDies;
     bool const spends = !isLast && !dies && mDrains.take(progress);
-    phase.isOutlasted = spends && oneIn(3);
+    phase.isOutlasted = spends && ++mSpentDrains % 3 == 0;
     phase.mayLose = isLast ? oneIn(2) : spends && !phase.isOutlasted;
     phase.releasesLate = !isLast && phase.mayLose && oneIn(2);
     return phase;

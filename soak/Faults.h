@@ -93,6 +93,7 @@ class Faults {
     std::mt19937_64 mRandom;
     size_t const mSoundAnswers;
     size_t const mAnswers;
+    uint64_t mSpentDrains = 0;
     Budget mDrains;       // 2 s each
     Budget mTimeouts;     // 1 s each
     Budget mEarly;        // 1 s each, in the default build
