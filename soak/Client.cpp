@@ -124,6 +124,9 @@ bool mayRefuseBuffers(Plan const& plan) {
 bool isRightReturn(Account const& account, bool timedOut) {
     Plan const& plan = account.plan;
     int const result = account.result;
+    if (account.isUnconnected) {
+        return result == kNoDevice;
+    }
     if (account.nearDeath && result == kNoDevice) {
         return true;
     }
@@ -309,6 +312,7 @@ Client::Outcome Client::submit(quenOfflineDevice& device, Plan const& plan,
     AccountRef const account = mLedger.openAccount(plan, number, circumstances.inDoomedSession);
     account->isSecond = circumstances.secondOf != 0;
     account->numberIsTaken = circumstances.numberIsTaken;
+    account->isUnconnected = circumstances.isUnconnected;
     mIsp.expect(account);
     mGraphics.setPlan(plan);
     mThreeA.set(plan.threeA);
@@ -349,7 +353,7 @@ void Client::judge(Account const& account, double seconds, bool timedOut,
     if (!isRightReturn(account, timedOut)) {
         mLedger.blame(Count::WrongReturn, account, "process returned what it must not");
     }
-    if (result == kInvalidArgument) {
+    if (result == kInvalidArgument || result == kNoDevice) {
         mLedger.add(Count::CallsRefusedEarly);
     }
     bool const hasNoDeviceBuffer =

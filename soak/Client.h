@@ -31,6 +31,7 @@ class Client {
     struct Circumstances {
         bool inDoomedSession = false;
         bool moduleMayBeDead = false;
+        bool isUnconnected = false;  ///< before `create` or after `destroy`
         bool mustGiveUp = false;     ///< it reconfigures, and something is never answered
         bool mayGiveUp = false;      ///< the same, and nobody can know
         uint32_t secondOf = 0;       ///< the number of another one, outstanding; 0: none

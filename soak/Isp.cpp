@@ -58,7 +58,7 @@ class Isp::Device final : public isphal::IDevice {
     StatusReturn configureISPDevice(isphal::ISPStreamConfiguration const& config,
                                     sp<isphal::ICallback> const& callback) override {
         if (config.inputStreams.size() != 1 || config.outputStreams.size() == 0 ||
-            callback == nullptr) {
+            (callback == nullptr && !mIsp.hasDied())) {
             mIsp.mLedger.add(Count::IspSawWrong);
         }
         mCallback = callback;

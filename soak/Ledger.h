@@ -38,6 +38,7 @@ class Account {
     bool const inDoomedSession;         ///< the ISP module dies at the session's end
     bool isSecond = false;              ///< the number was outstanding: must not be recorded
     bool reachedDead = false;           ///< it was submitted to a dead module
+    bool isUnconnected = false;         ///< the device object has no ISP device
     bool numberIsTaken = false;         ///< the next request has it
     bool nearDeath = false;             ///< the module died meanwhile, or had died
     std::atomic<bool> returned{false};  ///< the call has returned, not through a time-out

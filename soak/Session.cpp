@@ -54,6 +54,7 @@ double Session::progress() const {
 void Session::run() {
     LoudLog const log(mPlan.logs);
     mCast.ledger.add(Count::Sessions);
+    callUnconnected();
     mCast.client.create(*mDevice, mConfiguration);
     for (int i = 1; i <= mPlan.phases; ++i) {
         bool const isLast =
@@ -174,17 +175,36 @@ void Session::afterGivingUp() {
     mCast.ledger.add(Count::LateAnswers, mCast.isp.releaseHeld());
 }
 
-/** The module dies with requests outstanding; its client needs a few calls to notice. */
+/**
+ * The module dies with requests outstanding; its client needs a few calls to notice. The first of
+ * them waits for what is outstanding, if it is faster than the death.
+ */
 void Session::dieIn(Phase const& phase) {
+    submit(mCast.faults.deadlyRequest(phase), {});
     Client::Circumstances circumstances;
-    submit(mCast.faults.deadlyRequest(phase), circumstances);
     circumstances.moduleMayBeDead = true;
+    Phase const next = mCast.faults.nextPhase(mPlan, phase.configuration, true, 0);
     for (int i = 0; i < kCallsAfterDeath; ++i) {
-        Plan plan = mCast.faults.nextRequest(phase, false, 0);
+        Plan plan = mCast.faults.nextRequest(next, i > 0, 0);
         plan.reusesLastNumber = false;
         submit(plan, circumstances);
     }
     mCast.isp.waitUntilIdle();
+}
+
+/** Calls on an object that has no ISP device: the hardened build refuses each. */
+void Session::callUnconnected() {
+    if (!kHardened) {
+        return;
+    }
+    Plan plan = mCast.faults.nextRequest({mConfiguration, 1, false, false, false}, true, 0);
+    plan.call = Call::Good;
+    Client::Circumstances circumstances;
+    circumstances.isUnconnected = true;
+    submit(plan, circumstances);
+    mDevice->flush();
+    mDevice->setOfflineCallback(nullptr);
+    mDevice->destroy();
 }
 
 void Session::end() {
@@ -194,6 +214,7 @@ void Session::end() {
             mCast.isp.waitUntilIdle();
             mDevice->destroy();
             mCast.isp.forgetHeld();
+            callUnconnected();
             break;
         case Ending::InTheMiddle:
             mCast.ledger.add(Count::SessionsEndedInTheMiddle);

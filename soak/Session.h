@@ -40,6 +40,7 @@ class Session {
     void afterGivingUp();
     void abandon(uint64_t records, uint64_t descriptors);
     void dieIn(Phase const& phase);
+    void callUnconnected();
     void end();
 
     Cast const& mCast;

@@ -36,7 +36,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kProgressEvery = std::chrono::seconds(10);
 constexpr uint64_t kWarmUp = 5000;  // requests, before anything is compared: half a short run
-constexpr int64_t kMostBlocksOfARecord = 200;
+constexpr int64_t kMostBlocksOfARecord = 16;
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
