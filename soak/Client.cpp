@@ -335,7 +335,9 @@ Client::Outcome Client::submit(quenOfflineDevice& device, Plan const& plan,
                           (kHardened ? result == kTimedOut : took.count() >= kLongForAWait);
     account->returned = plan.waits && !timedOut;
     judge(*account, took.count(), timedOut, circumstances);
-    if (kHardened && account->returned && account->answersInTime > 0 && plan.copies == 1) {
+    // Of a call that was refused, an answer may still be on its way.
+    if (kHardened && account->returned && !isRefused(*account) && account->answersInTime > 0 &&
+        plan.copies == 1) {
         account->numberIsTaken = true;
         mLastWaitNumber = number;
     }

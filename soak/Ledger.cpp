@@ -141,9 +141,10 @@ void Ledger::judgeTold(Account const& account) {
         blame(Count::Lost, account, "never told");
     } else if (ends > due.most) {
         blame(Count::Uninvited, account, "told, and should not have been");
-    } else if (account.toldWrong || metadata > ends ||
-               (metadata < ends && !account.inDoomedSession)) {
-        blame(Count::WrongContent, account, "told wrongly");
+    } else if (account.wrong != nullptr) {
+        blame(Count::WrongContent, account, account.wrong);
+    } else if (metadata > ends || (metadata < ends && !account.inDoomedSession)) {
+        blame(Count::WrongContent, account, "told the end or the metadata alone");
     } else {
         add(ends == 1 ? Count::ToldOnce : Count::RightlyNever);
     }

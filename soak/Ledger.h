@@ -48,7 +48,7 @@ class Account {
     std::atomic<int> answersInTime{0};  ///< those of them that find the request in the table
     std::atomic<int> metadataTold{0};
     std::atomic<int> endsTold{0};
-    std::atomic<bool> toldWrong{false};  ///< another number, status or order than it has to be
+    std::atomic<char const*> wrong{nullptr};  ///< what was wrong with what it was told
 };
 
 using AccountRef = std::shared_ptr<Account>;

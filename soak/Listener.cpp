@@ -27,9 +27,11 @@ Return<void> Listener::notifyResultMetadata(uint32_t requestNumber,
                                             postproc::Status status) {
     check(requestNumber, status);
     auto const* const told = reinterpret_cast<camera_metadata const*>(metadata.data());
-    bool const isSound = told != nullptr && get_camera_metadata_size(told) == metadata.size();
-    if (!isSound || mAccount->endsTold > 0) {
-        mAccount->toldWrong = true;
+    if (told == nullptr || get_camera_metadata_size(told) != metadata.size()) {
+        mAccount->wrong = "told no metadata";
+    }
+    if (mAccount->endsTold > 0) {
+        mAccount->wrong = "told the metadata after the end";
     }
     ++mAccount->metadataTold;
     if (mAccount->plan.slowMicroseconds > 0) {
@@ -46,9 +48,11 @@ Return<void> Listener::notifyRequestResult(uint32_t requestNumber, postproc::Sta
 
 void Listener::check(uint32_t requestNumber, postproc::Status status) {
     bool const ofDeath = mAccount->inDoomedSession && status == postproc::Status::INTERNAL_ERROR;
-    if (requestNumber != mAccount->number ||
-        (!ofDeath && status != clientStatus(mAccount->plan.status))) {
-        mAccount->toldWrong = true;
+    if (requestNumber != mAccount->number) {
+        mAccount->wrong = "told another number";
+    }
+    if (!ofDeath && status != clientStatus(mAccount->plan.status)) {
+        mAccount->wrong = "told another status";
     }
 }
 
