@@ -43,7 +43,7 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
         hidl_handle assigned;
         assigned = copy;
         hidl_handle const moved(std::move(assigned));
-        EXPECT_EQ(nullptr, assigned.getNativeHandle());
+        EXPECT_EQ(assigned.getNativeHandle(), nullptr);
         EXPECT_TRUE(isOpen(moved->data[0]));
 
         hidl_vec<hidl_handle> handles{copy};
@@ -51,7 +51,7 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
         EXPECT_NE(kept, hidl_vec<hidl_handle>(handles)[0]->data[0]);
         handles.resize(2);
         EXPECT_EQ(kept, handles[0]->data[0]);
-        EXPECT_EQ(nullptr, handles[1].getNativeHandle());
+        EXPECT_EQ(handles[1].getNativeHandle(), nullptr);
     }
     EXPECT_FALSE(isOpen(cloned));
     EXPECT_TRUE(isOpen(original));
@@ -80,7 +80,7 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
 TEST(HidlHandleDeathTest, AbortsWhenACloneFails) {
     native_handle_t* const handle = native_handle_create(1, 0);
     handle->data[0] = 1 << 20;
-    EXPECT_EQ(nullptr, native_handle_clone(handle));
+    EXPECT_EQ(native_handle_clone(handle), nullptr);
     hidl_handle const pointing(handle);
     EXPECT_DEATH(hidl_handle copy(pointing), "cannot clone a handle of 1 descriptors");
     native_handle_delete(handle);

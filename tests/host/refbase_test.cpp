@@ -1,5 +1,8 @@
 #include <atomic>
+#include <new>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <utils/RefBase.h>
@@ -37,26 +40,48 @@ struct Derived : Base, Other {
 
 TEST(StrongReference, KeepsTheObjectFromTheFirstReferenceToTheLast) {
     Life life;
-    sp<Derived> first = new Derived(life);
+    auto* const object = new Derived(life);
+    EXPECT_EQ(object->getStrongCount(), 1 << 28);
+    sp<Derived> first = object;
     sp<Base> second = first;
     sp<Other> third(second == first ? first : nullptr);
-    EXPECT_EQ(3, first->getStrongCount());
-    EXPECT_EQ(7, third->mOther);
+    EXPECT_EQ(first->getStrongCount(), 3);
+    EXPECT_EQ(third->mOther, 7);
 
     sp<Base> moved = std::move(second);
-    EXPECT_EQ(nullptr, second);
-    EXPECT_EQ(3, first->getStrongCount());
+    EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(first->getStrongCount(), 3);
     second = std::move(moved);
     first = nullptr;
     third.clear();
     sp<Base>& alias = second;
     second = alias;
-    second = std::move(alias);
-    EXPECT_EQ(0, life.ends);
+    EXPECT_EQ(life.ends, 0);
     second = new Base(life);
-    EXPECT_EQ(1, life.lastRefs);
-    EXPECT_EQ(1, life.ends);
-    EXPECT_EQ(2, life.firstRefs);
+    EXPECT_EQ(life.lastRefs, 1);
+    EXPECT_EQ(life.ends, 1);
+    EXPECT_EQ(life.firstRefs, 2);
+    second = std::move(alias);  // lets go first, and then there is nothing to take
+    EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(life.ends, 2);
+}
+
+TEST(StrongReference, PointsAtTheOldObjectUntilThatIsGone) {
+    struct Visitor : virtual RefBase {
+        Visitor(sp<Visitor>& home, int& seen) : mHome(home), mSeen(seen) {}
+        ~Visitor() override { mSeen += mHome == this ? 1 : 0; }
+
+        sp<Visitor>& mHome;
+        int& mSeen;
+    };
+    int seen = 0;
+    sp<Visitor> home;
+    for (int visit = 0; visit < 2; ++visit) {
+        home = new Visitor(home, seen);
+    }
+    home = sp<Visitor>(new Visitor(home, seen));
+    home.clear();
+    EXPECT_EQ(seen, 3);
 }
 
 TEST(WeakReference, TellsWhetherTheObjectIsThere) {
@@ -65,19 +90,44 @@ TEST(WeakReference, TellsWhetherTheObjectIsThere) {
     { wp<Base> const goneBeforeTheFirstStrongOne(object); }
     wp<Derived> weak = object;
     wp<Base> const ofBase = weak;
-    EXPECT_EQ(0, life.ends);
+    EXPECT_EQ(life.ends, 0);
     sp<Base> strong = ofBase.promote();
-    EXPECT_EQ(object, strong);
-    EXPECT_EQ(1, strong->getStrongCount());
+    EXPECT_EQ(strong, object);
+    EXPECT_EQ(strong->getStrongCount(), 1);
+    EXPECT_EQ(life.firstRefs, 0) << "a promotion is nobody's first reference";
 
+    EXPECT_TRUE(weak == strong);
+    EXPECT_TRUE(weak != sp<Base>(nullptr));
     strong.clear();
-    EXPECT_EQ(1, life.ends);
-    EXPECT_EQ(nullptr, weak.promote());
-    EXPECT_EQ(nullptr, ofBase.promote());
+    EXPECT_EQ(life.ends, 1);
+    EXPECT_EQ(weak.promote(), nullptr);
+    EXPECT_EQ(ofBase.promote(), nullptr);
     EXPECT_TRUE(weak == ofBase);
+    wp<Derived> const moved = std::move(weak);
+    EXPECT_TRUE(moved == weak) << "a move copies";
     weak.clear();
     EXPECT_TRUE(weak == wp<Derived>());
-    EXPECT_EQ(nullptr, weak.promote());
+    EXPECT_EQ(weak.promote(), nullptr);
+}
+
+TEST(WeakReference, OrdersByAddressAndTellsAnObjectFromItsSuccessor) {
+    struct InPlace : RefBase {
+        static void operator delete(void* /*memory*/) {}
+    };
+    alignas(InPlace) char memory[2][sizeof(InPlace)];
+    sp<InPlace> low = new (memory[0]) InPlace;
+    wp<InPlace> const lowWeak = low;
+    sp<InPlace> const high = new (memory[1]) InPlace;
+    wp<InPlace> const highWeak = high;
+    EXPECT_TRUE(lowWeak < highWeak && highWeak > lowWeak && lowWeak <= lowWeak);
+    EXPECT_TRUE(low < high && low <= low && high > low.get());
+
+    low.clear();
+    low = new (memory[0]) InPlace;
+    wp<InPlace> const successor = low;
+    EXPECT_TRUE(lowWeak == low.get()) << "the same address";
+    EXPECT_TRUE(lowWeak != low && lowWeak != successor);
+    EXPECT_NE(lowWeak < successor, successor < lowWeak);
 }
 
 /** Promotions race with the last release: each gives a live object or none. */
@@ -90,7 +140,7 @@ TEST(WeakReference, PromotesSafelyWhileTheLastReferenceGoes) {
         std::thread promoter([&] {
             isRunning = true;
             while (sp<Base> const promoted = weak.promote()) {
-                ASSERT_EQ(0, promoted->mLife.ends);
+                ASSERT_EQ(promoted->mLife.ends, 0);
             }
         });
         while (!isRunning) {
@@ -98,7 +148,84 @@ TEST(WeakReference, PromotesSafelyWhileTheLastReferenceGoes) {
         }
         strong.clear();
         promoter.join();
-        ASSERT_EQ(1, life.ends);
-        ASSERT_EQ(1, life.lastRefs);
+        ASSERT_EQ(life.ends, 1);
+        ASSERT_EQ(life.lastRefs, 1);
     }
+}
+
+/**
+ * Promotions of an object that nobody has held race with each other and with the first and last
+ * strong reference of a further thread.
+ */
+TEST(WeakReference, PromotesSafelyWhileTheFirstReferenceComesAndGoes) {
+    constexpr int kPromoters = 2;
+    int const rounds = 3000;
+    std::vector<Life> lives(rounds);
+    std::vector<Base*> objects;
+    std::vector<wp<Base>> weaks;
+    std::vector<sp<Base>> promoted[kPromoters];
+    for (Life& life : lives) {
+        objects.push_back(new Base(life));
+        weaks.emplace_back(objects.back());
+    }
+    std::atomic<int> starting{kPromoters + 1};
+    auto const startTogether = [&] {
+        for (--starting; starting > 0;) {
+            std::this_thread::yield();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (std::vector<sp<Base>>& mine : promoted) {
+        threads.emplace_back([&] {
+            startTogether();
+            for (wp<Base> const& weak : weaks) {
+                mine.push_back(weak.promote());
+            }
+        });
+    }
+    startTogether();
+    for (Base* const object : objects) {
+        sp<Base> const first(object);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (int round = 0; round < rounds; ++round) {
+        int const held =
+                (promoted[0][round] == nullptr ? 0 : 1) + (promoted[1][round] == nullptr ? 0 : 1);
+        ASSERT_EQ(lives[round].ends, held == 0 ? 1 : 0);
+        for (std::vector<sp<Base>>& mine : promoted) {
+            ASSERT_TRUE(mine[round] == nullptr || mine[round]->getStrongCount() == held);
+        }
+        for (std::vector<sp<Base>>& mine : promoted) {
+            mine[round].clear();
+        }
+        ASSERT_EQ(lives[round].ends, 1);
+    }
+}
+
+TEST(ReferenceDeathTest, AbortsWhereReferencesAreMisused) {
+    struct Plain : RefBase {
+        ~Plain() override = default;
+    };
+    EXPECT_DEATH(
+            {
+                auto* const object = new Plain;
+                wp<Plain> const weak(object);
+                delete object;
+            },
+            "deleted while weak references are left");
+    struct Meddler : RefBase {
+        explicit Meddler(sp<Meddler>& home) : mHome(home) {}
+        ~Meddler() override { mHome = nullptr; }
+
+        sp<Meddler>& mHome;
+    };
+    EXPECT_DEATH(
+            {
+                sp<Meddler> home;
+                home = new Meddler(home);
+                home.clear();
+            },
+            "lost a strong reference that it did not have");
 }

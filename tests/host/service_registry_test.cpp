@@ -40,8 +40,8 @@ TEST(ServiceRegistry, FindsServicesByInterfaceAndInstance) {
     sp<Module> const module = new Module;
     EXPECT_EQ(android::OK, module->registerAsService("internal/0"));
     EXPECT_EQ(module, IISPModule::getService("internal/0", true));
-    EXPECT_EQ(nullptr, IISPModule::getService());
-    EXPECT_EQ(nullptr, quen::host::findService(IBase::descriptor, "internal/0"));
+    EXPECT_EQ(IISPModule::getService(), nullptr);
+    EXPECT_EQ(quen::host::findService(IBase::descriptor, "internal/0"), nullptr);
 
     sp<Module> const successor = new Module;
     EXPECT_EQ(android::OK, successor->registerAsService("internal/0"));
@@ -72,8 +72,8 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
     quen::host::announceDeath(module);
     quen::host::announceDeath(module);
     EXPECT_THAT(recipient->notices, ElementsAre(Pair(1, true), Pair(3, true)));
-    EXPECT_EQ(nullptr, IISPModule::getService("one"));
-    EXPECT_EQ(nullptr, IISPModule::getService("two"));
+    EXPECT_EQ(IISPModule::getService("one"), nullptr);
+    EXPECT_EQ(IISPModule::getService("two"), nullptr);
     EXPECT_EQ(neighbour, IISPModule::getService("three"));
     EXPECT_FALSE(module->unlinkToDeath(recipient));
     EXPECT_TRUE(neighbour->unlinkToDeath(recipient));

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 namespace android {
@@ -9,70 +10,132 @@ namespace android {
 template <typename T>
 class wp;
 
+/** Aborts: a reference was changed by another thread, or by the object it let go of. */
+[[noreturn]] void sp_report_race();
+
 /**
  * Strong reference to a reference-counted object (see RefBase): the object lives while there is
  * one.
  *
  * T may be incomplete where a reference is only declared. One reference is not to be changed by two
- * threads at a time; the count it shares with other references may be.
+ * threads at a time; the count it shares with other references may be. An assignment lets go of the
+ * old object while the reference still points at it: a destructor that comes back finds the object
+ * that is going, and must not assign. A reference that is moved to itself lets go of its object.
+ * Comparisons are by address.
  */
 template <typename T>
 class sp {
   public:
     sp() = default;
-    sp(T* object) : mObject(object) { acquire(); }
-    sp(sp const& other) : mObject(other.mObject) { acquire(); }
+    sp(T* object) : mObject(object) { acquire(mObject); }
+    sp(sp const& other) : mObject(other.mObject) { acquire(mObject); }
     sp(sp&& other) noexcept : mObject(std::exchange(other.mObject, nullptr)) {}
 
     template <typename U>
     sp(U* object) : mObject(object) {
-        acquire();
+        acquire(mObject);
     }
     template <typename U>
     sp(sp<U> const& other) : mObject(other.mObject) {
-        acquire();
+        acquire(mObject);
     }
     template <typename U>
-    sp(sp<U>&& other) noexcept : mObject(std::exchange(other.mObject, nullptr)) {}
+    sp(sp<U>&& other) : mObject(std::exchange(other.mObject, nullptr)) {}
 
-    ~sp() { release(mObject); }
+    ~sp() {
+        if (mObject != nullptr) {
+            mObject->decStrong(this);
+        }
+    }
 
-    sp& operator=(T* object) {
-        reset(object);
-        return *this;
-    }
-    sp& operator=(sp const& other) {
-        reset(other.mObject);
-        return *this;
-    }
-    sp& operator=(sp&& other) noexcept {
-        // The old object goes last: its destructor may come back to this reference.
-        release(std::exchange(mObject, std::exchange(other.mObject, nullptr)));
-        return *this;
-    }
+    sp& operator=(T* object) { return assign(object); }
+    sp& operator=(sp const& other) { return assign(other.mObject); }
+    sp& operator=(sp&& other) noexcept { return take(other); }
 
     template <typename U>
     sp& operator=(U* object) {
-        reset(object);
-        return *this;
+        return assign(object);
     }
     template <typename U>
     sp& operator=(sp<U> const& other) {
-        reset(other.mObject);
-        return *this;
+        return assign(other.mObject);
     }
     template <typename U>
-    sp& operator=(sp<U>&& other) noexcept {
-        release(std::exchange(mObject, std::exchange(other.mObject, nullptr)));
-        return *this;
+    sp& operator=(sp<U>&& other) {
+        return take(other);
     }
 
-    void clear() { release(std::exchange(mObject, nullptr)); }
+    void clear() {
+        letGo();
+        mObject = nullptr;
+    }
 
     T& operator*() const { return *mObject; }
     T* operator->() const { return mObject; }
     T* get() const { return mObject; }
     explicit operator bool() const { return mObject != nullptr; }
+
+    template <typename U>
+    bool operator==(sp<U> const& other) const {
+        return mObject == other.mObject;
+    }
+    template <typename U>
+    bool operator!=(sp<U> const& other) const {
+        return mObject != other.mObject;
+    }
+    template <typename U>
+    bool operator<(sp<U> const& other) const {
+        return isLess(mObject, other.mObject);
+    }
+    template <typename U>
+    bool operator>(sp<U> const& other) const {
+        return isLess(other.mObject, mObject);
+    }
+    template <typename U>
+    bool operator<=(sp<U> const& other) const {
+        return !isLess(other.mObject, mObject);
+    }
+    template <typename U>
+    bool operator>=(sp<U> const& other) const {
+        return !isLess(mObject, other.mObject);
+    }
+
+    template <typename U>
+    bool operator==(wp<U> const& other) const {
+        return other == *this;
+    }
+    template <typename U>
+    bool operator!=(wp<U> const& other) const {
+        return other != *this;
+    }
+
+    // The first two are for nullptr.
+    bool operator==(T const* other) const { return mObject == other; }
+    bool operator!=(T const* other) const { return mObject != other; }
+    template <typename U>
+    bool operator==(U const* other) const {
+        return mObject == other;
+    }
+    template <typename U>
+    bool operator!=(U const* other) const {
+        return mObject != other;
+    }
+    template <typename U>
+    bool operator<(U const* other) const {
+        return isLess(mObject, other);
+    }
+    template <typename U>
+    bool operator>(U const* other) const {
+        return isLess(other, mObject);
+    }
+    template <typename U>
+    bool operator<=(U const* other) const {
+        return !isLess(other, mObject);
+    }
+    template <typename U>
+    bool operator>=(U const* other) const {
+        return !isLess(mObject, other);
+    }
 
   private:
     template <typename U>
@@ -80,72 +143,40 @@ class sp {
     template <typename U>
     friend class wp;
 
-    void acquire() const {
-        if (mObject != nullptr) {
-            mObject->incStrong(this);
-        }
+    template <typename A, typename B>
+    static bool isLess(A* left, B* right) {
+        return std::less<std::common_type_t<A*, B*>>()(left, right);
     }
-    void release(T* object) const {
-        if (object != nullptr) {
-            object->decStrong(this);
-        }
-    }
-    void reset(T* object) {
+    void acquire(T* object) const {
         if (object != nullptr) {
             object->incStrong(this);
         }
-        release(std::exchange(mObject, object));
+    }
+    /** Drops the reference to the object; the caller changes the pointer next. */
+    void letGo() const {
+        T* const old = mObject;
+        if (old != nullptr) {
+            old->decStrong(this);
+        }
+        if (mObject != old) {
+            sp_report_race();
+        }
+    }
+    sp& assign(T* object) {
+        acquire(object);
+        letGo();
+        mObject = object;
+        return *this;
+    }
+    template <typename U>
+    sp& take(sp<U>& other) {
+        letGo();
+        mObject = other.mObject;
+        other.mObject = nullptr;
+        return *this;
     }
 
     T* mObject = nullptr;
 };
-
-template <typename T, typename U>
-bool operator==(sp<T> const& left, sp<U> const& right) {
-    return left.get() == right.get();
-}
-template <typename T, typename U>
-bool operator==(sp<T> const& left, U* right) {
-    return left.get() == right;
-}
-template <typename T, typename U>
-bool operator==(T* left, sp<U> const& right) {
-    return left == right.get();
-}
-template <typename T>
-bool operator==(sp<T> const& left, std::nullptr_t) {
-    return left.get() == nullptr;
-}
-template <typename T>
-bool operator==(std::nullptr_t, sp<T> const& right) {
-    return right.get() == nullptr;
-}
-
-template <typename T, typename U>
-bool operator!=(sp<T> const& left, sp<U> const& right) {
-    return !(left == right);
-}
-template <typename T, typename U>
-bool operator!=(sp<T> const& left, U* right) {
-    return !(left == right);
-}
-template <typename T, typename U>
-bool operator!=(T* left, sp<U> const& right) {
-    return !(left == right);
-}
-template <typename T>
-bool operator!=(sp<T> const& left, std::nullptr_t) {
-    return left.get() != nullptr;
-}
-template <typename T>
-bool operator!=(std::nullptr_t, sp<T> const& right) {
-    return right.get() != nullptr;
-}
-
-/** By address, for ordered containers. */
-template <typename T>
-bool operator<(sp<T> const& left, sp<T> const& right) {
-    return std::less<T*>()(left.get(), right.get());
-}
 
 }  // namespace android

@@ -19,9 +19,9 @@ constexpr int32_t kNeverHeld = 1 << 28;
  */
 class RefBase::Counts final : public RefBase::weakref_type {
   public:
-    explicit Counts(RefBase const* object) : mObject(object) {}
+    /** Ends the "no reference yet" of an object; for the one thread that moved kNeverHeld on. */
+    void endNeverHeld() { mStrong.fetch_sub(kNeverHeld, std::memory_order_relaxed); }
 
-    RefBase const* const mObject;
     std::atomic<int32_t> mStrong{kNeverHeld};
     std::atomic<int32_t> mWeak{1};
 };
@@ -37,34 +37,38 @@ void RefBase::weakref_type::decWeak(void const* /*id*/) {
     }
 }
 
-bool RefBase::weakref_type::attemptIncStrong(void const* id) {
+bool RefBase::weakref_type::attemptIncStrong(void const* /*id*/) {
     auto* const counts = static_cast<Counts*>(this);
     int32_t strong = counts->mStrong.load(std::memory_order_relaxed);
     while (strong > 0) {
-        if (strong == kNeverHeld) {
-            // The creator's matter, and alive: nobody has let go of it yet.
-            counts->mObject->incStrong(id);
-            return true;
-        }
+        // A fresh object's count moves like any other: another thread's first and last reference
+        // may come between the look and the count, and then there is nothing to hold.
         if (counts->mStrong.compare_exchange_weak(strong, strong + 1, std::memory_order_relaxed)) {
+            if (strong == kNeverHeld) {
+                counts->endNeverHeld();
+            }
             return true;
         }
     }
     return false;
 }
 
-RefBase::RefBase() : mCounts(new Counts(this)) {}
+RefBase::RefBase() : mCounts(new Counts) {}
 
 RefBase::~RefBase() {
-    // An object that never was counted is deleted by its owner: weak references learn of it here.
-    mCounts->mStrong.store(0, std::memory_order_relaxed);
+    bool const isOwnersToDelete = mCounts->mStrong.load(std::memory_order_relaxed) == kNeverHeld;
+    if (isOwnersToDelete && mCounts->mWeak.load(std::memory_order_relaxed) != 1) {
+        __android_log_assert(nullptr, "RefBase",
+                             "%p, which never was held, deleted while weak references are left",
+                             static_cast<void const*>(this));
+    }
     mCounts->decWeak(this);
 }
 
 void RefBase::incStrong(void const* /*id*/) const {
     int32_t const before = mCounts->mStrong.fetch_add(1, std::memory_order_relaxed);
     if (before == kNeverHeld) {
-        mCounts->mStrong.fetch_sub(kNeverHeld, std::memory_order_relaxed);
+        mCounts->endNeverHeld();
         const_cast<RefBase*>(this)->onFirstRef();
     } else if (before <= 0) {
         __android_log_assert(nullptr, "RefBase", "strong reference to %p, which is being destroyed",
@@ -93,12 +97,16 @@ RefBase::weakref_type* RefBase::getWeakRefs() const {
 }
 
 int32_t RefBase::getStrongCount() const {
-    int32_t const strong = mCounts->mStrong.load(std::memory_order_relaxed);
-    return strong >= kNeverHeld ? strong - kNeverHeld : strong;
+    return mCounts->mStrong.load(std::memory_order_relaxed);
 }
 
 void RefBase::onFirstRef() {}
 
 void RefBase::onLastStrongRef(void const* /*id*/) {}
+
+void sp_report_race() {
+    __android_log_assert(nullptr, "StrongPointer",
+                         "a strong reference changed while it was being assigned");
+}
 
 }  // namespace android
