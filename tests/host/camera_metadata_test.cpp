@@ -1,13 +1,19 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
 #include <random>
+#include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
+#include <camera_metadata_hidden.h>
 #include <gtest/gtest.h>
 #include <system/camera_metadata.h>
 
@@ -15,9 +21,9 @@
 
 namespace {
 
-constexpr uint32_t kCurrentMode = 0xc0030014;    // int64
-constexpr uint32_t kFeatureHint = 0x00010038;    // int32 list
-constexpr uint32_t kYuvTuningData = 0x800b0017;  // bytes
+constexpr uint32_t kCurrentMode = 0xc0030014;              // int64
+constexpr uint32_t kRegions = ANDROID_CONTROL_AE_REGIONS;  // int32 list
+constexpr uint32_t kYuvTuningData = 0x800b0017;            // bytes
 
 using Metadata = std::unique_ptr<camera_metadata, decltype(&free_camera_metadata)>;
 
@@ -39,10 +45,10 @@ std::vector<uint8_t> itemsOf(Metadata const& metadata, uint32_t tag) {
 TEST(CameraMetadata, LiesInMemoryAsOnThePhone) {
     Metadata const metadata = owned(allocate_camera_metadata(3, 20));
     int64_t const mode = 0x0102030405060708;
-    int32_t const hints[] = {28, 7};
+    int32_t const regions[] = {28, 7};
     ASSERT_EQ(add_camera_metadata_entry(metadata.get(), ANDROID_JPEG_QUALITY, "_", 1), 0);
     ASSERT_EQ(add_camera_metadata_entry(metadata.get(), kCurrentMode, &mode, 1), 0);
-    ASSERT_EQ(add_camera_metadata_entry(metadata.get(), kFeatureHint, hints, 2), 0);
+    ASSERT_EQ(add_camera_metadata_entry(metadata.get(), kRegions, regions, 2), 0);
     ASSERT_EQ(sort_camera_metadata(metadata.get()), 0);
 
     ASSERT_EQ(get_camera_metadata_size(metadata.get()), 120u);  // 48 + 3 * 16, then 20, aligned
@@ -50,7 +56,7 @@ TEST(CameraMetadata, LiesInMemoryAsOnThePhone) {
     auto const* const words = reinterpret_cast<uint32_t const*>(metadata.get());
     EXPECT_EQ(Words(words, words + 12),
               (Words{120, 1, 1, 3, 3, 48, 16, 20, 96, 0, UINT32_MAX, UINT32_MAX}));
-    Words const entries = {kFeatureHint, 2, 8, TYPE_INT32, ANDROID_JPEG_QUALITY, 1, 95, TYPE_BYTE,
+    Words const entries = {kRegions,     2, 8, TYPE_INT32, ANDROID_JPEG_QUALITY, 1, 95, TYPE_BYTE,
                            kCurrentMode, 1, 0, TYPE_INT64};
     EXPECT_EQ(Words(words + 12, words + 24), entries);
     EXPECT_EQ(Words(words + 24, words + 30), (Words{0x05060708, 0x01020304, 28, 7, 0, 0}));
@@ -66,7 +72,7 @@ TEST(CameraMetadata, RefusesWhatDoesNotFitAndStaysAsItWas) {
     EXPECT_NE(update_camera_metadata_entry(metadata.get(), 0, modes, SIZE_MAX / 4, nullptr), 0);
     EXPECT_NE(update_camera_metadata_entry(metadata.get(), 1, modes, 1, nullptr), 0);
     EXPECT_NE(delete_camera_metadata_entry(metadata.get(), 1), 0);
-    EXPECT_EQ(find_camera_metadata_entry(metadata.get(), kFeatureHint, &entry), -ENOENT);
+    EXPECT_EQ(find_camera_metadata_entry(metadata.get(), kRegions, &entry), -ENOENT);
     EXPECT_EQ(bytesOf(metadata), before);
     EXPECT_EQ(allocate_camera_metadata(UINT32_MAX, 0), nullptr);
     EXPECT_EQ(allocate_camera_metadata(0, UINT32_MAX), nullptr);
@@ -94,13 +100,18 @@ TEST(CameraMetadata, AnUpdateOfTheSameSizeStaysInPlace) {
 // Entries grow, shrink, come and go at random; a plain map says what must be found.
 TEST(CameraMetadata, HoldsWhatAMapHoldsThroughAnyChanges) {
     constexpr size_t kRoom = 500;
-    auto const* const tags = quen::host::allTags().begin();
-    auto const tagCount = static_cast<size_t>(quen::host::allTags().end() - tags);
-    Metadata const metadata = owned(allocate_camera_metadata(tagCount, kRoom));
+    std::vector<uint32_t> tags;
+    for (size_t i = 1; i < quen::host::vendorTags().size(); ++i) {
+        tags.push_back(quen::host::vendorTags()[i].tag);
+    }
+    for (size_t i = 0; i < quen::host::androidTags().size(); i += 3) {
+        tags.push_back(quen::host::androidTags()[i].tag);
+    }
+    Metadata const metadata = owned(allocate_camera_metadata(tags.size(), kRoom));
     std::map<uint32_t, std::vector<uint8_t>> model;
     std::mt19937 random(7);
     for (int step = 0; step < 20000; ++step) {
-        uint32_t const tag = tags[random() % tagCount].tag;
+        uint32_t const tag = tags[random() % tags.size()];
         auto const type = static_cast<uint8_t>(get_camera_metadata_tag_type(tag));
         size_t const count = random() % 6;
         std::vector<uint8_t> items(count * camera_metadata_type_size[type]);
@@ -152,6 +163,16 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     EXPECT_EQ(memcmp(appended.data.u8, tuning, 5), 0);
     EXPECT_NE(append_camera_metadata(clone.get(), metadata.get()), 0);  // no room
 
+    Metadata const ours = owned(allocate_camera_metadata(2, 0));
+    Metadata const theirs = owned(allocate_camera_metadata(1, 0));
+    add_camera_metadata_entry(theirs.get(), ANDROID_JPEG_QUALITY, "x", 1);
+    set_camera_metadata_vendor_id(theirs.get(), 7);
+    EXPECT_EQ(append_camera_metadata(ours.get(), theirs.get()), 0);
+    EXPECT_EQ(get_camera_metadata_vendor_id(ours.get()), 7u);
+    set_camera_metadata_vendor_id(theirs.get(), 8);
+    EXPECT_NE(append_camera_metadata(ours.get(), theirs.get()), 0);
+    EXPECT_EQ(get_camera_metadata_entry_count(ours.get()), 1u);
+
     // Bytes of any alignment: told apart by the check, and copied into a sound buffer.
     std::vector<uint8_t> shifted = bytesOf(clone);
     size_t const size = shifted.size();
@@ -183,16 +204,111 @@ TEST(CameraMetadata, ValidationFindsEveryBrokenFigure) {
                 << "word " << word << " as " << value;
         figure = sound;
     }
+    // The data's start and an entry's offset are aligned together, or not at all.
+    Metadata const shifted = owned(allocate_camera_metadata(1, 24));
+    add_camera_metadata_entry(shifted.get(), kCurrentMode, &mode, 1);
+    auto* const words = reinterpret_cast<uint32_t*>(shifted.get());
+    words[6] += 4;
+    words[7] -= 4;
+    words[8] += 4;
+    EXPECT_EQ(validate_camera_metadata_structure(shifted.get(), nullptr),
+              CAMERA_METADATA_VALIDATION_ERROR);
+    words[14] = 4;
+    EXPECT_EQ(validate_camera_metadata_structure(shifted.get(), nullptr), 0);
+    words[3] = 0;
+    words[5] = 1;  // where no entry lies
+    EXPECT_EQ(validate_camera_metadata_structure(shifted.get(), nullptr), 0);
+    EXPECT_EQ(get_camera_metadata_size(nullptr), 1u);
 }
 
-TEST(CameraMetadata, KnowsTagsByIdAndName) {
-    for (quen::host::TagInfo const& info : quen::host::allTags()) {
-        EXPECT_EQ(quen::host::findTag(info.name), &info) << "two tags of one name";
-        EXPECT_EQ(quen::host::findTag(info.tag), &info);
+TEST(CameraMetadata, KnowsAndroidsTags) {
+    unsigned int count = 0;
+    for (auto const& [first, end] : camera_metadata_section_bounds) {
+        EXPECT_EQ(get_camera_metadata_tag_type(end), -1);
+        EXPECT_EQ(get_camera_metadata_tag_name(end), nullptr);
+        EXPECT_NE(get_camera_metadata_section_name(end), nullptr);
+        count += end - first;
     }
-    EXPECT_STREQ(get_camera_metadata_section_name(ANDROID_JPEG_QUALITY), "android.jpeg");
-    EXPECT_STREQ(get_camera_metadata_tag_name(ANDROID_JPEG_QUALITY), "quality");
-    EXPECT_EQ(get_camera_metadata_tag_type(0xdeadbeef), -1);
+    EXPECT_EQ(count, 256u);
+    EXPECT_EQ(get_camera_metadata_section_name(ANDROID_SECTION_COUNT << 16), nullptr);
+    for (quen::host::TagInfo const& info : quen::host::androidTags()) {
+        SCOPED_TRACE(info.name);
+        EXPECT_EQ(quen::host::findTag(info.name), &info) << "two tags of one name";
+        std::string const section = get_camera_metadata_section_name(info.tag);
+        EXPECT_EQ(section + "." + get_camera_metadata_tag_name(info.tag), info.name);
+        uint8_t const items[8] = {};
+        Metadata const metadata = owned(allocate_camera_metadata(1, 8));
+        EXPECT_EQ(add_camera_metadata_entry(metadata.get(), info.tag, items, 1), 0);
+        EXPECT_NE(owned(allocate_copy_camera_metadata_checked(metadata.get(), 80)), nullptr);
+    }
+    std::tuple<uint32_t, char const*, int> const facts[] = {
+            {0x00010016, "android.control.aeCompensationStep", TYPE_RATIONAL},
+            {0x0001002a, "android.control.afSceneChange", TYPE_BYTE},
+            {0x0001002f, "android.control.zoomRatio", TYPE_FLOAT},
+            {0x000d0011, "android.scaler.rotateAndCrop", TYPE_BYTE},
+            {0x00110013, "android.statistics.oisXShifts", TYPE_FLOAT},
+            {0x00180000, "android.reprocess.effectiveExposureFactor", TYPE_FLOAT},
+            {0x001a0002, "android.logicalMultiCamera.activePhysicalId", TYPE_BYTE},
+            {0x001b0000, "android.distortionCorrection.mode", TYPE_BYTE},
+    };
+    for (auto const& [tag, name, type] : facts) {
+        ASSERT_NE(quen::host::findTag(tag), nullptr) << name;
+        EXPECT_STREQ(quen::host::findTag(tag)->name, name);
+        EXPECT_EQ(get_camera_metadata_tag_type(tag), type) << name;
+    }
+}
+
+TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
+    constexpr uint32_t kTheirs = 0x80120034;
+    EXPECT_STREQ(get_camera_metadata_tag_name(kCurrentMode), "currentMode");
+    EXPECT_EQ(get_camera_metadata_tag_type(kTheirs), -1);
+
+    vendor_tag_cache_ops vendors{};
+    vendors.get_tag_type = [](uint32_t, metadata_vendor_id_t id) { return id == 7 ? 2 : -1; };
+    set_camera_metadata_vendor_cache_ops(&vendors);
+    Metadata const metadata = owned(allocate_camera_metadata(1, 8));
+    float const item = 1;
+    EXPECT_NE(add_camera_metadata_entry(metadata.get(), kTheirs, &item, 1), 0);
+    set_camera_metadata_vendor_id(metadata.get(), 7);
+    EXPECT_EQ(add_camera_metadata_entry(metadata.get(), kTheirs, &item, 1), 0);
+    set_camera_metadata_vendor_cache_ops(nullptr);
+
+    // Last: the platform's own operations do not come back.
+    vendor_tag_ops_t ops{};
+    ops.get_section_name = [](vendor_tag_ops_t const*, uint32_t) { return "com.maker"; };
+    ops.get_tag_name = [](vendor_tag_ops_t const*, uint32_t) { return "depth"; };
+    ops.get_tag_type = [](vendor_tag_ops_t const*, uint32_t) { return int{TYPE_INT64}; };
+    set_camera_metadata_vendor_ops(&ops);
+    EXPECT_STREQ(get_camera_metadata_section_name(kTheirs), "com.maker");
+    EXPECT_STREQ(get_camera_metadata_tag_name(kTheirs), "depth");
+    EXPECT_EQ(get_camera_metadata_tag_type(kTheirs), TYPE_INT64);
+    set_camera_metadata_vendor_ops(nullptr);
+    EXPECT_EQ(get_camera_metadata_tag_type(kCurrentMode), -1);
+}
+
+TEST(CameraMetadata, IsDumpedAsText) {
+    Metadata const metadata = owned(allocate_camera_metadata(4, 300));
+    std::vector<int32_t> regions(17, 3);
+    camera_metadata_rational_t const color[] = {{1, 2}, {-3, 4}, {5, 6}};
+    float const gains[] = {0.5F, 1};
+    add_camera_metadata_entry(metadata.get(), kRegions, regions.data(), regions.size());
+    add_camera_metadata_entry(metadata.get(), ANDROID_SENSOR_NEUTRAL_COLOR_POINT, color, 3);
+    add_camera_metadata_entry(metadata.get(), ANDROID_COLOR_CORRECTION_GAINS, gains, 2);
+    std::unique_ptr<FILE, int (*)(FILE*)> const file(tmpfile(), fclose);
+    dump_indented_camera_metadata(metadata.get(), fileno(file.get()), 1, 1);
+    dump_camera_metadata(nullptr, fileno(file.get()), 2);
+    std::string text(2000, ' ');
+    text.resize(static_cast<size_t>(pread(fileno(file.get()), text.data(), text.size(), 0)));
+    EXPECT_EQ(text,
+              " Dumping camera metadata array: 3 / 4 entries, 104 / 300 bytes of extra data.\n"
+              "   Version: 1, Flags: 00000000\n"
+              "   android.control.aeRegions (10004): int32[17]\n"
+              "     [3 3 3 3 ]\n     [3 3 3 3 ]\n     [3 3 3 3 ]\n     [3 3 3 3 ]\n"
+              "   android.sensor.neutralColorPoint (e0012): rational[3]\n"
+              "     [(1 / 2) (-3 / 4) ]\n     [(5 / 6) ]\n"
+              "   android.colorCorrection.gains (00002): float[2]\n"
+              "     [0.50000000 1.00000000 ]\n"
+              "Dumping camera metadata array: Not allocated\n");
 }
 
 }  // namespace

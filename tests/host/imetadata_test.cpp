@@ -10,6 +10,7 @@
 #include <nscam/IMetadataConverter.h>
 #include <nscam/IMetadataTagSet.h>
 
+#include "host/log/LogControl.h"
 #include "host/metadata/MetadataText.h"
 
 using NSCam::IMetadata;
@@ -21,7 +22,8 @@ using testing::ElementsAre;
 namespace {
 
 constexpr uint32_t kCurrentMode = 0xc0030014;
-constexpr uint32_t kFeatureHint = 0x00010038;
+constexpr uint32_t kFeatureHint = 0x00010038;  // an int32 list, and none of Android's
+constexpr uint32_t kRegions = ANDROID_CONTROL_AE_REGIONS;
 constexpr uint32_t kYuvTuningData = 0x800b0017;
 
 using Flat = std::unique_ptr<camera_metadata, decltype(&free_camera_metadata)>;
@@ -55,6 +57,9 @@ TEST(IEntry, FirstItemDecidesTheType) {
     EXPECT_FALSE(entry.replaceItemAt(0, 6.0f, Type2Type<float>()));
     entry.clear();
     EXPECT_EQ(entry.type(), IMetadata::TYPE_MINT32);
+    IMetadata::IEntry hint = IMetadata().entryFor(kFeatureHint);
+    hint.clear();
+    EXPECT_EQ(hint.type(), IMetadata::TYPE_MINT32) << "its tag's";
     entry.push_back(MRect({1, 2}, {3, 4}), Type2Type<MRect>());
     EXPECT_EQ(entry.itemAt(0, Type2Type<MRect>()).s.w, 3);
 }
@@ -137,7 +142,7 @@ TEST_F(Converter, CarriesEveryTypeThereAndBack) {
     IMetadata metadata;
     auto const put = [&](auto const& entry) { metadata.update(entry.tag(), entry); };
     put(entryOf<uint8_t>(kYuvTuningData, {1, 2, 3, 4, 5}));
-    put(entryOf<int32_t>(kFeatureHint, {28, 7}));
+    put(entryOf<int32_t>(kRegions, {28, 7}));
     put(entryOf<float>(ANDROID_COLOR_CORRECTION_GAINS, {2, 1, 1, 1.5F}));
     put(entryOf<int64_t>(kCurrentMode, {-1}));
     put(entryOf<double>(ANDROID_SENSOR_NOISE_PROFILE, {0.25, 0.5}));
@@ -153,9 +158,9 @@ TEST_F(Converter, CarriesEveryTypeThereAndBack) {
     EXPECT_EQ(reinterpret_cast<uint32_t const*>(flat.get())[2], 1u) << "not marked as sorted";
     EXPECT_EQ(quen::host::metadataText(flat.get()),
               "0x00000002 android.colorCorrection.gains float[4] 2 1 1 1.5\n"
-              "0x00010038 ispFeatureHint int32[2] 28 7\n"
+              "0x00010004 android.control.aeRegions int32[2] 28 7\n"
               "0x00070004 android.jpeg.quality byte[0]\n"
-              "0x000d0000 MTK_SCALER_CROP_APP_REGION int32[4] 1 2 3 4\n"
+              "0x000d0000 android.scaler.cropRegion int32[4] 1 2 3 4\n"
               "0x000e0012 android.sensor.neutralColorPoint rational[3] 1/2 3/4 5/6\n"
               "0x000e0013 android.sensor.noiseProfile double[2] 0.25 0.5\n"
               "0x800b0017 yuvTuningData byte[5] 1 2 3 4 5\n"
@@ -181,22 +186,47 @@ TEST_F(Converter, CarriesEveryTypeThereAndBack) {
     for (size_t place : {6, 1, 1}) {
         delete_camera_metadata_entry(mixed.get(), place);
     }
-    int32_t const hints[] = {1, 2};
-    add_camera_metadata_entry(mixed.get(), kFeatureHint, &hints[0], 1);
-    add_camera_metadata_entry(mixed.get(), kFeatureHint, &hints[1], 1);
+    int32_t const regions[] = {1, 2};
+    add_camera_metadata_entry(mixed.get(), kRegions, &regions[0], 1);
+    add_camera_metadata_entry(mixed.get(), kRegions, &regions[1], 1);
     IMetadata sorted;
     ASSERT_TRUE(mConverter->convert(mixed.get(), sorted));
-    EXPECT_THAT(itemsOf<int>(sorted.entryFor(kFeatureHint)), ElementsAre(2));
+    EXPECT_THAT(itemsOf<int>(sorted.entryFor(kRegions)), ElementsAre(2));
     EXPECT_EQ(sorted.count(), get_camera_metadata_entry_count(mixed.get()) - 1);
 }
 
-TEST_F(Converter, LeavesOutWhatTheFlatFormCannotHold) {
+TEST_F(Converter, LeavesOutWhatTheFlatFormCannotHoldAndSaysSoOnce) {
+    struct Lines : quen::host::LogSink {
+        void write(char const* /*tag*/, int /*level*/, char const* text) override {
+            all.emplace_back(text);
+        }
+        void writeAndroid(char const*, int, char const*) override {}
+
+        std::vector<std::string> all;
+    } lines;
     IMetadata metadata;
-    metadata.update(kFeatureHint, entryOf<IMetadata>(0, {IMetadata()}));
+    IMetadata::IEntry cleared = entryOf<int32_t>(0, {1});
+    cleared.clear();
+    metadata.update(kFeatureHint, entryOf<int32_t>(0, {1}));
+    metadata.update(kRegions, entryOf<IMetadata>(0, {IMetadata()}));
     metadata.update(kCurrentMode, entryOf<int32_t>(0, {1}));  // the tag is an int64
-    metadata.update(0x00ff0000, entryOf<int32_t>(0, {1}));    // no such tag
     metadata.update(0x80ff0001, entryOf<NSCam::MSize>(0, {{640, 480}}));
-    EXPECT_EQ(quen::host::metadataText(flatten(metadata).get()), "0x80ff0001 ? int32[2] 640 480\n");
+    metadata.update(0x80ff0002, cleared);
+    metadata.update(0x80ff0003, IMetadata::IEntry());
+    quen::host::setLogSink(&lines);
+    quen::host::setLogLevel(quen::host::LogLevel::Debug);
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(quen::host::metadataText(flatten(metadata).get()),
+                  "0x80ff0001 ? int32[2] 640 480\n0x80ff0002 ? int32[0]\n");
+    }
+    quen::host::setLogLevel(quen::host::LogLevel::Warning);
+    quen::host::setLogSink(nullptr);
+    std::string const told = "D [IMetadataConverter] tag[0x";
+    EXPECT_THAT(lines.all,
+                ElementsAre(told + "10004] type[9] is left out: camera_metadata has no such type",
+                            told + "10038] type[1] is left out: Android has no such tag",
+                            told + "80FF0003] type[-1] is left out: its type is not known",
+                            told + "C0030014] type[1] is left out: the tag has another type"));
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ class IMetadata {
 
     /** Types of the items of an entry. */
     enum : int {
-        TYPE_UNKNOWN = -1,  ///< an entry that never held an item
+        TYPE_UNKNOWN = -1,  ///< an entry of an unknown tag that never held an item
         TYPE_MUINT8 = 0,
         TYPE_MINT32 = 1,
         TYPE_MFLOAT = 2,
@@ -42,7 +42,7 @@ class IMetadata {
      */
     class IEntry {
       public:
-        /** An entry without items, of type TYPE_UNKNOWN. */
+        /** An entry without items. */
         explicit IEntry(Tag_t tag = BAD_TAG);
 
         IEntry(IEntry const& other);
@@ -53,7 +53,10 @@ class IMetadata {
 
         Tag_t tag() const;
 
-        /** Type of the items (`TYPE_*`), kept when the entry is cleared. */
+        /**
+         * Type of the items (`TYPE_*`), kept when the entry is cleared. An entry that never held an
+         * item has the type that the platform's tag set gives its tag.
+         */
         int type() const;
 
         bool isEmpty() const;
@@ -98,8 +101,8 @@ class IMetadata {
         void release();
 
         Tag_t mTag;
-        int16_t mType = TYPE_UNKNOWN;
-        bool mHasBlock = false;  // whether the items are in mBlock; never without items
+        int16_t mType = TYPE_UNKNOWN;  // until the first item
+        bool mHasBlock = false;        // whether the items are in mBlock; never without items
         size_t mCount = 0;
         union {
             alignas(8) unsigned char mInline[kInlineBytes];

@@ -18,6 +18,10 @@ class IMetadataConverter : public virtual android::RefBase {
     static android::sp<IMetadataConverter> createInstance(IMetadataTagSet const& tagSet);
 
     /**
+     * What a `camera_metadata` cannot hold is left out: entries of tags that are neither Android's
+     * nor a vendor's, of another type than the tag's, or of a type that it has not. A debug line
+     * names each such tag once.
+     *
      * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`; left
      *               alone on failure
      * @param size receives its length in bytes when not null

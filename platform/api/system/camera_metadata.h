@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include <system/camera_metadata_tags.h>
+#include <system/camera_vendor_tags.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -12,7 +13,8 @@ extern "C" {
 /**
  * A flat buffer of metadata entries, each a tag with items of one type. The buffer holds no
  * pointers: it can be copied as bytes. Calls answer 0 for success and another value for a failure,
- * which leaves the buffer as it was; a null buffer is a failure. Not thread-safe.
+ * which leaves the buffer as it was; a null buffer is a failure. The counts and capacities of a
+ * null buffer are 0 on the host; on the phone asking for them ends the process. Not thread-safe.
  */
 
 /** Types of items; the type of a tag is fixed. */
@@ -69,6 +71,10 @@ typedef struct camera_metadata camera_metadata_t;
 extern const size_t camera_metadata_type_size[NUM_TYPES];
 extern const char* camera_metadata_type_names[NUM_TYPES];
 
+/** Name of a section, and the ids it has: the first one and the one behind the last. */
+extern unsigned int camera_metadata_section_bounds[ANDROID_SECTION_COUNT][2];
+extern const char* camera_metadata_section_names[ANDROID_SECTION_COUNT];
+
 // ---- Buffers
 
 /** A new buffer with room for that many entries and bytes of data; `free_camera_metadata` frees it.
@@ -87,8 +93,10 @@ size_t calculate_camera_metadata_size(size_t entry_count, size_t data_count);
 /** Bytes that an entry takes of the data capacity; 0 when its items lie in the entry itself. */
 size_t calculate_camera_metadata_entry_data_size(uint8_t type, size_t data_count);
 
+/** Bytes of the buffer, and those it would take without spare capacity; 1 for a null buffer. */
 size_t get_camera_metadata_size(const camera_metadata_t* metadata);
 size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata);
+
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata);
 size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata);
 size_t get_camera_metadata_data_count(const camera_metadata_t* metadata);
@@ -105,13 +113,24 @@ camera_metadata_t* allocate_copy_camera_metadata_checked(const camera_metadata_t
 /** A new buffer with the same entries and no spare capacity. */
 camera_metadata_t* clone_camera_metadata(const camera_metadata_t* src);
 
-/** Adds every entry of `src`; those that `dst` has already are there twice afterwards. */
+/**
+ * Adds every entry of `src`; those that `dst` has already are there twice afterwards. Fails for
+ * buffers of different vendors.
+ */
 int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src);
 
-#define CAMERA_METADATA_VALIDATION_ERROR 1
-#define CAMERA_METADATA_VALIDATION_SHIFTED 2  // sound, and not aligned: copy it before use
+enum {
+    CAMERA_METADATA_VALIDATION_ERROR = 1,
+    CAMERA_METADATA_VALIDATION_SHIFTED = 2,  ///< sound, and not aligned: copy it before use
+};
 
-/** @param expected_size bytes that the buffer may take; null when not known */
+/**
+ * Checks that no access to the buffer leaves it, and that each tag has its type. Alignment is asked
+ * of the entries and of their data as they stand, from an aligned header on. The host refuses what
+ * the phone takes: entries that lie over the header, and data behind the last that is in use.
+ *
+ * @param expected_size bytes that the buffer may take; null when not known
+ */
 int validate_camera_metadata_structure(const camera_metadata_t* metadata,
                                        const size_t* expected_size);
 
@@ -148,12 +167,31 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const voi
 
 // ---- Tags
 
-/** Null for a tag that is not known. */
+/**
+ * Section, name within it and type of a tag; null, null and -1 for one that is not known, and for
+ * every vendor's tag while no operations say what it is (camera_metadata_hidden.h).
+ */
 const char* get_camera_metadata_section_name(uint32_t tag);
 const char* get_camera_metadata_tag_name(uint32_t tag);
-
-/** -1 for a tag that is not known. */
 int get_camera_metadata_tag_type(uint32_t tag);
+
+/** The same by the operations that belong to the buffer's vendor id; `meta` may be null. */
+const char* get_local_camera_metadata_section_name(uint32_t tag, const camera_metadata_t* meta);
+const char* get_local_camera_metadata_tag_name(uint32_t tag, const camera_metadata_t* meta);
+int get_local_camera_metadata_tag_type(uint32_t tag, const camera_metadata_t* meta);
+
+// ---- Text
+
+/**
+ * Writes what the buffer holds to a file descriptor, as text. The host writes every value as a
+ * number; the phone writes the names of those that have one.
+ *
+ * @param verbosity 0: no values; 1: at most 16 an entry; 2: all
+ * @param indentation blanks in front of each line
+ */
+void dump_camera_metadata(const camera_metadata_t* metadata, int fd, int verbosity);
+void dump_indented_camera_metadata(const camera_metadata_t* metadata, int fd, int verbosity,
+                                   int indentation);
 
 #ifdef __cplusplus
 }

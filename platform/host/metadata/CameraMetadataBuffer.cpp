@@ -67,12 +67,12 @@ void free_camera_metadata(camera_metadata_t* metadata) {
 }
 
 size_t get_camera_metadata_size(const camera_metadata_t* metadata) {
-    return metadata == nullptr ? 0 : metadata->size;
+    return metadata == nullptr ? kMetadataError : metadata->size;
 }
 
 size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata) {
     return metadata == nullptr
-                   ? 0
+                   ? kMetadataError
                    : calculate_camera_metadata_size(metadata->entry_count, metadata->data_count);
 }
 

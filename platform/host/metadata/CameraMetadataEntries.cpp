@@ -145,7 +145,7 @@ int addEntryOfType(camera_metadata* metadata, uint32_t tag, uint8_t type, void c
 
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
                               size_t data_count) {
-    int const type = get_camera_metadata_tag_type(tag);
+    int const type = get_local_camera_metadata_tag_type(tag, dst);
     if (type == -1) {
         return kMetadataError;
     }
@@ -156,6 +156,11 @@ int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src)
     if (dst == nullptr || src == nullptr ||
         src->entry_count > dst->entry_capacity - dst->entry_count ||
         src->data_count > dst->data_capacity - dst->data_count) {
+        return kMetadataError;
+    }
+    if (dst->vendor_id == kNoVendorId) {
+        dst->vendor_id = src->vendor_id;
+    } else if (src->vendor_id != kNoVendorId && src->vendor_id != dst->vendor_id) {
         return kMetadataError;
     }
     if (src->entry_count == 0) {
@@ -175,9 +180,6 @@ int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src)
     dst->flags &= ~kMetadataSorted;
     if (dst->entry_count == 0) {
         dst->flags |= src->flags & kMetadataSorted;
-    }
-    if (dst->vendor_id == kNoVendorId) {
-        dst->vendor_id = src->vendor_id;
     }
     dst->entry_count += count;
     dst->data_count += bytes;

@@ -6,25 +6,28 @@ using namespace quen::host;
 
 namespace {
 
-/** Whether the buffer's own figures leave its parts within it, in order and aligned. */
+/** Whether the buffer's own figures leave its parts within it and in order. */
 bool isHeaderSound(camera_metadata const& header) {
     uint64_t const entriesEnd = uint64_t{header.entries_start} +
                                 uint64_t{header.entry_capacity} * sizeof(MetadataEntry);
     uint64_t const dataEnd = uint64_t{header.data_start} + header.data_capacity;
     return header.entry_count <= header.entry_capacity &&
-           header.data_count <= header.data_capacity &&
-           header.entries_start >= sizeof(camera_metadata) &&
-           header.entries_start % alignof(MetadataEntry) == 0 &&
-           header.data_start % kDataAlignment == 0 && entriesEnd <= header.data_start &&
+           header.data_count <= header.data_capacity && entriesEnd <= header.data_start &&
            dataEnd <= header.size;
 }
 
-bool isTypeSound(MetadataEntry const& entry) {
+/** Whether the entries, if there are any, lie aligned, and behind the header. */
+bool isPlaceSound(camera_metadata const& header) {
+    return header.entry_count == 0 || (header.entries_start >= sizeof(camera_metadata) &&
+                                       header.entries_start % alignof(MetadataEntry) == 0);
+}
+
+bool isTypeSound(MetadataEntry const& entry, camera_metadata const& header) {
     if (entry.type >= NUM_TYPES) {
         return false;
     }
-    bool const isVendorTag = entry.tag >> 16 >= VENDOR_SECTION;
-    return isVendorTag || get_camera_metadata_tag_type(entry.tag) == entry.type;
+    return entry.tag >= CAMERA_METADATA_VENDOR_TAG_BOUNDARY ||
+           get_local_camera_metadata_tag_type(entry.tag, &header) == entry.type;
 }
 
 /** Whether the data lies where there is some: copies leave out what is behind the last of it. */
@@ -36,7 +39,8 @@ bool isDataSound(MetadataEntry const& entry, camera_metadata const& header) {
     if (bytes <= kInlineDataBytes) {
         return true;
     }
-    return entry.data.offset % kDataAlignment == 0 &&
+    uint64_t const place = uint64_t{header.data_start} + entry.data.offset;
+    return place % kDataAlignment == 0 &&
            entry.data.offset + uint64_t{dataBytes(entry)} <= header.data_count;
 }
 
@@ -55,13 +59,14 @@ int validate_camera_metadata_structure(const camera_metadata_t* metadata,
     }
     camera_metadata header;
     memcpy(&header, bytes, sizeof(header));
-    if ((expected_size != nullptr && header.size > *expected_size) || !isHeaderSound(header)) {
+    if ((expected_size != nullptr && header.size > *expected_size) || !isHeaderSound(header) ||
+        !isPlaceSound(header)) {
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     for (uint32_t i = 0; i < header.entry_count; ++i) {
         MetadataEntry entry;
         memcpy(&entry, bytes + header.entries_start + i * sizeof(entry), sizeof(entry));
-        if (!isTypeSound(entry) || !isDataSound(entry, header)) {
+        if (!isTypeSound(entry, header) || !isDataSound(entry, header)) {
             return CAMERA_METADATA_VALIDATION_ERROR;
         }
     }

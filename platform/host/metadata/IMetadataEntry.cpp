@@ -8,6 +8,8 @@
 #include <new>
 #include <type_traits>
 
+#include <nscam/IMetadataTagSet.h>
+
 namespace NSCam {
 
 namespace {
@@ -146,7 +148,10 @@ IMetadata::Tag_t IMetadata::IEntry::tag() const {
 }
 
 int IMetadata::IEntry::type() const {
-    return mType;
+    if (mType != TYPE_UNKNOWN) {
+        return mType;
+    }
+    return IDefaultMetadataTagSet::singleton()->getTagSet().typeOf(mTag);
 }
 
 bool IMetadata::IEntry::isEmpty() const {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <mutex>
+#include <set>
 #include <vector>
 
 #include <mtkcam/log.h>
@@ -14,16 +16,32 @@ namespace NSCam {
 namespace {
 
 constexpr char kLogTag[] = "IMetadataConverter";
-constexpr int kWarning = 2;  // the level's place in g_logInfoLv
+constexpr int kDebug = 0;  // the level's place in g_logInfoLv
 
-void warnLeftOut(IMetadata::IEntry const& entry, char const* reason) {
-    if (!mtkcam_testLog(kLogTag, 'W') || !g_logInfoLv[kWarning].enabled) {
+/** Says, once a tag, what a conversion leaves out. Any thread. */
+class LeftOut {
+  public:
+    void tell(IMetadata::IEntry const& entry, char const* reason);
+
+  private:
+    std::mutex mLock;
+    std::set<uint32_t> mTold;  // guarded by mLock: tags that a line was written of
+};
+
+void LeftOut::tell(IMetadata::IEntry const& entry, char const* reason) {
+    if (!mtkcam_testLog(kLogTag, 'D') || !g_logInfoLv[kDebug].enabled) {
         return;
+    }
+    {
+        std::lock_guard<std::mutex> const lock(mLock);
+        if (!mTold.insert(entry.tag()).second) {
+            return;
+        }
     }
     char text[160];
     snprintf(text, sizeof(text), "%s[%s] tag[0x%" PRIX32 "] type[%d] is left out: %s",
-             g_logInfoLv[kWarning].prefix, kLogTag, entry.tag(), entry.type(), reason);
-    log_dbg_print(kLogTag, kWarning, text);
+             g_logInfoLv[kDebug].prefix, kLogTag, entry.tag(), entry.type(), reason);
+    log_dbg_print(kLogTag, kDebug, text);
 }
 
 /** Appends `count` items, which lie packed, to an entry. */
@@ -80,6 +98,7 @@ class MetadataConverter final : public IMetadataConverter {
     IMetadata::IEntry unflatten(camera_metadata_ro_entry const& flat) const;
 
     IMetadataTagSet const& mTagSet;
+    mutable LeftOut mLeftOut;
 };
 
 /** The type that a tag has in every `camera_metadata`; -1 for a tag that is not known. */
@@ -90,25 +109,26 @@ int MetadataConverter::flatTypeOfTag(uint32_t tag) const {
 
 /** Decides how an entry is written. Returns false, and says why, when it is not. */
 bool MetadataConverter::flatten(IMetadata::IEntry&& entry, std::vector<FlatEntry>& out) const {
+    bool const isVendorTag = entry.tag() >= CAMERA_METADATA_VENDOR_TAG_BOUNDARY;
+    if (!isVendorTag && get_camera_metadata_tag_type(entry.tag()) == -1) {
+        // Whoever validates the buffer would refuse all of it.
+        mLeftOut.tell(entry, "Android has no such tag");
+        return false;
+    }
     int const typeOfTag = flatTypeOfTag(entry.tag());
-    if (entry.isEmpty()) {
-        if (typeOfTag == -1) {
-            return false;  // a mere question for a tag: there is nothing to lose
-        }
+    FlatType const& flat = flatTypeOf(entry.type());
+    if (entry.isEmpty() && typeOfTag != -1) {
         out.push_back({std::move(entry), static_cast<uint8_t>(typeOfTag), 0});
         return true;
     }
-    FlatType const& flat = flatTypeOf(entry.type());
     if (flat.type == -1) {
-        warnLeftOut(entry, "camera_metadata has no such type");
+        bool const isTyped = entry.type() != IMetadata::TYPE_UNKNOWN;
+        mLeftOut.tell(entry,
+                      isTyped ? "camera_metadata has no such type" : "its type is not known");
         return false;
     }
     if (typeOfTag != -1 && typeOfTag != flat.type) {
-        warnLeftOut(entry, "the tag has another type");
-        return false;
-    }
-    if (typeOfTag == -1 && entry.tag() >> 16 < VENDOR_SECTION) {
-        warnLeftOut(entry, "the tag is not known");
+        mLeftOut.tell(entry, "the tag has another type");
         return false;
     }
     size_t const count = entry.count() * flat.itemsPerItem;

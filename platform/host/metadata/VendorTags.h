@@ -15,18 +15,25 @@ struct TagInfo {
     uint32_t count;    ///< `camera_metadata` items of a whole value; 0 for a list of any length
 };
 
-/** The known tags, in ascending order of their ids. */
+/** Tags in ascending order of their ids. */
 struct TagRange {
     TagInfo const* first;
     TagInfo const* last;
 
     TagInfo const* begin() const { return first; }
     TagInfo const* end() const { return last; }
+    size_t size() const { return static_cast<size_t>(last - first); }
+    TagInfo const& operator[](size_t index) const { return first[index]; }
 };
 
-TagRange allTags();
+/** Android 11's own tags. */
+TagRange androidTags();
 
-/** Null for a tag that is not known. */
+/** The chip maker's and the phone maker's tags, one of which has an id in an Android section. */
+TagRange vendorTags();
+
+/** The tag in one of the tables; null for a tag that is not known. */
+TagInfo const* findTag(TagRange const& tags, uint32_t tag);
 TagInfo const* findTag(uint32_t tag);
 
 /** By name, upper and lower case alike; null when no tag has it. */
