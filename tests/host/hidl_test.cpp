@@ -9,6 +9,7 @@
 #include <hidl/Status.h>
 
 using android::hardware::hidl_handle;
+using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
 using android::hardware::Status;
@@ -39,6 +40,7 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
         cloned = copy->data[0];
         EXPECT_NE(original, cloned);
         EXPECT_EQ(6, copy->data[2]);
+        EXPECT_EQ(fcntl(cloned, F_GETFD) & FD_CLOEXEC, 0);
 
         hidl_handle assigned;
         assigned = copy;
@@ -95,8 +97,12 @@ TEST(HidlVec, CopiesDeeplyAndPointsOnDemand) {
     EXPECT_THAT(pointing, ElementsAre(9, 2, 3));
     EXPECT_THAT(copy, ElementsAre(1, 2, 3));
     hidl_vec<int> const moved = std::move(copy);
-    EXPECT_EQ(0u, copy.size());
+    EXPECT_EQ(copy.data(), moved.data()) << "still pointed at, and no longer owned";
     EXPECT_THAT(static_cast<std::vector<int>>(moved), ElementsAre(1, 2, 3));
+    EXPECT_EQ(moved.find(2) - moved.begin(), 1);
+    EXPECT_TRUE(moved.contains(3) && !moved.contains(4));
+    std::vector<double> const wide = {1.5, -2.5};
+    EXPECT_EQ(hidl_vec<int>(wide.begin(), wide.end()), (hidl_vec<int>{1, -2}));
 
     // Elements stay through a change of the count, which makes external items the vector's own.
     pointing.resize(5);
@@ -119,8 +125,18 @@ TEST(HidlVec, CopiesDeeplyAndPointsOnDemand) {
     int* const released = pointing.releaseData();
     EXPECT_NE(items.data(), released);
     EXPECT_EQ(8, released[1]);
-    EXPECT_EQ(0u, pointing.size());
+    EXPECT_EQ(pointing.data(), released);
+    EXPECT_EQ(pointing.size(), 2u);
     pointing.setToExternal(released, 2, true);
+}
+
+TEST(HidlString, ComparesUpToTheFirstZeroByte) {
+    hidl_string const cut("ab\0c", 4);
+    EXPECT_EQ(cut.size(), 4u);
+    EXPECT_EQ(static_cast<std::string>(cut).size(), 4u);
+    EXPECT_TRUE(cut == "ab" && "ab" == cut && cut == hidl_string("ab"));
+    EXPECT_TRUE(cut < "b" && "b" >= cut && cut <= hidl_string("ab") && hidl_string("aa") < cut);
+    EXPECT_TRUE(cut != hidl_string() && cut > "");
 }
 
 TEST(TransportReturn, CarriesAValueOrAStatus) {
@@ -129,15 +145,24 @@ TEST(TransportReturn, CarriesAValueOrAStatus) {
     (void)Return<int>(3);  // a success may be dropped
     Return<int> outcome = lost();
     Return<int> heir = std::move(outcome);  // and the duty to look at it
+    EXPECT_FALSE(heir.isOkUnchecked());
     EXPECT_FALSE(heir.isOk());
     EXPECT_FALSE(heir.isDeadObject());
-    EXPECT_EQ("Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: stand-in lost'",
-              heir.description());
+    EXPECT_EQ("Status(EX_TRANSACTION_FAILED): 'OK: stand-in lost'", heir.description());
     EXPECT_TRUE(Return<void>(Status::fromStatusT(android::DEAD_OBJECT)).isDeadObject());
 }
 
 TEST(TransportReturnDeathTest, AbortsOnAFailureNobodyLookedAt) {
     EXPECT_DEATH({ Return<void> const dropped = lost(); }, "dropped.*stand-in lost");
+    EXPECT_DEATH({ (void)Return<void>(lost()).isDeadObject(); }, "dropped.*stand-in lost")
+            << "it died of something else";
+    EXPECT_DEATH({ (void)Return<void>(lost()).isOkUnchecked(); }, "dropped.*stand-in lost");
+    EXPECT_DEATH(
+            {
+                Return<void> overwritten = lost();
+                overwritten = android::hardware::Void();
+            },
+            "dropped.*stand-in lost");
     Return<int> const failed = lost();
     EXPECT_FALSE(failed.isOk());
     EXPECT_DEATH((void)static_cast<int>(failed), "value of a failed HIDL call.*stand-in lost");

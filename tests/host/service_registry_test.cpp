@@ -75,7 +75,8 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
     EXPECT_EQ(IISPModule::getService("one"), nullptr);
     EXPECT_EQ(IISPModule::getService("two"), nullptr);
     EXPECT_EQ(neighbour, IISPModule::getService("three"));
-    EXPECT_FALSE(module->unlinkToDeath(recipient));
+    EXPECT_TRUE(module->unlinkToDeath(recipient)) << "whether or not there is a link";
+    EXPECT_FALSE(module->unlinkToDeath(nullptr));
     EXPECT_TRUE(neighbour->unlinkToDeath(recipient));
     EXPECT_EQ(1, recipient->getStrongCount()) << "the service that is gone let go of it";
     quen::host::unregisterService(neighbour);

@@ -27,20 +27,23 @@ extern "C" {
  * Makes a handle in `storage`, which NATIVE_HANDLE_DECLARE_STORAGE declared for at least as many
  * slots. Its slots are left for the caller to fill.
  *
- * @return the handle, not to be deleted; null with errno EINVAL when a count is out of range
+ * @return the handle, not to be deleted; null with errno EINVAL when the storage is not aligned
  */
 native_handle_t* native_handle_init(char* storage, int numFds, int numInts);
 
 /**
- * Makes a handle on the heap: descriptor slots -1, integers left for the caller to fill.
+ * Makes a handle on the heap, its slots left for the caller to fill, which hold anything until
+ * then.
  *
  * @return for native_handle_delete; null with errno EINVAL or ENOMEM
  */
 native_handle_t* native_handle_create(int numFds, int numInts);
 
 /**
- * Makes a handle with duplicates of the descriptors and a copy of the integers.
+ * Makes a handle with duplicates of the descriptors, open across an exec as dup makes them, and a
+ * copy of the integers.
  *
+ * @param handle a null one gives null on the host; on the phone it ends the process
  * @return for native_handle_close and native_handle_delete; null, nothing left open, with errno
  */
 native_handle_t* native_handle_clone(native_handle_t const* handle);
@@ -48,6 +51,7 @@ native_handle_t* native_handle_clone(native_handle_t const* handle);
 /**
  * Closes the descriptors; slots below 0 are let pass. errno stays as it was.
  *
+ * @param handle a null one is let pass on the host; on the phone it ends the process
  * @return 0, or -EINVAL for a handle of another version
  */
 int native_handle_close(native_handle_t const* handle);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -34,10 +35,23 @@ struct hidl_death_recipient : public virtual RefBase {
 template <typename T>
 using hidl_bitfield = std::underlying_type_t<T>;
 
-/** A value in hexadecimal, "0x7". */
-std::string toHexString(uint64_t value, bool prefix = true);
+namespace details {
 
-/** An array of a fixed size in a record. */
+/** A number in hexadecimal: "0x7", and "0" for zero. */
+template <typename T, typename = std::enable_if_t<std::is_arithmetic_v<T>>>
+std::string toHexString(T value, bool prefix = true) {
+    std::ostringstream text;
+    if (prefix) {
+        text << std::showbase;
+    }
+    // A character type would print as one.
+    text << std::hex << +value;
+    return text.str();
+}
+
+}  // namespace details
+
+/** An array of a fixed size in a record; zero from the start, which the phone does not promise. */
 template <typename T, size_t SIZE>
 class hidl_array {
   public:

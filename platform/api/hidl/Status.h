@@ -62,19 +62,18 @@ std::ostream& operator<<(std::ostream& stream, Status const& status);
 namespace details {
 
 /**
- * The transport's side of a Return: a failure has to be looked at, with isOk or isDeadObject,
- * before it is dropped or overwritten; otherwise the process aborts. Moving hands the duty over.
+ * The transport's side of a Return: a failure has to be looked at before it is dropped or
+ * overwritten; otherwise the process aborts. isOk looks at it, isDeadObject only when that is what
+ * the failure is. Moving hands the duty over.
  */
 class return_status {
   public:
     return_status() = default;
-    return_status(Status status) : mStatus(std::move(status)) {}
-    return_status(return_status&& other) noexcept { take(other); }
+    return_status(Status const& status) : mStatus(status) {}
+    return_status(return_status&& other) noexcept { swap(other); }
     return_status& operator=(return_status&& other) noexcept {
-        if (this != &other) {
-            checkDropped();
-            take(other);
-        }
+        checkDropped();
+        swap(other);
         return *this;
     }
     ~return_status() { checkDropped(); }
@@ -84,25 +83,29 @@ class return_status {
         return mStatus.isOk();
     }
     bool isDeadObject() const {
-        mLookedAt = true;
-        return mStatus.transactionError() == DEAD_OBJECT;
+        bool const isDead = mStatus.transactionError() == DEAD_OBJECT;
+        mLookedAt = mLookedAt || isDead;
+        return isDead;
     }
+
+    /** As isOk, but the failure stays to be looked at. */
+    bool isOkUnchecked() const { return mStatus.isOk(); }
 
     /** Text of the outcome; does not count as looking at it. */
     std::string description() const { return mStatus.description(); }
 
   protected:
     /** Aborts when there is no value to read. */
-    void checkValue() const {
+    void assertOk() const {
         if (!isOk()) {
             onNoValue();
         }
     }
 
   private:
-    void take(return_status& other) {
-        mStatus = std::move(other.mStatus);
-        mLookedAt = std::exchange(other.mLookedAt, true);
+    void swap(return_status& other) noexcept {
+        std::swap(mStatus, other.mStatus);
+        std::swap(mLookedAt, other.mLookedAt);
     }
     void checkDropped() const {
         if (!mLookedAt && !mStatus.isOk()) {
@@ -125,16 +128,16 @@ class return_status {
 template <typename T>
 class Return : public details::return_status {
   public:
-    Return(T value) : mValue(std::move(value)) {}
-    Return(Status status) : details::return_status(std::move(status)) {}
+    Return(T value) : mValue(value) {}
+    Return(Status status) : details::return_status(status) {}
 
     operator T() const {
-        checkValue();
+        assertOk();
         return mValue;
     }
 
     /** The value, or `fallback` when the call failed. */
-    T withDefault(T fallback) const { return isOk() ? mValue : fallback; }
+    T withDefault(T fallback) { return isOk() ? mValue : fallback; }
 
   private:
     T mValue{};
@@ -143,16 +146,19 @@ class Return : public details::return_status {
 template <typename T>
 class Return<sp<T>> : public details::return_status {
   public:
+    Return(sp<T> value) : mValue(value) {}
     Return(T* value) : mValue(value) {}
     template <typename U>
-    Return(sp<U> value) : mValue(std::move(value)) {}
-    Return(Status status) : details::return_status(std::move(status)) {}
+    Return(sp<U> value) : mValue(value) {}
+    template <typename U>
+    Return(U* value) : mValue(value) {}
+    Return(Status status) : details::return_status(status) {}
 
     operator sp<T>() const {
-        checkValue();
+        assertOk();
         return mValue;
     }
-    sp<T> withDefault(sp<T> fallback) const { return isOk() ? mValue : fallback; }
+    sp<T> withDefault(sp<T> fallback) { return isOk() ? mValue : fallback; }
 
   private:
     sp<T> mValue;
@@ -162,7 +168,7 @@ template <>
 class Return<void> : public details::return_status {
   public:
     Return() = default;
-    Return(Status status) : details::return_status(std::move(status)) {}
+    Return(Status const& status) : details::return_status(status) {}
 };
 
 /** Success of a call without a value. */

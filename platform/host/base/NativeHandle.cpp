@@ -1,10 +1,9 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 
 #include <cutils/native_handle.h>
 
@@ -12,14 +11,6 @@ namespace {
 
 bool inRange(int count, int most) {
     return count >= 0 && count <= most;
-}
-
-bool sizesFit(int numFds, int numInts) {
-    if (inRange(numFds, NATIVE_HANDLE_MAX_FDS) && inRange(numInts, NATIVE_HANDLE_MAX_INTS)) {
-        return true;
-    }
-    errno = EINVAL;
-    return false;
 }
 
 native_handle_t* setUp(void* storage, int numFds, int numInts) {
@@ -33,22 +24,21 @@ native_handle_t* setUp(void* storage, int numFds, int numInts) {
 }  // namespace
 
 native_handle_t* native_handle_init(char* storage, int numFds, int numInts) {
-    return sizesFit(numFds, numInts) ? setUp(storage, numFds, numInts) : nullptr;
+    if (reinterpret_cast<uintptr_t>(storage) % alignof(native_handle_t) != 0) {
+        errno = EINVAL;
+        return nullptr;
+    }
+    return setUp(storage, numFds, numInts);
 }
 
 native_handle_t* native_handle_create(int numFds, int numInts) {
-    if (!sizesFit(numFds, numInts)) {
+    if (!inRange(numFds, NATIVE_HANDLE_MAX_FDS) || !inRange(numInts, NATIVE_HANDLE_MAX_INTS)) {
+        errno = EINVAL;
         return nullptr;
     }
     size_t const slots = static_cast<size_t>(numFds) + static_cast<size_t>(numInts);
-    void* const storage = calloc(1, sizeof(native_handle_t) + slots * sizeof(int));
-    if (storage == nullptr) {
-        return nullptr;
-    }
-    native_handle_t* const handle = setUp(storage, numFds, numInts);
-    // A handle that is closed before it was filled must not close descriptor 0.
-    std::fill_n(handle->data, numFds, -1);
-    return handle;
+    void* const storage = malloc(sizeof(native_handle_t) + slots * sizeof(int));
+    return storage == nullptr ? nullptr : setUp(storage, numFds, numInts);
 }
 
 native_handle_t* native_handle_clone(native_handle_t const* handle) {
@@ -61,12 +51,11 @@ native_handle_t* native_handle_clone(native_handle_t const* handle) {
         return nullptr;
     }
     for (int i = 0; i < handle->numFds; ++i) {
-        clone->data[i] = fcntl(handle->data[i], F_DUPFD_CLOEXEC, 0);
+        clone->data[i] = dup(handle->data[i]);
         if (clone->data[i] < 0) {
-            int const error = errno;
+            clone->numFds = i;  // the slots behind hold nothing yet
             native_handle_close(clone);
             native_handle_delete(clone);
-            errno = error;
             return nullptr;
         }
     }

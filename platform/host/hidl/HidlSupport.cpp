@@ -1,19 +1,11 @@
 #include <hidl/HidlSupport.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include <android/log.h>
 
 namespace android::hardware {
-
-std::string toHexString(uint64_t value, bool prefix) {
-    char text[24];
-    snprintf(text, sizeof(text), prefix ? "0x%llx" : "%llx",
-             static_cast<unsigned long long>(value));
-    return text;
-}
 
 void details::fatal(char const* text) {
     __android_log_assert(nullptr, "HidlSupport", "%s", text);

@@ -66,7 +66,11 @@ Return<void> IBase::notifySyspropsChanged() {
 }
 
 Return<bool> IBase::unlinkToDeath(sp<hidl_death_recipient> const& recipient) {
-    return quen::host::removeDeathLink(*this, recipient);
+    if (recipient == nullptr) {
+        return false;
+    }
+    quen::host::removeDeathLink(*this, recipient);
+    return true;
 }
 
 }  // namespace android::hidl::base::V1_0

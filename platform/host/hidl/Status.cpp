@@ -31,7 +31,7 @@ struct ErrorName {
 };
 
 constexpr ErrorName kErrorNames[] = {
-        {OK, "NO_ERROR"},
+        {OK, "OK"},
         {UNKNOWN_ERROR, "UNKNOWN_ERROR"},
         {NO_MEMORY, "NO_MEMORY"},
         {INVALID_OPERATION, "INVALID_OPERATION"},
@@ -67,7 +67,7 @@ std::string errorText(status_t error) {
             return known.name;
         }
     }
-    return std::to_string(error) + " (" + strerror(-error) + ")";
+    return std::to_string(error) + " " + strerror(-error);
 }
 
 }  // namespace
@@ -77,11 +77,7 @@ Status Status::fromExceptionCode(int32_t exceptionCode) {
 }
 
 Status Status::fromExceptionCode(int32_t exceptionCode, char const* message) {
-    // A failed transaction has an error, even when nobody says which.
-    status_t const error = exceptionCode == EX_TRANSACTION_FAILED
-                                   ? static_cast<status_t>(FAILED_TRANSACTION)
-                                   : static_cast<status_t>(OK);
-    return Status(exceptionCode, error, message == nullptr ? "" : message);
+    return Status(exceptionCode, OK, message == nullptr ? "" : message);
 }
 
 Status Status::fromStatusT(status_t status) {

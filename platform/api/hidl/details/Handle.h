@@ -38,11 +38,13 @@ class hidl_handle {
         return *this;
     }
 
-    /** @param shouldOwn whether `handle` is to be closed and deleted with this object */
+    /**
+     * Gives up the handle of before, and ends it when it was owned, even if it is the same.
+     *
+     * @param shouldOwn whether `handle` is to be closed and deleted with this object
+     */
     void setTo(native_handle_t* handle, bool shouldOwn = false) {
-        if (static_cast<native_handle_t const*>(mHandle) != handle) {
-            dispose();
-        }
+        dispose();
         mHandle = handle;
         mOwnsHandle = shouldOwn;
     }

@@ -2,28 +2,22 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include <hidl/details/Pointer.h>
 
 namespace android::hardware {
 
-/** A text in a record, with an end. */
+/** A text in a record, with an end. Comparisons and streams see it up to its first zero byte. */
 class hidl_string {
   public:
     hidl_string() { setEmpty(); }
     hidl_string(char const* text) : hidl_string(std::string_view(text == nullptr ? "" : text)) {}
     hidl_string(char const* text, size_t length) : hidl_string(std::string_view(text, length)) {}
     hidl_string(std::string const& text) : hidl_string(std::string_view(text)) {}
-    template <typename InputIterator,
-              typename = typename std::enable_if_t<std::is_convertible_v<
-                      typename std::iterator_traits<InputIterator>::iterator_category,
-                      std::input_iterator_tag>>>
-    hidl_string(InputIterator first, InputIterator last) : hidl_string(std::string(first, last)) {}
     hidl_string(hidl_string const& other) : hidl_string(other.view()) {}
     hidl_string(hidl_string&& other) noexcept { take(other); }
     ~hidl_string() { release(); }
@@ -71,7 +65,7 @@ class hidl_string {
         if (text.empty()) {
             return;
         }
-        if (text.size() > UINT32_MAX) {
+        if (text.size() >= UINT32_MAX) {
             details::fatal("hidl_string: the text is too long");
         }
         char* const buffer = new char[text.size() + 1];
@@ -109,27 +103,58 @@ static_assert(sizeof(hidl_string) == 16, "wrong size");
 static_assert(alignof(hidl_string) == 8, "wrong alignment");
 
 inline bool operator==(hidl_string const& left, hidl_string const& right) {
-    return std::string_view(left.c_str(), left.size()) ==
-           std::string_view(right.c_str(), right.size());
+    return strcmp(left.c_str(), right.c_str()) == 0;
 }
 inline bool operator==(hidl_string const& left, char const* right) {
-    return std::string_view(left.c_str(), left.size()) == right;
+    return strcmp(left.c_str(), right) == 0;
 }
 inline bool operator==(char const* left, hidl_string const& right) {
-    return right == left;
+    return strcmp(left, right.c_str()) == 0;
 }
 inline bool operator!=(hidl_string const& left, hidl_string const& right) {
-    return !(left == right);
+    return strcmp(left.c_str(), right.c_str()) != 0;
 }
 inline bool operator!=(hidl_string const& left, char const* right) {
-    return !(left == right);
+    return strcmp(left.c_str(), right) != 0;
 }
 inline bool operator!=(char const* left, hidl_string const& right) {
-    return !(right == left);
+    return strcmp(left, right.c_str()) != 0;
 }
 inline bool operator<(hidl_string const& left, hidl_string const& right) {
-    return std::string_view(left.c_str(), left.size()) <
-           std::string_view(right.c_str(), right.size());
+    return strcmp(left.c_str(), right.c_str()) < 0;
+}
+inline bool operator<(hidl_string const& left, char const* right) {
+    return strcmp(left.c_str(), right) < 0;
+}
+inline bool operator<(char const* left, hidl_string const& right) {
+    return strcmp(left, right.c_str()) < 0;
+}
+inline bool operator<=(hidl_string const& left, hidl_string const& right) {
+    return strcmp(left.c_str(), right.c_str()) <= 0;
+}
+inline bool operator<=(hidl_string const& left, char const* right) {
+    return strcmp(left.c_str(), right) <= 0;
+}
+inline bool operator<=(char const* left, hidl_string const& right) {
+    return strcmp(left, right.c_str()) <= 0;
+}
+inline bool operator>(hidl_string const& left, hidl_string const& right) {
+    return strcmp(left.c_str(), right.c_str()) > 0;
+}
+inline bool operator>(hidl_string const& left, char const* right) {
+    return strcmp(left.c_str(), right) > 0;
+}
+inline bool operator>(char const* left, hidl_string const& right) {
+    return strcmp(left, right.c_str()) > 0;
+}
+inline bool operator>=(hidl_string const& left, hidl_string const& right) {
+    return strcmp(left.c_str(), right.c_str()) >= 0;
+}
+inline bool operator>=(hidl_string const& left, char const* right) {
+    return strcmp(left.c_str(), right) >= 0;
+}
+inline bool operator>=(char const* left, hidl_string const& right) {
+    return strcmp(left, right.c_str()) >= 0;
 }
 inline std::ostream& operator<<(std::ostream& stream, hidl_string const& text) {
     return stream << text.c_str();

@@ -12,30 +12,82 @@
 
 namespace android::hardware {
 
+namespace details {
+
+/** Position in a hidl_vec, of `T` or `T const`; no plain pointer, and not convertible to one. */
+template <typename T>
+class vec_iterator {
+  public:
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = std::remove_const_t<T>;
+    using difference_type = ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    vec_iterator(T* place) : mPlace(place) {}
+
+    T& operator*() const { return *mPlace; }
+    T* operator->() const { return mPlace; }
+    T& operator[](size_t index) const { return mPlace[index]; }
+
+    vec_iterator& operator++() { return *this += 1; }
+    vec_iterator& operator--() { return *this -= 1; }
+    vec_iterator operator++(int) { return mPlace++; }
+    vec_iterator operator--(int) { return mPlace--; }
+    vec_iterator& operator+=(ptrdiff_t count) {
+        mPlace += count;
+        return *this;
+    }
+    vec_iterator& operator-=(ptrdiff_t count) { return *this += -count; }
+    vec_iterator operator+(ptrdiff_t count) const { return mPlace + count; }
+    vec_iterator operator-(ptrdiff_t count) const { return mPlace - count; }
+    ptrdiff_t operator-(vec_iterator const& other) const { return mPlace - other.mPlace; }
+    friend vec_iterator operator+(ptrdiff_t count, vec_iterator const& place) {
+        return place + count;
+    }
+
+    bool operator==(vec_iterator const& other) const { return mPlace == other.mPlace; }
+    bool operator!=(vec_iterator const& other) const { return mPlace != other.mPlace; }
+    bool operator<(vec_iterator const& other) const { return mPlace < other.mPlace; }
+    bool operator>(vec_iterator const& other) const { return mPlace > other.mPlace; }
+    bool operator<=(vec_iterator const& other) const { return mPlace <= other.mPlace; }
+    bool operator>=(vec_iterator const& other) const { return mPlace >= other.mPlace; }
+
+  private:
+    T* mPlace;
+};
+
+}  // namespace details
+
 /**
- * An array in a record: pointer, 32-bit count, owns flag. A copy is deep. Not thread-safe.
+ * An array in a record: pointer, 32-bit count, owns flag. A copy is deep. A vector that was moved
+ * from, or whose data was released, still points at its items, which another owns now. Not
+ * thread-safe.
+ *
+ * Kinder than the phone's: moved to itself it stays as it was, and a change of the count copies
+ * items that are not its own, where the phone moves them.
  */
 template <typename T>
 class hidl_vec {
   public:
     using value_type = T;
-    using iterator = T*;
-    using const_iterator = T const*;
+    using iterator = details::vec_iterator<T>;
+    using const_iterator = details::vec_iterator<T const>;
 
     hidl_vec() { static_assert(sizeof(hidl_vec) == 16, "wrong size"); }
 
     /** `size` items, each T(). */
-    explicit hidl_vec(size_t size) { resize(size); }
-    hidl_vec(std::initializer_list<T> items) { copy(items.begin(), items.size()); }
-    hidl_vec(std::vector<T> const& items) { copy(items.begin(), items.size()); }
+    hidl_vec(size_t size) { resize(size); }
+    hidl_vec(std::initializer_list<T> const items) { copy(items.begin(), items.end()); }
+    hidl_vec(std::vector<T> const& items) { copy(items.begin(), items.end()); }
     template <typename InputIterator,
               typename = typename std::enable_if_t<std::is_convertible_v<
                       typename std::iterator_traits<InputIterator>::iterator_category,
                       std::input_iterator_tag>>>
     hidl_vec(InputIterator first, InputIterator last) {
-        copy(first, static_cast<size_t>(std::distance(first, last)));
+        copy(first, last);
     }
-    hidl_vec(hidl_vec const& other) { copy(other.begin(), other.size()); }
+    hidl_vec(hidl_vec const& other) { copy(other.begin(), other.end()); }
     hidl_vec(hidl_vec&& other) noexcept { take(other); }
     ~hidl_vec() { release(); }
 
@@ -52,6 +104,8 @@ class hidl_vec {
         }
         return *this;
     }
+    hidl_vec& operator=(std::vector<T> const& items) { return *this = hidl_vec(items); }
+    hidl_vec& operator=(std::initializer_list<T> const items) { return *this = hidl_vec(items); }
 
     operator std::vector<T>() const { return {begin(), end()}; }
 
@@ -73,9 +127,9 @@ class hidl_vec {
         uint32_t const kept = std::min(mSize, newSize);
         T* const items = new T[newSize]();
         if (mOwnsBuffer) {
-            std::move(begin(), begin() + kept, items);
+            std::move(data(), data() + kept, items);
         } else {
-            std::copy(begin(), begin() + kept, items);
+            std::copy(data(), data() + kept, items);
         }
         release();
         mBuffer = items;
@@ -83,14 +137,13 @@ class hidl_vec {
         mOwnsBuffer = true;
     }
 
-    /** Hands the items over, for delete[]; this object is empty then. */
+    /** Hands the items over, for delete[]; this object points at them still. */
     T* releaseData() {
         if (!mOwnsBuffer && mSize > 0) {
             resize(mSize);
         }
-        T* const items = mBuffer;
-        setEmpty();
-        return items;
+        mOwnsBuffer = false;
+        return mBuffer;
     }
 
     size_t size() const { return mSize; }
@@ -103,8 +156,10 @@ class hidl_vec {
     iterator end() { return data() + mSize; }
     const_iterator begin() const { return data(); }
     const_iterator end() const { return data() + mSize; }
-    const_iterator cbegin() const { return begin(); }
-    const_iterator cend() const { return end(); }
+
+    iterator find(T const& item) { return std::find(begin(), end(), item); }
+    const_iterator find(T const& item) const { return std::find(begin(), end(), item); }
+    bool contains(T const& item) const { return find(item) != end(); }
 
     bool operator==(hidl_vec const& other) const {
         return std::equal(begin(), end(), other.begin(), other.end());
@@ -119,26 +174,22 @@ class hidl_vec {
         return static_cast<uint32_t>(size);
     }
     template <typename InputIterator>
-    void copy(InputIterator first, size_t size) {
+    void copy(InputIterator first, InputIterator last) {
+        uint32_t const size = checked(static_cast<size_t>(std::distance(first, last)));
         if (size == 0) {
             return;
         }
-        mSize = checked(size);
-        T* const items = new T[size];
-        std::copy_n(first, size, items);
+        T* const items = new T[size]();
+        std::transform(first, last, items, [](auto const& item) { return static_cast<T>(item); });
         mBuffer = items;
+        mSize = size;
         mOwnsBuffer = true;
     }
     void take(hidl_vec& other) {
         mBuffer = other.mBuffer;
         mSize = other.mSize;
         mOwnsBuffer = other.mOwnsBuffer;
-        other.setEmpty();
-    }
-    void setEmpty() {
-        mBuffer = nullptr;
-        mSize = 0;
-        mOwnsBuffer = false;
+        other.mOwnsBuffer = false;
     }
     void release() {
         if (mOwnsBuffer) {

@@ -53,7 +53,9 @@ struct IBase : virtual public ::android::RefBase {
     virtual ::android::hardware::Return<void> setHALInstrumentation();
 
     /**
-     * Has `recipient` told when this service dies.
+     * Has `recipient` told when this service dies. An object of the own process cannot die before
+     * its clients do, and the phone keeps no such link; the host does, since its services stand for
+     * remote ones, and whoever plays their death has the recipients told.
      *
      * @return false for a null recipient
      */
@@ -68,9 +70,9 @@ struct IBase : virtual public ::android::RefBase {
     virtual ::android::hardware::Return<void> notifySyspropsChanged();
 
     /**
-     * Ends one link of `recipient`.
+     * Ends one link of `recipient`, if there is one.
      *
-     * @return false when there was none
+     * @return false for a null recipient
      */
     virtual ::android::hardware::Return<bool> unlinkToDeath(
             const ::android::sp<::android::hardware::hidl_death_recipient>& recipient);

@@ -114,7 +114,7 @@ inline std::string toString(Status status) {
         case Status::INTERNAL_ERROR:
             return "INTERNAL_ERROR";
     }
-    return ::android::hardware::toHexString(static_cast<uint32_t>(status));
+    return ::android::hardware::details::toHexString(static_cast<uint32_t>(status));
 }
 
 }  // namespace vendor::mediatek::hardware::camera::isphal::V1_0
