@@ -72,6 +72,8 @@ TEST(LogTest, ASinkTakesBothKindsOfLines) {
     EXPECT_GT(__android_log_print(ANDROID_LOG_ERROR, "quen", "%s %d", "failed", 3), 0);
     EXPECT_GT(__android_log_write(ANDROID_LOG_WARN, nullptr, "no tag"), 0);
     EXPECT_LE(__android_log_print(ANDROID_LOG_INFO, "quen", "unwanted"), 0);
+    EXPECT_EQ(__android_log_is_loggable(ANDROID_LOG_INFO, "quen", ANDROID_LOG_DEBUG), 0);
+    EXPECT_EQ(__android_log_is_loggable(ANDROID_LOG_WARN, nullptr, ANDROID_LOG_ERROR), 1);
     EXPECT_LE(__android_log_write(ANDROID_LOG_SILENT, "quen", "unwanted"), 0);
     std::string const longText(2000, 'x');
     __android_log_print(ANDROID_LOG_ERROR, "quen", "%s", longText.c_str());

@@ -26,6 +26,14 @@ int __android_log_vprint(int prio, char const* tag, char const* format, va_list 
         __attribute__((format(printf, 3, 0)));
 
 /**
+ * Whether a line of that tag and priority would be written: 1 or 0. Any thread.
+ *
+ * @param default_prio what counts on the phone where nothing was set for the tag; the host's own
+ *        level does here
+ */
+int __android_log_is_loggable(int prio, char const* tag, int default_prio);
+
+/**
  * Logs a fatal line and aborts the process.
  *
  * @param condition text that is logged when there is no format; may be null

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <android/sync.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif

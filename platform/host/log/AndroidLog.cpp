@@ -36,6 +36,10 @@ bool isWantedPriority(int priority, char const* tag) {
 
 }  // namespace
 
+int __android_log_is_loggable(int prio, char const* tag, int /*default_prio*/) {
+    return isWantedPriority(prio, tag) ? 1 : 0;
+}
+
 int __android_log_write(int prio, char const* tag, char const* text) {
     if (!isWantedPriority(prio, tag)) {
         return -EPERM;

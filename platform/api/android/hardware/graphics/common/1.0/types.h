@@ -4,17 +4,81 @@
 
 namespace android::hardware::graphics::common::V1_0 {
 
-/** Pixel formats, as much as cameras use of them. */
+/** Pixel formats. */
 enum class PixelFormat : int32_t {
     RGBA_8888 = 0x1,
+    RGBX_8888 = 0x2,
+    RGB_888 = 0x3,
+    RGB_565 = 0x4,
+    BGRA_8888 = 0x5,
+    YCBCR_422_SP = 0x10,
     YCRCB_420_SP = 0x11,  ///< NV21
+    YCBCR_422_I = 0x14,
+    RGBA_FP16 = 0x16,
     RAW16 = 0x20,
     BLOB = 0x21,  ///< bytes: width is their number, height 1
     IMPLEMENTATION_DEFINED = 0x22,
     YCBCR_420_888 = 0x23,
+    RAW_OPAQUE = 0x24,
     RAW10 = 0x25,
     RAW12 = 0x26,
+    RGBA_1010102 = 0x2B,
+    Y8 = 0x20203859,
+    Y16 = 0x20363159,
     YV12 = 0x32315659,
 };
+
+/** What a buffer is for, as bits; the CPU's two are numbers in their masks. */
+enum class BufferUsage : uint64_t {
+    CPU_READ_MASK = 0xF,
+    CPU_READ_NEVER = 0,
+    CPU_READ_RARELY = 2,
+    CPU_READ_OFTEN = 3,
+    CPU_WRITE_MASK = 0xF << 4,
+    CPU_WRITE_NEVER = 0 << 4,
+    CPU_WRITE_RARELY = 2 << 4,
+    CPU_WRITE_OFTEN = 3 << 4,
+    GPU_TEXTURE = 1 << 8,
+    GPU_RENDER_TARGET = 1 << 9,
+    COMPOSER_OVERLAY = 1 << 11,
+    COMPOSER_CLIENT_TARGET = 1 << 12,
+    PROTECTED = 1 << 14,
+    COMPOSER_CURSOR = 1 << 15,
+    VIDEO_ENCODER = 1 << 16,
+    CAMERA_OUTPUT = 1 << 17,
+    CAMERA_INPUT = 1 << 18,
+    RENDERSCRIPT = 1 << 20,
+    VIDEO_DECODER = 1 << 22,
+    SENSOR_DIRECT_DATA = 1 << 23,
+    GPU_DATA_BUFFER = 1 << 24,
+    VENDOR_MASK = 0xFull << 28,
+    VENDOR_MASK_HI = 0xFFFFull << 48,
+};
+
+// Combined they are plain bits, as hidl_bitfield has them.
+constexpr uint64_t operator|(BufferUsage left, BufferUsage right) {
+    return static_cast<uint64_t>(left) | static_cast<uint64_t>(right);
+}
+constexpr uint64_t operator|(BufferUsage left, uint64_t right) {
+    return static_cast<uint64_t>(left) | static_cast<uint64_t>(right);
+}
+constexpr uint64_t operator|(uint64_t left, BufferUsage right) {
+    return static_cast<uint64_t>(left) | static_cast<uint64_t>(right);
+}
+constexpr uint64_t& operator|=(uint64_t& bits, BufferUsage usage) {
+    return bits = bits | usage;
+}
+constexpr uint64_t operator&(BufferUsage left, BufferUsage right) {
+    return static_cast<uint64_t>(left) & static_cast<uint64_t>(right);
+}
+constexpr uint64_t operator&(BufferUsage left, uint64_t right) {
+    return static_cast<uint64_t>(left) & static_cast<uint64_t>(right);
+}
+constexpr uint64_t operator&(uint64_t left, BufferUsage right) {
+    return static_cast<uint64_t>(left) & static_cast<uint64_t>(right);
+}
+constexpr uint64_t& operator&=(uint64_t& bits, BufferUsage usage) {
+    return bits = bits & usage;
+}
 
 }  // namespace android::hardware::graphics::common::V1_0
