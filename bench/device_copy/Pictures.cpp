@@ -86,6 +86,43 @@ class Graphics::Mapper : public IMapper {
         return host().get(buffer, type, cb);
     }
 
+    // The copy asks for none of these.
+    Return<Error> validateBufferSize(void* buffer, BufferDescriptorInfo const& info,
+                                     uint32_t stride) override {
+        return host().validateBufferSize(buffer, info, stride);
+    }
+    Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) override {
+        return host().getTransportSize(buffer, cb);
+    }
+    Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) override {
+        return host().flushLockedBuffer(buffer, cb);
+    }
+    Return<Error> rereadLockedBuffer(void* buffer) override {
+        return host().rereadLockedBuffer(buffer);
+    }
+    Return<void> isSupported(BufferDescriptorInfo const& info, isSupported_cb cb) override {
+        return host().isSupported(info, cb);
+    }
+    Return<Error> set(void* buffer, MetadataType const& type,
+                      hidl_vec<uint8_t> const& value) override {
+        return host().set(buffer, type, value);
+    }
+    Return<void> getFromBufferDescriptorInfo(BufferDescriptorInfo const& info,
+                                             MetadataType const& type,
+                                             getFromBufferDescriptorInfo_cb cb) override {
+        return host().getFromBufferDescriptorInfo(info, type, cb);
+    }
+    Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) override {
+        return host().listSupportedMetadataTypes(cb);
+    }
+    Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) override {
+        return host().dumpBuffer(buffer, cb);
+    }
+    Return<void> dumpBuffers(dumpBuffers_cb cb) override { return host().dumpBuffers(cb); }
+    Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) override {
+        return host().getReservedRegion(buffer, cb);
+    }
+
   private:
     IMapper& host() { return *mGraphics.mHost.mapper; }
 

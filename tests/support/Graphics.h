@@ -93,6 +93,43 @@ class HookedMapper : public IMapper, public MapperHooks {
         return onGet ? onGet(cb) : real->get(buffer, type, cb);
     }
 
+    // No test stands in for these.
+    Return<Error> validateBufferSize(void* buffer, BufferDescriptorInfo const& info,
+                                     uint32_t stride) override {
+        return real->validateBufferSize(buffer, info, stride);
+    }
+    Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) override {
+        return real->getTransportSize(buffer, cb);
+    }
+    Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) override {
+        return real->flushLockedBuffer(buffer, cb);
+    }
+    Return<Error> rereadLockedBuffer(void* buffer) override {
+        return real->rereadLockedBuffer(buffer);
+    }
+    Return<void> isSupported(BufferDescriptorInfo const& info, isSupported_cb cb) override {
+        return real->isSupported(info, cb);
+    }
+    Return<Error> set(void* buffer, MetadataType const& type,
+                      hidl_vec<uint8_t> const& value) override {
+        return real->set(buffer, type, value);
+    }
+    Return<void> getFromBufferDescriptorInfo(BufferDescriptorInfo const& info,
+                                             MetadataType const& type,
+                                             getFromBufferDescriptorInfo_cb cb) override {
+        return real->getFromBufferDescriptorInfo(info, type, cb);
+    }
+    Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) override {
+        return real->listSupportedMetadataTypes(cb);
+    }
+    Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) override {
+        return real->dumpBuffer(buffer, cb);
+    }
+    Return<void> dumpBuffers(dumpBuffers_cb cb) override { return real->dumpBuffers(cb); }
+    Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) override {
+        return real->getReservedRegion(buffer, cb);
+    }
+
     /** The region of the latest lock: left, top, width, height. */
     std::vector<int> lockedRegion() const {
         return {lockRegion.left, lockRegion.top, lockRegion.width, lockRegion.height};

@@ -36,7 +36,7 @@ Error checkDescription(IMapper::BufferDescriptorInfo const& info) {
         return Error::BAD_VALUE;
     }
     std::optional<Layout> const layout = usualLayout(info.format);
-    if (!layout || info.layerCount > 1 || info.reservedSize != 0) {
+    if (!layout || info.layerCount > 1 || info.reservedSize > kLargestBuffer) {
         return Error::UNSUPPORTED;
     }
     if (layout == Layout::Blob && info.height != 1) {

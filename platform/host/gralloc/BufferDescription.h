@@ -9,7 +9,7 @@ namespace quen::host {
 
 /**
  * Whether such a buffer can be had: NONE; BAD_VALUE for an empty one and for a BLOB of more than
- * one row; UNSUPPORTED for an unknown format, several layers, reserved bytes, and one too large.
+ * one row; UNSUPPORTED for an unknown format, several layers, and one too large.
  */
 android::hardware::graphics::mapper::V4_0::Error checkDescription(
         android::hardware::graphics::mapper::V4_0::IMapper::BufferDescriptorInfo const& info);

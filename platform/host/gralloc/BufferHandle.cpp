@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "host/gralloc/BufferSettings.h"
+
 using android::hardware::graphics::common::V1_2::PixelFormat;
 
 namespace quen::host {
@@ -25,10 +27,11 @@ struct Integers {
     uint32_t id[2];   // low, high
     uint32_t usage[2];
     uint32_t size[2];
+    uint32_t reserved[2];
 };
 
 constexpr int kInts = sizeof(Integers) / sizeof(int);
-static_assert(kInts == 12 && alignof(Integers) == alignof(int), "integers only");
+static_assert(kInts == 14 && alignof(Integers) == alignof(int), "integers only");
 
 void split(uint64_t value, uint32_t (&halves)[2]) {
     halves[0] = static_cast<uint32_t>(value);
@@ -52,6 +55,17 @@ std::optional<BufferExtent> soundExtentOf(Integers const& integers) {
     return isSound ? extent : std::nullopt;
 }
 
+/** Whether the memory is as large as the buffer; its settings come with the first that is set. */
+bool hasMemoryOf(int memory, BufferFacts const& facts) {
+    struct stat status;
+    if (fstat(memory, &status) != 0) {
+        return false;
+    }
+    auto const size = static_cast<uint64_t>(status.st_size);
+    return size == wholeSize(facts) ||
+           (facts.reservedSize == 0 && size == facts.extent.sizeInBytes);
+}
+
 }  // namespace
 
 native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts) {
@@ -69,6 +83,7 @@ native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts) {
     split(facts.id, integers.id);
     split(facts.usage, integers.usage);
     split(facts.extent.sizeInBytes, integers.size);
+    split(facts.reservedSize, integers.reserved);
     handle->data[0] = memory;
     memcpy(&handle->data[kFds], &integers, sizeof(integers));
     return handle;
@@ -82,13 +97,13 @@ std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle) {
     Integers integers;
     memcpy(&integers, &handle->data[kFds], sizeof(integers));
     std::optional<BufferExtent> const extent = soundExtentOf(integers);
-    struct stat status;
-    if (!extent || fstat(handle->data[0], &status) != 0 ||
-        static_cast<uint64_t>(status.st_size) != extent->sizeInBytes) {
+    if (!extent || join(integers.reserved) > kLargestBuffer) {
         return std::nullopt;
     }
-    return BufferFacts{join(integers.id), integers.width,       integers.height, integers.format,
-                       integers.layout,   join(integers.usage), *extent};
+    BufferFacts const facts = {join(integers.id), integers.width,         integers.height,
+                               integers.format,   integers.layout,        join(integers.usage),
+                               *extent,           join(integers.reserved)};
+    return hasMemoryOf(handle->data[0], facts) ? std::make_optional(facts) : std::nullopt;
 }
 
 }  // namespace quen::host

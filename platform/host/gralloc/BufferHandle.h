@@ -19,6 +19,7 @@ struct BufferFacts {
     Layout layout;
     uint64_t usage;
     BufferExtent extent;
+    uint64_t reservedSize;  ///< bytes beside the picture, for clients
 };
 
 /**
@@ -34,7 +35,8 @@ native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts);
  * Reads a handle that makeBufferHandle made, or any copy of one: it is known by its integers.
  *
  * @param handle may be null
- * @return nothing for any other handle, and for one whose memory is not as large as it says
+ * @return nothing for any other handle, and for one whose memory is not as large as it says, with
+ *         the settings (BufferSettings.h) or without
  */
 std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle);
 

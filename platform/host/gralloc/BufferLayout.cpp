@@ -18,8 +18,10 @@ namespace {
 struct ComponentRule {
     Component type;
     uint32_t offsetInBits;
-    uint32_t bits;  // 0 ends a list
+    int32_t bits;  // 0 ends a list; kPacked where samples do not begin at whole steps
 };
+
+constexpr int32_t kPacked = -1;
 
 struct PlaneRule {
     uint32_t subsampling;  // pixels to a sample, either way; 0 ends a list
@@ -46,8 +48,8 @@ constexpr PlaneRule kRgba = {
 // In the order of Layout.
 constexpr LayoutRule kRules[] = {
         {1, 1, {{1, 8, {{Component::RAW, 0, 8}}}}},
-        {kRowAlignment, 4, {{1, 10, {{Component::RAW, 0, 10}}}}},
-        {kRowAlignment, 2, {{1, 12, {{Component::RAW, 0, 12}}}}},
+        {kRowAlignment, 4, {{1, 10, {{Component::RAW, 0, kPacked}}}}},
+        {kRowAlignment, 2, {{1, 12, {{Component::RAW, 0, kPacked}}}}},
         {kRowAlignment, 1, {{1, 16, {{Component::RAW, 0, 16}}}}},
         {kRowAlignment, 1, {kRgba}},
         {kRowAlignment, 1, {kLuma, kCbCr}},
@@ -149,7 +151,8 @@ std::vector<PlaneLayout> planesOf(Layout layout, uint32_t width, uint32_t height
         }
         PlaneLayout& plane = planes.emplace_back();
         plane.offsetInBytes = offset;
-        plane.sampleIncrementInBits = planeRule.sampleBits;
+        bool const isPacked = planeRule.components[0].bits == kPacked;
+        plane.sampleIncrementInBits = isPacked ? 0 : planeRule.sampleBits;
         plane.strideInBytes = static_cast<int64_t>(strideOf(rule, planeRule, rowBytes));
         plane.widthInSamples = static_cast<int64_t>(divideUp(width, planeRule.subsampling));
         plane.heightInSamples = static_cast<int64_t>(divideUp(height, planeRule.subsampling));

@@ -51,7 +51,10 @@ bool isYuv420(Layout layout);
  */
 std::optional<BufferExtent> extentOf(Layout layout, uint32_t width, uint32_t height);
 
-/** The planes of a picture that extentOf accepts. */
+/**
+ * The planes of a picture that extentOf accepts. Packed samples have an increment of 0 and a size
+ * of -1 bits: several share their bytes.
+ */
 std::vector<aidl::android::hardware::graphics::common::PlaneLayout> planesOf(Layout layout,
                                                                              uint32_t width,
                                                                              uint32_t height);

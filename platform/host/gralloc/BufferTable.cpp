@@ -4,21 +4,33 @@
 
 #include <utility>
 
+#include "host/gralloc/BufferSettings.h"
+
 namespace quen::host {
 
 ImportedBuffer::~ImportedBuffer() {
     if (mAddress != nullptr) {
-        munmap(mAddress, mFacts.extent.sizeInBytes);
+        munmap(mAddress, mappedSize());
     }
     native_handle_close(mHandle);
     native_handle_delete(mHandle);
 }
 
+/** Settings are read and written past the mapping; reserved bytes are a part of it. */
+uint64_t ImportedBuffer::mappedSize() const {
+    return mFacts.reservedSize != 0 ? wholeSize(mFacts) : mFacts.extent.sizeInBytes;
+}
+
+uint8_t* ImportedBuffer::mapReserved() {
+    uint8_t* const address = mFacts.reservedSize != 0 ? map() : nullptr;
+    return address == nullptr ? nullptr : address + reservedOffset(mFacts);
+}
+
 uint8_t* ImportedBuffer::map() {
     std::lock_guard<std::mutex> const guard(mMapLock);
     if (mAddress == nullptr) {
-        void* const address = mmap(nullptr, mFacts.extent.sizeInBytes, PROT_READ | PROT_WRITE,
-                                   MAP_SHARED, memory(), 0);
+        void* const address =
+                mmap(nullptr, mappedSize(), PROT_READ | PROT_WRITE, MAP_SHARED, memory(), 0);
         mAddress = address == MAP_FAILED ? nullptr : static_cast<uint8_t*>(address);
         // Whoever locks a picture goes through all of it, and its pages at one go take two thirds
         // of the time of their faults one by one, half of the time of two threads' faults together.
@@ -45,6 +57,21 @@ std::shared_ptr<ImportedBuffer> BufferTable::find(void const* handle) const {
     std::lock_guard<std::mutex> const guard(mLock);
     auto const found = mEntries.find(handle);
     return found == mEntries.end() ? nullptr : found->second.buffer;
+}
+
+std::shared_ptr<ImportedBuffer> BufferTable::findLocked(void const* handle) const {
+    std::lock_guard<std::mutex> const guard(mLock);
+    auto const found = mEntries.find(handle);
+    return found == mEntries.end() || found->second.locks == 0 ? nullptr : found->second.buffer;
+}
+
+std::vector<std::shared_ptr<ImportedBuffer>> BufferTable::all() const {
+    std::lock_guard<std::mutex> const guard(mLock);
+    std::vector<std::shared_ptr<ImportedBuffer>> result;
+    for (auto const& [handle, entry] : mEntries) {
+        result.push_back(entry.buffer);
+    }
+    return result;
 }
 
 bool BufferTable::remove(void const* handle) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include <cutils/native_handle.h>
 
@@ -34,13 +35,18 @@ class ImportedBuffer {
      * on. Null when it cannot be mapped.
      */
     uint8_t* map();
+
+    /** Address of the reserved bytes; null when there are none, or they cannot be mapped. */
+    uint8_t* mapReserved();
     bool isMapped() const;
 
   private:
+    uint64_t mappedSize() const;
+
     native_handle_t* const mHandle;
     BufferFacts const mFacts;
     mutable std::mutex mMapLock;
-    uint8_t* mAddress = nullptr;  // under mMapLock
+    uint8_t* mAddress = nullptr;  // guarded by mMapLock
 };
 
 /** How much is in use, to find what was forgotten. */
@@ -61,6 +67,11 @@ class BufferTable {
     /** Null when there is no such buffer. */
     std::shared_ptr<ImportedBuffer> find(void const* handle) const;
 
+    /** The same of a locked buffer only. */
+    std::shared_ptr<ImportedBuffer> findLocked(void const* handle) const;
+
+    std::vector<std::shared_ptr<ImportedBuffer>> all() const;
+
     /** @return false, nothing changed, when there is no such buffer or it is locked */
     bool remove(void const* handle);
 
@@ -79,7 +90,7 @@ class BufferTable {
     };
 
     mutable std::mutex mLock;
-    std::unordered_map<void const*, Entry> mEntries;  // under mLock
+    std::unordered_map<void const*, Entry> mEntries;  // guarded by mLock
 };
 
 }  // namespace quen::host

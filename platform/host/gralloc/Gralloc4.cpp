@@ -4,9 +4,15 @@
 #include <type_traits>
 #include <utility>
 
+using aidl::android::hardware::graphics::common::BlendMode;
+using aidl::android::hardware::graphics::common::Cta861_3;
+using aidl::android::hardware::graphics::common::Dataspace;
 using aidl::android::hardware::graphics::common::ExtendableType;
 using aidl::android::hardware::graphics::common::PlaneLayout;
 using aidl::android::hardware::graphics::common::PlaneLayoutComponent;
+using aidl::android::hardware::graphics::common::Rect;
+using aidl::android::hardware::graphics::common::Smpte2086;
+using aidl::android::hardware::graphics::common::XyColor;
 using android::hardware::hidl_vec;
 using android::hardware::graphics::common::V1_2::PixelFormat;
 using MetadataType = android::hardware::graphics::mapper::V4_0::IMapper::MetadataType;
@@ -22,7 +28,7 @@ class Encoder {
   public:
     Encoder() { mBytes.reserve(kUsualBytes); }
 
-    template <typename T, typename = std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>>
+    template <typename T, typename = std::enable_if_t<std::is_arithmetic_v<T> || std::is_enum_v<T>>>
     void put(T value) {
         append(&value, sizeof(value));
     }
@@ -50,6 +56,28 @@ class Encoder {
         put(plane.totalSizeInBytes);
         put(plane.horizontalSubsampling);
         put(plane.verticalSubsampling);
+    }
+    void put(Rect const& area) {
+        put(area.left);
+        put(area.top);
+        put(area.right);
+        put(area.bottom);
+    }
+    void put(XyColor const& color) {
+        put(color.x);
+        put(color.y);
+    }
+    void put(Smpte2086 const& display) {
+        put(display.primaryRed);
+        put(display.primaryGreen);
+        put(display.primaryBlue);
+        put(display.whitePoint);
+        put(display.maxLuminance);
+        put(display.minLuminance);
+    }
+    void put(Cta861_3 const& light) {
+        put(light.maxContentLightLevel);
+        put(light.maxFrameAverageLightLevel);
     }
     template <typename T>
     void put(std::vector<T> const& items) {
@@ -80,7 +108,7 @@ class Decoder {
     explicit Decoder(hidl_vec<uint8_t> const& bytes)
         : mNext(bytes.data()), mRemaining(bytes.size()) {}
 
-    template <typename T, typename = std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>>
+    template <typename T, typename = std::enable_if_t<std::is_arithmetic_v<T> || std::is_enum_v<T>>>
     bool take(T& value) {
         if (mRemaining < sizeof(value)) {
             return false;
@@ -108,6 +136,18 @@ class Decoder {
                take(plane.widthInSamples) && take(plane.heightInSamples) &&
                take(plane.totalSizeInBytes) && take(plane.horizontalSubsampling) &&
                take(plane.verticalSubsampling);
+    }
+    bool take(Rect& area) {
+        return take(area.left) && take(area.top) && take(area.right) && take(area.bottom);
+    }
+    bool take(XyColor& color) { return take(color.x) && take(color.y); }
+    bool take(Smpte2086& display) {
+        return take(display.primaryRed) && take(display.primaryGreen) &&
+               take(display.primaryBlue) && take(display.whitePoint) &&
+               take(display.maxLuminance) && take(display.minLuminance);
+    }
+    bool take(Cta861_3& light) {
+        return take(light.maxContentLightLevel) && take(light.maxFrameAverageLightLevel);
     }
     template <typename T>
     bool take(std::vector<T>& items) {
@@ -176,6 +216,34 @@ status_t decodeProperty(MetadataType const& type, hidl_vec<uint8_t> const& encod
     return OK;
 }
 
+template <typename T>
+status_t encodeProperty(MetadataType const& type, std::optional<T> const& value,
+                        hidl_vec<uint8_t>* encoded) {
+    if (encoded != nullptr && !value) {
+        *encoded = hidl_vec<uint8_t>();
+        return OK;
+    }
+    return value ? encodeProperty(type, *value, encoded) : status_t{BAD_VALUE};
+}
+
+template <typename T>
+status_t decodeProperty(MetadataType const& type, hidl_vec<uint8_t> const& encoded,
+                        std::optional<T>* value) {
+    if (value == nullptr) {
+        return BAD_VALUE;
+    }
+    T result{};
+    if (encoded.size() == 0) {
+        value->reset();
+        return OK;
+    }
+    status_t const error = decodeProperty(type, encoded, &result);
+    if (error == OK) {
+        *value = std::move(result);
+    }
+    return error;
+}
+
 }  // namespace
 
 bool isStandardMetadataType(MetadataType const& metadataType) {
@@ -183,7 +251,7 @@ bool isStandardMetadataType(MetadataType const& metadataType) {
 }
 
 bool isStandardPlaneLayoutComponentType(ExtendableType const& componentType) {
-    return componentType.name == GRALLOC4_PLANE_LAYOUT_COMPONENT_TYPE;
+    return componentType.name == GRALLOC4_STANDARD_PLANE_LAYOUT_COMPONENT_TYPE;
 }
 
 status_t encodeBufferId(uint64_t bufferId, hidl_vec<uint8_t>* encoded) {
@@ -249,6 +317,92 @@ status_t encodePlaneLayouts(std::vector<PlaneLayout> const& planeLayouts,
 status_t decodePlaneLayouts(hidl_vec<uint8_t> const& encoded,
                             std::vector<PlaneLayout>* planeLayouts) {
     return decodeProperty(MetadataType_PlaneLayouts, encoded, planeLayouts);
+}
+
+status_t encodePixelFormatFourCC(uint32_t value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_PixelFormatFourCC, value, encoded);
+}
+status_t decodePixelFormatFourCC(hidl_vec<uint8_t> const& encoded, uint32_t* value) {
+    return decodeProperty(MetadataType_PixelFormatFourCC, encoded, value);
+}
+
+status_t encodePixelFormatModifier(uint64_t value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_PixelFormatModifier, value, encoded);
+}
+status_t decodePixelFormatModifier(hidl_vec<uint8_t> const& encoded, uint64_t* value) {
+    return decodeProperty(MetadataType_PixelFormatModifier, encoded, value);
+}
+
+status_t encodeProtectedContent(uint64_t value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_ProtectedContent, value, encoded);
+}
+status_t decodeProtectedContent(hidl_vec<uint8_t> const& encoded, uint64_t* value) {
+    return decodeProperty(MetadataType_ProtectedContent, encoded, value);
+}
+
+status_t encodeCompression(ExtendableType const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Compression, value, encoded);
+}
+status_t decodeCompression(hidl_vec<uint8_t> const& encoded, ExtendableType* value) {
+    return decodeProperty(MetadataType_Compression, encoded, value);
+}
+
+status_t encodeInterlaced(ExtendableType const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Interlaced, value, encoded);
+}
+status_t decodeInterlaced(hidl_vec<uint8_t> const& encoded, ExtendableType* value) {
+    return decodeProperty(MetadataType_Interlaced, encoded, value);
+}
+
+status_t encodeChromaSiting(ExtendableType const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_ChromaSiting, value, encoded);
+}
+status_t decodeChromaSiting(hidl_vec<uint8_t> const& encoded, ExtendableType* value) {
+    return decodeProperty(MetadataType_ChromaSiting, encoded, value);
+}
+
+status_t encodeCrop(std::vector<Rect> const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Crop, value, encoded);
+}
+status_t decodeCrop(hidl_vec<uint8_t> const& encoded, std::vector<Rect>* value) {
+    return decodeProperty(MetadataType_Crop, encoded, value);
+}
+
+status_t encodeDataspace(Dataspace const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Dataspace, value, encoded);
+}
+status_t decodeDataspace(hidl_vec<uint8_t> const& encoded, Dataspace* value) {
+    return decodeProperty(MetadataType_Dataspace, encoded, value);
+}
+
+status_t encodeBlendMode(BlendMode const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_BlendMode, value, encoded);
+}
+status_t decodeBlendMode(hidl_vec<uint8_t> const& encoded, BlendMode* value) {
+    return decodeProperty(MetadataType_BlendMode, encoded, value);
+}
+
+status_t encodeSmpte2086(std::optional<Smpte2086> const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Smpte2086, value, encoded);
+}
+status_t decodeSmpte2086(hidl_vec<uint8_t> const& encoded, std::optional<Smpte2086>* value) {
+    return decodeProperty(MetadataType_Smpte2086, encoded, value);
+}
+
+status_t encodeCta861_3(std::optional<Cta861_3> const& value, hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Cta861_3, value, encoded);
+}
+status_t decodeCta861_3(hidl_vec<uint8_t> const& encoded, std::optional<Cta861_3>* value) {
+    return decodeProperty(MetadataType_Cta861_3, encoded, value);
+}
+
+status_t encodeSmpte2094_40(std::optional<std::vector<uint8_t>> const& value,
+                            hidl_vec<uint8_t>* encoded) {
+    return encodeProperty(MetadataType_Smpte2094_40, value, encoded);
+}
+status_t decodeSmpte2094_40(hidl_vec<uint8_t> const& encoded,
+                            std::optional<std::vector<uint8_t>>* value) {
+    return decodeProperty(MetadataType_Smpte2094_40, encoded, value);
 }
 
 }  // namespace android::gralloc4

@@ -11,6 +11,7 @@
 
 #include "host/gralloc/BufferDescription.h"
 #include "host/gralloc/BufferHandle.h"
+#include "host/gralloc/BufferSettings.h"
 
 using android::hardware::hidl_handle;
 using android::hardware::hidl_vec;
@@ -31,14 +32,14 @@ uint64_t nextBufferId() {
     return static_cast<uint64_t>(getpid()) << 32 | ++gLatest;
 }
 
-/** Memory of a fixed size: nobody may shrink it under a mapping. -1 when there is none. */
+/** Memory that nobody may shrink under a mapping. -1 when there is none. */
 int createMemory(std::string const& name, uint64_t size) {
     int const memory = memfd_create(name.c_str(), MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (memory < 0) {
         return -1;
     }
     if (ftruncate(memory, static_cast<off_t>(size)) != 0 ||
-        fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0) {
+        fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
         close(memory);
         return -1;
     }
@@ -48,7 +49,8 @@ int createMemory(std::string const& name, uint64_t size) {
 /** A handle that owns its memory; null when there is none. */
 hidl_handle createBuffer(std::string const& name, BufferFacts const& facts) {
     hidl_handle result;
-    int const memory = createMemory(name, facts.extent.sizeInBytes);
+    int const memory = createMemory(
+            name, facts.reservedSize != 0 ? wholeSize(facts) : facts.extent.sizeInBytes);
     if (memory < 0) {
         return result;
     }
@@ -83,8 +85,8 @@ Return<void> MemfdAllocator::allocate(hidl_vec<uint8_t> const& bufferDescriptor,
     IMapper::BufferDescriptorInfo info;
     Error error = decodeDescription(bufferDescriptor, info) ? checkDescription(info)
                                                             : Error::BAD_DESCRIPTOR;
-    if (error == Error::NONE && count == 0) {
-        error = Error::BAD_VALUE;
+    if (error == Error::BAD_VALUE) {
+        error = Error::BAD_DESCRIPTOR;  // no mapper gave it
     }
     if (error != Error::NONE) {
         cb(error, 0, {});
@@ -97,8 +99,9 @@ Return<void> MemfdAllocator::allocate(hidl_vec<uint8_t> const& bufferDescriptor,
 
     std::vector<hidl_handle> handles;
     for (uint32_t i = 0; i < count; ++i) {
-        hidl_handle handle = createBuffer(name, {nextBufferId(), info.width, info.height,
-                                                 info.format, layout, info.usage, extent});
+        hidl_handle handle =
+                createBuffer(name, {nextBufferId(), info.width, info.height, info.format, layout,
+                                    info.usage, extent, info.reservedSize});
         if (handle.getNativeHandle() == nullptr) {
             cb(Error::NO_RESOURCES, 0, {});
             return Void();

@@ -12,8 +12,8 @@
 namespace quen::host {
 
 /**
- * Allocates graphic buffers as shared memory: a memfd a buffer, sealed against a change of its
- * size, reading as zero. No buffer is ever used again. The rules of rows and planes are
+ * Allocates graphic buffers as shared memory: a memfd a buffer, sealed against shrinking,
+ * reading as zero. No buffer is ever used again. The rules of rows and planes are
  * BufferLayout.h's.
  *
  * Any thread; takes no lock.

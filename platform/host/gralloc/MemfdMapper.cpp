@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "host/gralloc/BufferDescription.h"
 #include "host/gralloc/StandardMetadata.h"
@@ -18,8 +19,11 @@ namespace quen::host {
 
 namespace {
 
-constexpr uint64_t kCpuUsages = static_cast<uint64_t>(BufferUsage::CPU_READ_MASK) |
-                                static_cast<uint64_t>(BufferUsage::CPU_WRITE_MASK);
+/** Whether the bits are some of the CPU's, and none besides. */
+bool isCpuUsage(uint64_t usage) {
+    constexpr uint64_t kCpuUsages = BufferUsage::CPU_READ_MASK | BufferUsage::CPU_WRITE_MASK;
+    return (usage & kCpuUsages) != 0 && (usage & ~kCpuUsages) == 0;
+}
 
 /** Whether [start, start + length) lies within [0, limit); empty areas do, too. */
 bool isWithin(int32_t start, int32_t length, uint32_t limit) {
@@ -109,7 +113,7 @@ MemfdMapper::Error MemfdMapper::lockBuffer(void const* buffer, uint64_t cpuUsage
     if (imported == nullptr) {
         return Error::BAD_BUFFER;
     }
-    if ((cpuUsage & kCpuUsages) == 0 || !isWithin(accessRegion, imported->facts()) ||
+    if (!isCpuUsage(cpuUsage) || !isWithin(accessRegion, imported->facts()) ||
         !waitFor(acquireFence)) {
         return Error::BAD_VALUE;
     }
@@ -142,6 +146,103 @@ MemfdMapper::Return<void> MemfdMapper::get(void* buffer, MetadataType const& met
                                 ? Error::BAD_BUFFER
                                 : encodeStandardMetadata(*imported, metadataType, encoded);
     cb(error, encoded);
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) {
+    cb(mTable.findLocked(buffer) == nullptr ? Error::BAD_BUFFER : Error::NONE, hidl_handle());
+    return Void();
+}
+
+MemfdMapper::Return<MemfdMapper::Error> MemfdMapper::rereadLockedBuffer(void* buffer) {
+    return mTable.findLocked(buffer) == nullptr ? Error::BAD_BUFFER : Error::NONE;
+}
+
+MemfdMapper::Return<MemfdMapper::Error> MemfdMapper::validateBufferSize(
+        void* buffer, BufferDescriptorInfo const& description, uint32_t rowPixels) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    if (imported == nullptr) {
+        return Error::BAD_BUFFER;
+    }
+    BufferFacts const& facts = imported->facts();
+    bool const fits =
+            checkDescription(description) == Error::NONE && description.format == facts.format &&
+            description.width <= facts.width && description.height <= facts.height &&
+            description.reservedSize <= facts.reservedSize && rowPixels <= facts.extent.rowPixels;
+    return fits ? Error::NONE : Error::BAD_VALUE;
+}
+
+MemfdMapper::Return<void> MemfdMapper::getTransportSize(void* buffer, getTransportSize_cb cb) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    if (imported == nullptr) {
+        cb(Error::BAD_BUFFER, 0, 0);
+        return Void();
+    }
+    cb(Error::NONE, static_cast<uint32_t>(imported->handle()->numFds),
+       static_cast<uint32_t>(imported->handle()->numInts));
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::isSupported(BufferDescriptorInfo const& description,
+                                                   isSupported_cb cb) {
+    cb(Error::NONE, checkDescription(description) == Error::NONE);
+    return Void();
+}
+
+MemfdMapper::Return<MemfdMapper::Error> MemfdMapper::set(void* buffer,
+                                                         MetadataType const& metadataType,
+                                                         hidl_vec<uint8_t> const& metadata) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    return imported == nullptr ? Error::BAD_BUFFER
+                               : setStandardMetadata(*imported, metadataType, metadata);
+}
+
+MemfdMapper::Return<void> MemfdMapper::getFromBufferDescriptorInfo(
+        BufferDescriptorInfo const& description, MetadataType const& metadataType,
+        getFromBufferDescriptorInfo_cb cb) {
+    hidl_vec<uint8_t> encoded;
+    Error const error = checkDescription(description) != Error::NONE
+                                ? Error::BAD_VALUE
+                                : encodeStandardMetadata(description, metadataType, encoded);
+    cb(error, encoded);
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::listSupportedMetadataTypes(
+        listSupportedMetadataTypes_cb cb) {
+    cb(Error::NONE, listStandardMetadata());
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::dumpBuffer(void* buffer, dumpBuffer_cb cb) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    if (imported == nullptr) {
+        cb(Error::BAD_BUFFER, BufferDump());
+        return Void();
+    }
+    cb(Error::NONE, dumpStandardMetadata(*imported));
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::dumpBuffers(dumpBuffers_cb cb) {
+    std::vector<BufferDump> dumps;
+    for (std::shared_ptr<ImportedBuffer> const& imported : mTable.all()) {
+        dumps.push_back(dumpStandardMetadata(*imported));
+    }
+    cb(Error::NONE, dumps);
+    return Void();
+}
+
+MemfdMapper::Return<void> MemfdMapper::getReservedRegion(void* buffer, getReservedRegion_cb cb) {
+    std::shared_ptr<ImportedBuffer> const imported = mTable.find(buffer);
+    if (imported == nullptr) {
+        cb(Error::BAD_BUFFER, nullptr, 0);
+        return Void();
+    }
+    uint64_t const size = imported->facts().reservedSize;
+    void* const region = imported->mapReserved();
+    bool const isThere = size == 0 || region != nullptr;
+    cb(isThere ? Error::NONE : Error::NO_RESOURCES, region, isThere ? size : 0);
     return Void();
 }
 

@@ -35,8 +35,26 @@ class MemfdMapper : public android::hardware::graphics::mapper::V4_0::IMapper {
                       hidl_handle const& acquireFence, lock_cb cb) override;
     Return<void> unlock(void* buffer, unlock_cb cb) override;
 
-    /** Tells the properties that StandardMetadata.h lists. */
+    /** There are no caches between the CPU and the memory: these answer only whether they may. */
+    Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) override;
+    Return<Error> rereadLockedBuffer(void* buffer) override;
+
+    Return<Error> validateBufferSize(void* buffer, BufferDescriptorInfo const& description,
+                                     uint32_t rowPixels) override;
+    Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) override;
+    Return<void> isSupported(BufferDescriptorInfo const& description, isSupported_cb cb) override;
+
+    /** The properties are those of StandardMetadata.h. */
     Return<void> get(void* buffer, MetadataType const& metadataType, get_cb cb) override;
+    Return<Error> set(void* buffer, MetadataType const& metadataType,
+                      android::hardware::hidl_vec<uint8_t> const& metadata) override;
+    Return<void> getFromBufferDescriptorInfo(BufferDescriptorInfo const& description,
+                                             MetadataType const& metadataType,
+                                             getFromBufferDescriptorInfo_cb cb) override;
+    Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) override;
+    Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) override;
+    Return<void> dumpBuffers(dumpBuffers_cb cb) override;
+    Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) override;
 
   private:
     Error importHandle(native_handle_t const* raw, void*& imported);

@@ -15,6 +15,12 @@ namespace {
 
 namespace gralloc4 = android::gralloc4;
 
+using aidl::android::hardware::graphics::common::ExtendableType;
+
+bool isSame(ExtendableType const& a, ExtendableType const& b) {
+    return a.value == b.value && a.name == b.name;
+}
+
 }  // namespace
 
 YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data) {
@@ -26,14 +32,14 @@ YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data) {
         int const step = static_cast<int>(plane.sampleIncrementInBits / 8);
         for (auto const& component : plane.components) {
             uint8_t const* const first = data + plane.offsetInBytes + component.offsetInBits / 8;
-            if (component.type == gralloc4::PlaneLayoutComponentType_Y) {
+            if (isSame(component.type, gralloc4::PlaneLayoutComponentType_Y)) {
                 planes.y = first;
                 planes.yStride = stride;
-            } else if (component.type == gralloc4::PlaneLayoutComponentType_CB) {
+            } else if (isSame(component.type, gralloc4::PlaneLayoutComponentType_CB)) {
                 planes.cb = first;
                 planes.chromaStride = stride;
                 planes.chromaStep = step;
-            } else if (component.type == gralloc4::PlaneLayoutComponentType_CR) {
+            } else if (isSame(component.type, gralloc4::PlaneLayoutComponentType_CR)) {
                 planes.cr = first;
                 crStride = stride;
                 crStep = step;

@@ -11,11 +11,6 @@ class ExtendableType {
   public:
     std::string name;
     int64_t value = 0;
-
-    bool operator==(ExtendableType const& other) const {
-        return value == other.value && name == other.name;
-    }
-    bool operator!=(ExtendableType const& other) const { return !(*this == other); }
 };
 
 }  // namespace aidl::android::hardware::graphics::common

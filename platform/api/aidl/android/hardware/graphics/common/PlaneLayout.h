@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <tuple>
 #include <vector>
 
 #include <aidl/android/hardware/graphics/common/PlaneLayoutComponent.h>
@@ -10,13 +9,6 @@ namespace aidl::android::hardware::graphics::common {
 
 /** Where one plane of a buffer lies, and what its samples consist of. */
 class PlaneLayout {
-  private:
-    auto tie() const {
-        return std::tie(components, offsetInBytes, sampleIncrementInBits, strideInBytes,
-                        widthInSamples, heightInSamples, totalSizeInBytes, horizontalSubsampling,
-                        verticalSubsampling);
-    }
-
   public:
     std::vector<PlaneLayoutComponent> components;
     int64_t offsetInBytes = 0;  ///< of the first sample, from the start of the buffer
@@ -27,9 +19,6 @@ class PlaneLayout {
     int64_t totalSizeInBytes = 0;
     int64_t horizontalSubsampling = 0;  ///< pixels of the picture to a sample
     int64_t verticalSubsampling = 0;
-
-    bool operator==(PlaneLayout const& other) const { return tie() == other.tie(); }
-    bool operator!=(PlaneLayout const& other) const { return !(*this == other); }
 };
 
 }  // namespace aidl::android::hardware::graphics::common

@@ -12,12 +12,6 @@ class PlaneLayoutComponent {
     ExtendableType type;
     int64_t offsetInBits = 0;  ///< from the start of the sample
     int64_t sizeInBits = 0;
-
-    bool operator==(PlaneLayoutComponent const& other) const {
-        return type == other.type && offsetInBits == other.offsetInBits &&
-               sizeInBits == other.sizeInBits;
-    }
-    bool operator!=(PlaneLayoutComponent const& other) const { return !(*this == other); }
 };
 
 }  // namespace aidl::android::hardware::graphics::common

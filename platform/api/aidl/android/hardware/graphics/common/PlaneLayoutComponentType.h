@@ -5,7 +5,7 @@
 namespace aidl::android::hardware::graphics::common {
 
 /** What the samples of a component are, as standardised. */
-enum class PlaneLayoutComponentType : int32_t {
+enum class PlaneLayoutComponentType : int64_t {
     Y = 1 << 0,
     CB = 1 << 1,
     CR = 1 << 2,

@@ -25,6 +25,9 @@ enum class StandardMetadataType : int64_t {
     CROP = 16,
     DATASPACE = 17,
     BLEND_MODE = 18,
+    SMPTE2086 = 19,
+    CTA861_3 = 20,
+    SMPTE2094_40 = 21,
 };
 
 }  // namespace aidl::android::hardware::graphics::common

@@ -24,10 +24,10 @@ struct IAllocator : public ::android::hidl::base::V1_0::IBase {
      * Makes buffers of one kind, all of them or none.
      *
      * @param bufferDescriptor from IMapper::createDescriptor
-     * @param count how many
+     * @param count how many; 0 gives none, with NONE
      * @param cb is called once, before the call returns, with the pixels from one row to the next
      *        and with raw handles, which are the allocator's: a copy keeps one. BAD_DESCRIPTOR,
-     *        BAD_VALUE, NO_RESOURCES, UNSUPPORTED
+     *        NO_RESOURCES, UNSUPPORTED
      */
     virtual Return<void> allocate(const hidl_vec<uint8_t>& bufferDescriptor, uint32_t count,
                                   allocate_cb cb) = 0;

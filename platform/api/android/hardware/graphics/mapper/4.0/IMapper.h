@@ -20,8 +20,6 @@ namespace android::hardware::graphics::mapper::V4_0 {
  * A raw handle is imported first; the buffer that an import gives is a native handle's address and
  * is good for the other operations until it is freed. A callback is called once, before its
  * operation returns, also on failure; what it is given is good during the call only.
- *
- * The operations that are seldom needed answer UNSUPPORTED unless an implementation writes them.
  */
 struct IMapper : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
@@ -101,23 +99,17 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
     /** Ends an import. BAD_BUFFER for anything but an imported buffer. */
     virtual Return<Error> freeBuffer(void* buffer) = 0;
 
-    /** Whether the buffer is as large as `description` and `stride` want it. */
-    virtual Return<Error> validateBufferSize(void* /*buffer*/,
-                                             const BufferDescriptorInfo& /*description*/,
-                                             uint32_t /*stride*/) {
-        return Error::UNSUPPORTED;
-    }
+    /** BAD_VALUE when the buffer is not as large as `description` and `stride` want it. */
+    virtual Return<Error> validateBufferSize(void* buffer, const BufferDescriptorInfo& description,
+                                             uint32_t stride) = 0;
 
-    /** How many descriptors and integers of the handle another process needs. */
-    virtual Return<void> getTransportSize(void* /*buffer*/, getTransportSize_cb cb) {
-        cb(Error::UNSUPPORTED, 0, 0);
-        return Void();
-    }
+    /** How many descriptors and integers of the handle another process needs. BAD_BUFFER. */
+    virtual Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) = 0;
 
     /**
      * Gives the CPU access to an area until `unlock`. Locks of one buffer nest.
      *
-     * @param cpuUsage CPU bits of BufferUsage
+     * @param cpuUsage CPU bits of BufferUsage, some, and no others
      * @param accessRegion all zero for the whole buffer
      * @param acquireFence null, or what to wait for first; stays the caller's
      * @param cb is given the address of the buffer, not of the area. BAD_BUFFER, BAD_VALUE,
@@ -134,48 +126,42 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
      */
     virtual Return<void> unlock(void* buffer, unlock_cb cb) = 0;
 
-    virtual Return<void> flushLockedBuffer(void* /*buffer*/, flushLockedBuffer_cb cb) {
-        cb(Error::UNSUPPORTED, hidl_handle());
-        return Void();
-    }
-    virtual Return<Error> rereadLockedBuffer(void* /*buffer*/) { return Error::UNSUPPORTED; }
+    /** Makes what the CPU wrote visible to others, the lock kept. As `unlock` otherwise. */
+    virtual Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) = 0;
+
+    /** Makes what others wrote visible to the CPU, the lock kept. BAD_BUFFER. */
+    virtual Return<Error> rereadLockedBuffer(void* buffer) = 0;
 
     /** Whether a buffer of that kind can be had. */
-    virtual Return<void> isSupported(const BufferDescriptorInfo& /*description*/,
-                                     isSupported_cb cb) {
-        cb(Error::UNSUPPORTED, false);
-        return Void();
-    }
+    virtual Return<void> isSupported(const BufferDescriptorInfo& description,
+                                     isSupported_cb cb) = 0;
 
     /** Tells a property, encoded as `gralloctypes/Gralloc4.h` does. BAD_BUFFER, UNSUPPORTED. */
     virtual Return<void> get(void* buffer, const MetadataType& metadataType, get_cb cb) = 0;
 
-    virtual Return<Error> set(void* /*buffer*/, const MetadataType& /*metadataType*/,
-                              const hidl_vec<uint8_t>& /*metadata*/) {
-        return Error::UNSUPPORTED;
-    }
-    virtual Return<void> getFromBufferDescriptorInfo(const BufferDescriptorInfo& /*description*/,
-                                                     const MetadataType& /*metadataType*/,
-                                                     getFromBufferDescriptorInfo_cb cb) {
-        cb(Error::UNSUPPORTED, {});
-        return Void();
-    }
-    virtual Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) {
-        cb(Error::UNSUPPORTED, {});
-        return Void();
-    }
-    virtual Return<void> dumpBuffer(void* /*buffer*/, dumpBuffer_cb cb) {
-        cb(Error::UNSUPPORTED, {});
-        return Void();
-    }
-    virtual Return<void> dumpBuffers(dumpBuffers_cb cb) {
-        cb(Error::UNSUPPORTED, {});
-        return Void();
-    }
-    virtual Return<void> getReservedRegion(void* /*buffer*/, getReservedRegion_cb cb) {
-        cb(Error::UNSUPPORTED, nullptr, 0);
-        return Void();
-    }
+    /**
+     * Changes a property, for every process that has the buffer. BAD_BUFFER; BAD_VALUE for what is
+     * settled with the allocation; UNSUPPORTED for what cannot be set, and for malformed bytes.
+     */
+    virtual Return<Error> set(void* buffer, const MetadataType& metadataType,
+                              const hidl_vec<uint8_t>& metadata) = 0;
+
+    /** Tells a property that buffers of that kind begin with. BAD_VALUE, UNSUPPORTED. */
+    virtual Return<void> getFromBufferDescriptorInfo(const BufferDescriptorInfo& description,
+                                                     const MetadataType& metadataType,
+                                                     getFromBufferDescriptorInfo_cb cb) = 0;
+
+    virtual Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) = 0;
+
+    /** Every property of a buffer, or of all that are imported in this process. BAD_BUFFER. */
+    virtual Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) = 0;
+    virtual Return<void> dumpBuffers(dumpBuffers_cb cb) = 0;
+
+    /**
+     * The bytes beside the picture that were asked for, shared by all processes that have the
+     * buffer; good until the buffer is freed. None were asked for: null and 0. BAD_BUFFER
+     */
+    virtual Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) = 0;
 
     /** Looks the service up; null when no such instance is registered. */
     static ::android::sp<IMapper> getService(const std::string& serviceName = "default",

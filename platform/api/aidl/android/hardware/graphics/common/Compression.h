@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace aidl::android::hardware::graphics::common {
+
+/** Compressions that are standardised. */
+enum class Compression : int64_t {
+    NONE = 0,
+    DISPLAY_STREAM_COMPRESSION = 1,
+};
+
+}  // namespace aidl::android::hardware::graphics::common

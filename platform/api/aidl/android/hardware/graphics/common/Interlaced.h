@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace aidl::android::hardware::graphics::common {
+
+/** Ways of interlacing that are standardised. */
+enum class Interlaced : int64_t {
+    NONE = 0,
+    TOP_BOTTOM = 1,
+    RIGHT_LEFT = 2,
+};
+
+}  // namespace aidl::android::hardware::graphics::common
