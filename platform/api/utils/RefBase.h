@@ -14,8 +14,8 @@ namespace android {
  * The object deletes itself with its last strong reference (sp); weak references (wp) outlive it
  * and tell that it is gone. A new object has no reference yet: the first strong one calls
  * onFirstRef, unless it comes of a promotion. Who deletes an object that never was held has to see
- * to it that no weak reference is left; the process aborts otherwise. Any thread may take and drop
- * references.
+ * to it that no weak reference is left: the process aborts otherwise, where some phones only log.
+ * Any thread may take and drop references.
  */
 class RefBase {
   public:
