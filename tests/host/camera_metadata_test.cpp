@@ -239,7 +239,8 @@ TEST(CameraMetadata, KnowsAndroidsTags) {
         uint8_t const items[8] = {};
         Metadata const metadata = owned(allocate_camera_metadata(1, 8));
         EXPECT_EQ(add_camera_metadata_entry(metadata.get(), info.tag, items, 1), 0);
-        EXPECT_NE(owned(allocate_copy_camera_metadata_checked(metadata.get(), 80)), nullptr);
+        size_t const size = get_camera_metadata_size(metadata.get());
+        EXPECT_NE(owned(allocate_copy_camera_metadata_checked(metadata.get(), size)), nullptr);
     }
     std::tuple<uint32_t, char const*, int> const facts[] = {
             {0x00010016, "android.control.aeCompensationStep", TYPE_RATIONAL},
