@@ -155,49 +155,56 @@ TEST(WeakReference, PromotesSafelyWhileTheLastReferenceGoes) {
 
 /**
  * Promotions of an object that nobody has held race with each other and with the first and last
- * strong reference of a further thread.
+ * strong reference of a further thread, which comes a little later each round.
  */
 TEST(WeakReference, PromotesSafelyWhileTheFirstReferenceComesAndGoes) {
-    constexpr int kPromoters = 2;
-    int const rounds = 3000;
-    std::vector<Life> lives(rounds);
+    constexpr int kRounds = 200000;
+    constexpr int kDelays = 64;
+    std::vector<Life> lives(kRounds);
     std::vector<Base*> objects;
     std::vector<wp<Base>> weaks;
-    std::vector<sp<Base>> promoted[kPromoters];
     for (Life& life : lives) {
         objects.push_back(new Base(life));
         weaks.emplace_back(objects.back());
     }
-    std::atomic<int> starting{kPromoters + 1};
-    auto const startTogether = [&] {
-        for (--starting; starting > 0;) {
-            std::this_thread::yield();
-        }
-    };
+    std::vector<sp<Base>> promoted[] = {std::vector<sp<Base>>(kRounds),
+                                        std::vector<sp<Base>>(kRounds)};
+    std::atomic<int> running{0};
+    std::atomic<int> current{-1};
     std::vector<std::thread> threads;
     for (std::vector<sp<Base>>& mine : promoted) {
         threads.emplace_back([&] {
-            startTogether();
-            for (wp<Base> const& weak : weaks) {
-                mine.push_back(weak.promote());
+            ++running;
+            for (int seen = -1; seen != kRounds - 1;) {
+                int const round = current;
+                if (round != seen) {
+                    mine[round] = weaks[round].promote();
+                    seen = round;
+                }
             }
         });
     }
-    startTogether();
-    for (Base* const object : objects) {
-        sp<Base> const first(object);
+    while (running != 2) {
+        std::this_thread::yield();
+    }
+    for (int round = 0; round < kRounds; ++round) {
+        current = round;
+        for (int volatile delay = round % kDelays; delay > 0;) {
+            delay = delay - 1;
+        }
+        sp<Base> const first(objects[round]);
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    for (int round = 0; round < rounds; ++round) {
-        int const held =
-                (promoted[0][round] == nullptr ? 0 : 1) + (promoted[1][round] == nullptr ? 0 : 1);
+    for (int round = 0; round < kRounds; ++round) {
+        int held = 0;
+        for (std::vector<sp<Base>> const& mine : promoted) {
+            held += mine[round] == nullptr ? 0 : 1;
+        }
         ASSERT_EQ(lives[round].ends, held == 0 ? 1 : 0);
         for (std::vector<sp<Base>>& mine : promoted) {
-            ASSERT_TRUE(mine[round] == nullptr || mine[round]->getStrongCount() == held);
-        }
-        for (std::vector<sp<Base>>& mine : promoted) {
+            ASSERT_TRUE(mine[round] == nullptr || mine[round]->getStrongCount() == held--);
             mine[round].clear();
         }
         ASSERT_EQ(lives[round].ends, 1);
