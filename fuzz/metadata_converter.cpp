@@ -4,7 +4,6 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -104,10 +103,15 @@ void convertAnyBytes(uint8_t const* data, size_t size) {
 
 /** A tag of the tables more often than not: only those can be added by their number alone. */
 uint32_t takeTag(FuzzedDataProvider& input) {
-    auto const tags = quen::host::allTags();
-    size_t const known = static_cast<size_t>(std::distance(tags.begin(), tags.end()));
-    size_t const choice = input.ConsumeIntegralInRange<size_t>(0, known + 7);
-    return choice < known ? tags.begin()[choice].tag : input.ConsumeIntegral<uint32_t>();
+    quen::host::TagRange const androids = quen::host::androidTags();
+    quen::host::TagRange const vendors = quen::host::vendorTags();
+    size_t const choice =
+            input.ConsumeIntegralInRange<size_t>(0, androids.size() + vendors.size() + 7);
+    if (choice < androids.size()) {
+        return androids[choice].tag;
+    }
+    size_t const place = choice - androids.size();
+    return place < vendors.size() ? vendors[place].tag : input.ConsumeIntegral<uint32_t>();
 }
 
 /** One change of the kind that clients make. Any of them may be refused, none may do harm. */
