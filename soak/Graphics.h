@@ -66,6 +66,8 @@ class BufferRing {
  */
 class Graphics final : public IMapper, public IAllocator {
   public:
+    using MapperError = android::hardware::graphics::mapper::V4_0::Error;
+
     Graphics();
 
     /** Makes this object the process's mapper and allocator. */
@@ -95,6 +97,55 @@ class Graphics final : public IMapper, public IAllocator {
     android::hardware::Return<void> unlock(void* buffer, unlock_cb cb) override;
     android::hardware::Return<void> get(void* buffer, MetadataType const& metadataType,
                                         get_cb cb) override;
+
+    // The library asks for none of these.
+    android::hardware::Return<MapperError> validateBufferSize(void*, BufferDescriptorInfo const&,
+                                                              uint32_t) override {
+        return MapperError::UNSUPPORTED;
+    }
+    android::hardware::Return<void> getTransportSize(void*, getTransportSize_cb cb) override {
+        cb(MapperError::UNSUPPORTED, 0, 0);
+        return android::hardware::Void();
+    }
+    android::hardware::Return<void> flushLockedBuffer(void*, flushLockedBuffer_cb cb) override {
+        cb(MapperError::UNSUPPORTED, {});
+        return android::hardware::Void();
+    }
+    android::hardware::Return<MapperError> rereadLockedBuffer(void*) override {
+        return MapperError::UNSUPPORTED;
+    }
+    android::hardware::Return<void> isSupported(BufferDescriptorInfo const&,
+                                                isSupported_cb cb) override {
+        cb(MapperError::UNSUPPORTED, false);
+        return android::hardware::Void();
+    }
+    android::hardware::Return<MapperError> set(
+            void*, MetadataType const&, android::hardware::hidl_vec<uint8_t> const&) override {
+        return MapperError::UNSUPPORTED;
+    }
+    android::hardware::Return<void> getFromBufferDescriptorInfo(
+            BufferDescriptorInfo const&, MetadataType const&,
+            getFromBufferDescriptorInfo_cb cb) override {
+        cb(MapperError::UNSUPPORTED, {});
+        return android::hardware::Void();
+    }
+    android::hardware::Return<void> listSupportedMetadataTypes(
+            listSupportedMetadataTypes_cb cb) override {
+        cb(MapperError::UNSUPPORTED, {});
+        return android::hardware::Void();
+    }
+    android::hardware::Return<void> dumpBuffer(void*, dumpBuffer_cb cb) override {
+        cb(MapperError::UNSUPPORTED, {});
+        return android::hardware::Void();
+    }
+    android::hardware::Return<void> dumpBuffers(dumpBuffers_cb cb) override {
+        cb(MapperError::UNSUPPORTED, {});
+        return android::hardware::Void();
+    }
+    android::hardware::Return<void> getReservedRegion(void*, getReservedRegion_cb cb) override {
+        cb(MapperError::UNSUPPORTED, nullptr, 0);
+        return android::hardware::Void();
+    }
 
   private:
     static constexpr size_t kImports = 4096;
