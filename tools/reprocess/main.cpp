@@ -20,7 +20,8 @@
 namespace quen::reprocess {
 namespace {
 
-// A file opened later must not become a standard stream by accident: messages would end up in it.
+// Opens /dev/null for standard streams that are closed: a file opened later would take their place,
+// and messages would end up in it.
 void occupyStandardDescriptors() {
     int fd = 0;
     do {
@@ -31,7 +32,7 @@ void occupyStandardDescriptors() {
     }
 }
 
-// The platform that the library finds: what a phone's services and properties are.
+// Registers the services and sets the properties that the library finds on a phone.
 void startPlatform(Options const& options, std::shared_ptr<Report> const& report) {
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
@@ -49,7 +50,7 @@ int run(int argc, char** argv) {
         return exitCode;
     }
     try {
-        RequestMetadata(options->request, 0, 0);  // wrong assignments are wrong for every file
+        RequestMetadata(options->request, 0, 0);  // checks the assignments once for all files
     } catch (Failure const& failure) {
         std::fprintf(stderr, "quen-reprocess: %s\n", failure.what());
         return kUsage;

@@ -13,7 +13,7 @@ namespace quen::host {
 
 namespace {
 
-/** The exception that ends the work; of several, the last. Any thread. */
+/** The exception that stops the work; of several, the last. Thread-safe. */
 class Failure {
   public:
     void keepCurrentException() {
@@ -33,7 +33,7 @@ class Failure {
     std::exception_ptr mException HOST_GUARDED_BY(mLock);
 };
 
-/** Starts threads until the system refuses one: whatever there is then does the work. */
+/** Starts up to `count` threads; fewer when the system refuses one. */
 template <typename Work>
 std::vector<std::thread> startThreads(int count, Work const& work) {
     std::vector<std::thread> threads;

@@ -5,11 +5,11 @@
 namespace quen::host {
 
 /**
- * Does pieces of work on as many threads as there are processors, the caller's among them, and
- * returns when all are done. An exception of a piece ends the others early and is thrown here.
+ * Runs pieces of work on as many threads as there are processors, the caller's included, and
+ * returns when all are done. An exception from a piece stops the others early and is rethrown here.
  *
  * @param count pieces
- * @param makeWorker called once a thread, on it; what it returns does one piece, given its index
+ * @param makeWorker called once on each thread; returns what runs the piece of an index
  */
 void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker);
 

@@ -9,16 +9,15 @@
 namespace quen::reprocess {
 
 /**
- * Frees buffers on another thread: giving a large picture's memory back takes the system a while,
- * and whoever is done with it has other things to do.
+ * Frees buffers on another thread: unmapping a large picture takes the system a while.
  *
- * One thread at a time. The destructor waits for what is being freed.
+ * Not thread-safe. The destructor waits until the last buffer is freed.
  */
 class BackgroundRelease {
   public:
-    /** Waits for the buffer before this one. */
+    /** Starts to free a buffer; waits until the previous one is freed. */
     void release(std::unique_ptr<ClientBuffer> buffer) {
-        // Where no thread is to be had, the buffer goes with the future.
+        // Without a thread, the buffer is freed with the future.
         mLatest = std::async([held = std::move(buffer)]() mutable { held.reset(); });
     }
 

@@ -46,7 +46,7 @@ void scaleRow(uint16_t const* in, uint32_t width, int fromBits, int toBits, uint
     }
 }
 
-// Writes rows of one image; one thread at a time.
+// Writes rows of one image. Not thread-safe.
 class RowWriter {
   public:
     RowWriter(BayerImage const& image, int bits, uint32_t width, RawTarget target)
@@ -96,13 +96,13 @@ class RowWriter {
 
 void writeBayerRows(BayerImage const& image, int bits, uint32_t width, uint32_t height,
                     RawTarget target, uint8_t* out, size_t outStride) {
-    constexpr uint32_t kRowsAPiece = 64;
-    uint32_t const pieces = (height + kRowsAPiece - 1) / kRowsAPiece;
+    constexpr uint32_t kRowsPerPiece = 64;
+    uint32_t const pieces = (height + kRowsPerPiece - 1) / kRowsPerPiece;
     host::inParallel(static_cast<int>(pieces), [&] {
         auto const writer = std::make_shared<RowWriter>(image, bits, width, target);
         return [&, writer](int piece) {
-            uint32_t const first = static_cast<uint32_t>(piece) * kRowsAPiece;
-            for (uint32_t y = first; y < std::min(first + kRowsAPiece, height); ++y) {
+            uint32_t const first = static_cast<uint32_t>(piece) * kRowsPerPiece;
+            for (uint32_t y = first; y < std::min(first + kRowsPerPiece, height); ++y) {
                 writer->write(y, out + y * outStride);
             }
         };

@@ -7,7 +7,7 @@
 
 namespace quen::reprocess {
 
-/** How the ISP gets a mosaic. */
+/** The format that the ISP gets a mosaic in. */
 struct RawTarget {
     bool raw16;  ///< words of 16 bits, else packed RAW10
     int bits;    ///< depth of the samples: 10 when packed
@@ -17,7 +17,7 @@ struct RawTarget {
  * Writes a mosaic into an ISP buffer, at the buffer's depth. Samples of fewer bits are scaled up,
  * those of more are rounded.
  *
- * @param width, height the part that is wanted, from the top left; a multiple of 4 wide for RAW10
+ * @param width, height the part to write, from the top left; the width a multiple of 4 for RAW10
  * @param out rows of `outStride` bytes
  */
 void writeBayerRows(BayerImage const& image, int bits, uint32_t width, uint32_t height,

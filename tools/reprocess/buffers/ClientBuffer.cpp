@@ -24,7 +24,7 @@ using android::hardware::graphics::mapper::V4_0::IMapper;
 constexpr uint64_t kUsage = 0x60033;
 constexpr uint64_t kCpuUsage = 0x33;
 
-// Reads the outcome of a call: its transport's, then its own.
+// Throws when the transport of a call failed, or the call itself.
 template <typename R>
 void check(R const& call, Error error, char const* problem) {
     if (!call.isOk()) {

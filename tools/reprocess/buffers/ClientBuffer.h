@@ -13,9 +13,9 @@
 namespace quen::reprocess {
 
 /**
- * A graphic buffer of the client's: allocated, imported for the client's own access, freed with the
- * object. What goes to the library is the allocator's raw handle: the library may free the handle
- * it is given, which an allocator's handle survives and an imported one would not.
+ * A graphic buffer of the client: allocated, imported for the client's own access, freed with the
+ * object. The library gets the allocator's raw handle: it may free the handle it is given, which
+ * has no effect on a raw handle but would end an imported one.
  *
  * Not thread-safe.
  */
@@ -38,22 +38,22 @@ class ClientBuffer {
         uint8_t* mData;
     };
 
-    /** @throws Failure when there is no such buffer to be had */
+    /** @throws Failure when the buffer cannot be allocated or imported */
     ClientBuffer(uint32_t width, uint32_t height, int32_t format);
     ~ClientBuffer();
     ClientBuffer(ClientBuffer const&) = delete;
     ClientBuffer& operator=(ClientBuffer const&) = delete;
 
-    /** The raw handle; stays the buffer's. */
+    /** The raw handle; the buffer keeps owning it. */
     native_handle* handle() const;
 
-    /** Bytes that a mapping of the buffer has. */
+    /** Bytes of a mapping of the buffer. */
     size_t size() const { return mSize; }
 
     /** @throws Failure when the mapper refuses */
     Lock lock() const;
 
-    /** @throws Failure when the mapper does not tell */
+    /** Plane layouts. @throws Failure when the mapper fails */
     std::vector<aidl::android::hardware::graphics::common::PlaneLayout> planes() const;
 
   private:

@@ -7,7 +7,7 @@
 #include "buffers/Product.h"
 #include "inputs/Capture.h"
 
-// The buffers that a picture passes through on its way from a capture to a product.
+// The buffers of a picture between its capture and its product.
 namespace quen::reprocess {
 
 /**
@@ -23,14 +23,14 @@ void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget targe
  * The library reads a picture to encode as it lies in the mapping, without a stride, so the buffer
  * is one of plain bytes: the rows of a picture's buffer may be padded by the allocator.
  *
- * @throws Failure when there is no such buffer to be had
+ * @throws Failure when it cannot be allocated
  */
 std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture);
 
 /**
  * Packs a developed picture as NV21: in its own buffer where possible, else in another one.
  *
- * @throws Failure when the picture is no 4:2:0 of 8 bits, or there is no buffer to be had
+ * @throws Failure when the picture is no 4:2:0 of 8 bits, or no buffer can be allocated
  */
 std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
                                               Capture const& capture);

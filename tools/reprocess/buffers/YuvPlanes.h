@@ -17,12 +17,12 @@ struct YuvPlanes {
     int chromaStep;  ///< bytes from one chroma sample to the next: 1 planar, 2 interleaved
 };
 
-/** @throws Failure when the layout is no 4:2:0 of 8 bits */
+/** Locates the samples of a locked buffer. @throws Failure when the layout is no 4:2:0 of 8 bits */
 YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data);
 
 /**
- * Whether packNv21 may write a picture over itself, to where its buffer begins: when it only moves
- * rows towards the front. Nothing is faster than memory that is there already.
+ * Whether packNv21 may pack a picture in its own buffer: when rows only move towards the front.
+ * Saves the page faults of a second buffer.
  */
 bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data);
 

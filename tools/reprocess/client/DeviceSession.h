@@ -12,18 +12,18 @@ namespace quen::reprocess {
 
 /**
  * One device object of the library, for one request with one input and one output: created with the
- * streams of the request's own buffers, destroyed with the object.
+ * streams of the request's buffers, destroyed with the object.
  *
- * The stages of a picture have a session each: a request may only be submitted when the result
- * before it has been handled to the end, and destroying the device is what says so.
+ * Each stage of a picture has a session of its own: a request may only be submitted once the
+ * previous result is completely handled, which destroying the device guarantees.
  */
 class DeviceSession {
   public:
     /**
      * @param input, output kept for the request; the buffers must outlive the session
-     * @param metadata the request's, which the session's is taken from; must outlive the session;
-     * the library changes the 3A index in it
-     * @param watch takes the times of create, process, wait and destroy
+     * @param metadata of the request, the session metadata is taken from it; must outlive the
+     * session; the library overwrites the 3A index in it
+     * @param watch measures create, process, wait and destroy
      */
     DeviceSession(ImageBuffer const& input, ImageBuffer const& output,
                   RequestMetadata const& metadata, Stopwatch& watch);
@@ -34,13 +34,13 @@ class DeviceSession {
     /** Submits the request with a callback of the session's own. */
     void submit(int32_t frameNumber);
 
-    /** What the callback is told; none, and the device flushed, when nothing comes in time. */
+    /** The result that the callback got; none after the time-out, when the device is flushed. */
     std::optional<ClientResult> wait(int timeoutSeconds);
 
     /**
      * Submits the request without a callback; the library waits.
      *
-     * @return the JPEG's size, or what else `quenOfflineDevice::process` answers
+     * @return the size of the JPEG, or what `quenOfflineDevice::process` returns otherwise
      */
     int processAndWait(int32_t frameNumber);
 

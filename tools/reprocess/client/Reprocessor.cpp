@@ -31,7 +31,7 @@ ImageBuffer imageBuffer(int32_t streamId, int32_t format, size_t size, Capture c
     return image;
 }
 
-// Sizes travel as int32.
+// Buffer sizes are int32 in a request.
 void checkSize(Capture const& capture) {
     size_t const largest = size_t{3} * capture.width * capture.height + (1 << 20);
     if (largest > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
@@ -41,7 +41,7 @@ void checkSize(Capture const& capture) {
     }
 }
 
-// The depth that the library will ask of the ISP for a buffer of either kind.
+// The raw format of a capture: the depth is the one that the library requests from the ISP for it.
 RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
                     RequestMetadata const& metadata) {
     bool const fitsRaw10 = capture.calibration.levelBits <= 10 && capture.width % 4 == 0;
@@ -54,7 +54,7 @@ RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
 
 }  // namespace
 
-/** What "RAW2YUV" leaves: the picture, and metadata that leads to the capture's tuning data. */
+/** The result of "RAW2YUV": the picture, and metadata with the index of its 3A buffer. */
 struct Reprocessor::Developed {
     std::unique_ptr<ClientBuffer> picture;
     RequestMetadata metadata;
@@ -126,7 +126,7 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
     {
         DeviceSession session(input, output, metadata, watch);
         session.submit(mFrameNumber);
-        // The library does not tell a client of a refusal; waiting for an answer would be in vain.
+        // The library does not report a refusal: no result would come.
         if (mReport.outcome() != Report::Outcome::Refused) {
             result = session.wait(mOptions.timeoutSeconds);
         }
@@ -142,7 +142,7 @@ Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& w
 
 Product Reprocessor::encode(ClientBuffer const& picture, Capture const& capture,
                             RequestMetadata& metadata, Stopwatch& watch) {
-    // More than any JPEG of the size takes; memory that is not written to costs nothing.
+    // More than any JPEG of the size takes; pages never written cost nothing.
     uint32_t const size = 3 * capture.width * capture.height + (1 << 16);
     auto const jpeg = std::make_shared<ClientBuffer>(size, 1, HAL_PIXEL_FORMAT_BLOB);
     ImageBuffer const input =

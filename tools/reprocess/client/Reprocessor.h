@@ -15,8 +15,8 @@
 namespace quen::reprocess {
 
 /**
- * Takes captures along the library's road: a mosaic through "RAW2YUV", a picture through
- * "YUV2JPEG", with as many of the two as its way to the wanted output has.
+ * Sends captures through the library: a mosaic through "RAW2YUV", and on through "YUV2JPEG" when a
+ * JPEG is wanted; a picture through "YUV2JPEG".
  *
  * One thread at a time in a process: the library hands JPEGs over through process-wide state.
  */
@@ -26,7 +26,9 @@ class Reprocessor {
     Reprocessor(RequestOptions const& options, Report& report);
 
     /**
-     * @param watch takes the times of the legs
+     * Makes the product of a capture.
+     *
+     * @param watch measures the legs
      * @throws Failure, without the input's name
      */
     Product run(Capture const& capture, OutputKind kind, Stopwatch& watch);
@@ -42,7 +44,7 @@ class Reprocessor {
     RequestOptions const& mOptions;
     Report& mReport;
     int32_t mFrameNumber = 0;
-    BackgroundRelease mDone;  // buffers that nobody needs any more
+    BackgroundRelease mDone;  // buffers no longer in use
 };
 
 }  // namespace quen::reprocess

@@ -6,7 +6,7 @@
 namespace quen::reprocess {
 namespace {
 
-// Room for what a client sends; more is made when assignments need it.
+// Enough for what a client sends; grows when assignments need more.
 constexpr size_t kEntries = 32;
 constexpr size_t kDataBytes = 1024;
 

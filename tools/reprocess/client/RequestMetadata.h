@@ -12,7 +12,7 @@
 
 namespace quen::reprocess {
 
-/** The tags that this client writes or reads itself. */
+/** The tags that this client writes or reads. */
 enum RequestTag : uint32_t {
     kTagJpegOrientation = ANDROID_JPEG_ORIENTATION,
     kTagJpegQuality = ANDROID_JPEG_QUALITY,
@@ -30,8 +30,8 @@ enum RequestTag : uint32_t {
 class RequestMetadata {
   public:
     /**
-     * What a camera client sends with every request, then the assignments of the command line in
-     * their order.
+     * Sets what a camera client sends with every request, then the assignments of the command
+     * line in their order.
      *
      * @param orientation degrees clockwise
      * @throws Failure when an assignment is wrong
@@ -41,14 +41,14 @@ class RequestMetadata {
     camera_metadata* get() const { return mData.get(); }
 
     /**
-     * What the session of this request says of itself: the camera, and the UI mode, so that the
-     * first configuration is the one that the request needs. Nothing else: a device that refuses a
-     * configuration ends the process, one that refuses a request only fails that.
+     * The metadata of the session: the camera and the UI mode, so that the first configuration
+     * suits the request. Nothing else: a refused configuration ends the process, a refused request
+     * fails only itself.
      */
     RequestMetadata sessionMetadata() const;
 
     /**
-     * Sets a tag, in place of what it had.
+     * Sets a tag; replaces its previous items.
      *
      * @param items packed as the tag's type says
      * @throws Failure for a tag whose type is not known
@@ -56,7 +56,7 @@ class RequestMetadata {
     void set(uint32_t tag, void const* items, size_t count);
     void setInt32(uint32_t tag, int32_t value) { set(tag, &value, 1); }
 
-    /** A tag's first item; none when it is absent or no int32. */
+    /** The first item of a tag; none when it is absent or not int32. */
     std::optional<int32_t> int32At(uint32_t tag) const;
 
   private:

@@ -6,7 +6,7 @@
 
 namespace quen::reprocess {
 
-/** What the requests carry. */
+/** The contents of the requests. */
 struct RequestOptions {
     bool raw16 = false;  ///< RAW16 buffers whatever the depth of the samples
     int64_t mode = 0;

@@ -12,7 +12,7 @@
 
 namespace quen::reprocess {
 
-/** What the library told of a request. */
+/** The result of a request, as the library reported it. */
 struct ClientResult {
     struct Free {
         void operator()(camera_metadata* data) const { free_camera_metadata(data); }
@@ -22,13 +22,13 @@ struct ClientResult {
     std::unique_ptr<camera_metadata, Free> metadata;  ///< null when none came
 };
 
-/** The client's end of the library: keeps the one result that it waits for. Any thread. */
+/** The client's callback: keeps the one result that it waits for. Thread-safe. */
 class ResultWaiter
     : public vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback {
   public:
     using Status = vendor::quen::hardware::camera::quenpostproc::V1_0::Status;
 
-    /** The result; none when the time is up before it is there. */
+    /** Waits for the result; none when the time is up first. */
     std::optional<ClientResult> waitFor(std::chrono::seconds limit);
 
     android::hardware::Return<void> notifyRequestResult(uint32_t requestNumber,

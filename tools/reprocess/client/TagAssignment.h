@@ -7,7 +7,7 @@
 
 namespace quen::reprocess {
 
-/** A tag and the items it is to have, packed as the tag's type says. */
+/** A tag and its new items, packed as the type of the tag requires. */
 struct TagAssignment {
     uint32_t tag = 0;
     std::vector<uint8_t> items;
@@ -15,9 +15,8 @@ struct TagAssignment {
 };
 
 /**
- * Reads "TAG=VALUE[,VALUE...]". The tag is a name or a 0x id; its type, of the tag tables, says
- * what the values are: whole numbers (decimal or 0x), fractions as N/D for rationals, decimals
- * otherwise.
+ * Parses "TAG=VALUE[,VALUE...]". The tag is a name or a 0x id. Its type decides what the values
+ * are: whole numbers (decimal or 0x), fractions N/D for rationals, decimals otherwise.
  *
  * @throws Failure naming the part that is wrong
  */

@@ -30,18 +30,19 @@ void checkNotItself(Job const& job) {
     }
 }
 
-// One line for a picture that is done.
+// The line printed for a finished picture.
 std::string doneLine(Job const& job, Capture const& capture, size_t bytes, double seconds) {
     return format("%s -> %s  %ux%u  %s  %.2f s", job.input.c_str(), job.output.c_str(),
                   capture.width, capture.height, bytesText(bytes).c_str(), seconds);
 }
 
-/** Takes the jobs one after the other and counts those that failed. */
+/** Runs jobs one at a time, and prints what became of each. */
 class Batch {
   public:
     Batch(Options const& options, Reprocessor& reprocessor, Report& report, Progress& progress)
         : mOptions(options), mReprocessor(reprocessor), mReport(report), mProgress(progress) {}
 
+    /** @return whether the job succeeded */
     bool run(Job const& job) {
         Stopwatch watch;
         std::string problem;

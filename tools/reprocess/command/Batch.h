@@ -7,10 +7,9 @@
 namespace quen::reprocess {
 
 /**
- * Reprocesses every input of the command line, each on its own: one that fails does not stop the
- * rest.
+ * Reprocesses every input of the command line. One that fails does not stop the others.
  *
- * @return the process' exit code
+ * @return the exit code of the process
  */
 int runBatch(Options const& options, Reprocessor& reprocessor, Report& report);
 

@@ -2,7 +2,7 @@
 
 namespace quen::reprocess {
 
-/** What the process ends with; --help says the same. */
+/** Exit codes of the process, as --help lists them. */
 enum ExitCode {
     kAllGood = 0,
     kSomeFailed = 1,

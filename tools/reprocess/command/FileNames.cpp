@@ -16,7 +16,7 @@ struct OutputName {
     OutputKind kind;
 };
 
-// The first of a kind is the one that files in a folder get.
+// Files in a folder get the first extension of their kind.
 constexpr OutputName kOutputNames[] = {
         {".jpg", OutputKind::Jpeg},
         {".jpeg", OutputKind::Jpeg},

@@ -8,10 +8,10 @@
 
 namespace quen::reprocess {
 
-/** What a file of this name holds; none when its ending does not tell. */
+/** The kind of output that a file name asks for; none for another extension. */
 std::optional<OutputKind> outputKindOf(std::string const& path);
 
-/** One input and where its picture goes. */
+/** One input, and the output to make of it. */
 struct Job {
     std::string input;
     std::string output;
@@ -19,11 +19,11 @@ struct Job {
 };
 
 /**
- * Where each input's picture goes: to the output itself when one input meets a file's name,
- * otherwise into a folder, under the input's name with the ending of what is made. Inputs whose
- * names would meet there are told apart by a number. The folder is made when it is missing.
+ * Names the output of every input. One input goes to the output itself when that names a file.
+ * Otherwise the output is a folder, created when missing: a picture there has the name of its input
+ * with the extension of its kind, and a number where two inputs share a name.
  *
- * @throws Failure when the output does not tell what to make, or the folder cannot be made
+ * @throws Failure when the kind of the output is unclear, or the folder cannot be created
  */
 std::vector<Job> planJobs(Options const& options);
 

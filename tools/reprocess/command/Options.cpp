@@ -59,7 +59,7 @@ std::map<std::string, OutputKind> const kOutputNames = {
         {"yuv", OutputKind::I420},
 };
 
-// CLI11's help, with the two ways to call spelled out and single empty lines.
+// CLI11's help, with both usage lines and without double empty lines.
 class HelpFormatter : public CLI::Formatter {
   public:
     std::string make_usage(CLI::App const*, std::string) const override {
@@ -77,7 +77,7 @@ class HelpFormatter : public CLI::Formatter {
     }
 };
 
-// What an option takes is in its type name already; the checks need not say it again.
+// The checks have no description: the type name of an option states its values.
 template <typename Names>
 CLI::Validator oneOf(Names const& names) {
     return CLI::IsMember(names, CLI::ignore_case).description("");
@@ -87,14 +87,14 @@ CLI::Validator range(int least, int most) {
     return CLI::Range(least, most).description("");
 }
 
-// The whole of a text as one number, nothing else.
+// Parses a text that is one number and nothing else.
 template <typename T>
 bool parseNumber(std::string_view text, T& value) {
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// Numbers with a separator between them; none when the text is anything else.
+// Parses numbers with a separator between them; empty when the text is anything else.
 template <typename T>
 std::vector<T> parseList(std::string_view text, char separator) {
     std::vector<T> values;
@@ -186,8 +186,7 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
 
 constexpr char kRequestGroup[] = "What the request carries";
 
-// A whole number of any bit pattern, which CLI11's own reading would cut off at the largest signed
-// one.
+// An option that takes any bit pattern of its type; CLI11 rejects those above the signed maximum.
 template <typename T>
 CLI::Option* addWhole(CLI::App& app, char const* name, T& value, char const* description) {
     auto const read = [name, &value](std::string const& text) {
@@ -243,7 +242,7 @@ void addReportOptions(CLI::App& app, Options& options) {
             ->group(kGroup);
 }
 
-// What CLI11 cannot see: options that need each other.
+// Checks options that depend on each other, which CLI11 does not.
 void checkTogether(Options const& options) {
     if (options.demo) {
         if (!options.inputs.empty()) {

@@ -25,10 +25,10 @@ struct Options {
 /**
  * Reads the command line.
  *
- * Help is printed to standard output, a wrong line's error to standard error.
+ * Prints help to standard output, errors to standard error.
  *
- * @param exitCode set when nothing is left to do
- * @return the options, none when the process should end with `exitCode`
+ * @param exitCode set when there are no options
+ * @return the options; none when the process should end with `exitCode`
  */
 std::optional<Options> parseOptions(int argc, char** argv, int& exitCode);
 

@@ -35,10 +35,10 @@ void writeAll(int fd, Bytes bytes) {
     }
 }
 
-// A file under a passing name, gone again unless it has taken its true one.
-class PassingFile {
+// A file under a temporary name, removed unless it gets its final name.
+class TemporaryFile {
   public:
-    explicit PassingFile(fs::path const& target)
+    explicit TemporaryFile(fs::path const& target)
         : mName((target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string()),
           mFd(::mkostemp(mName.data(), O_CLOEXEC)) {
         if (mFd < 0) {
@@ -47,7 +47,7 @@ class PassingFile {
         }
     }
 
-    ~PassingFile() {
+    ~TemporaryFile() {
         if (mFd >= 0) {
             ::close(mFd);
         }
@@ -56,12 +56,12 @@ class PassingFile {
         }
     }
 
-    PassingFile(PassingFile const&) = delete;
-    PassingFile& operator=(PassingFile const&) = delete;
+    TemporaryFile(TemporaryFile const&) = delete;
+    TemporaryFile& operator=(TemporaryFile const&) = delete;
 
     int fd() const { return mFd; }
 
-    void takeName(fs::path const& target) {
+    void renameTo(fs::path const& target) {
         mode_t const mask = ::umask(0);
         ::umask(mask);
         if (::fchmod(mFd, 0666 & ~mask) != 0) {
@@ -99,7 +99,7 @@ void writeToDevice(fs::path const& path, Bytes bytes) {
     }
 }
 
-// The name behind links, whether there is a file of that name or not.
+// Follows links; the file at the end need not exist.
 fs::path followLinks(fs::path path) {
     constexpr int kMostLinks = 40;
     std::error_code error;
@@ -122,9 +122,9 @@ void writeOutputFile(std::string const& path, Bytes bytes) {
         writeToDevice(target, bytes);
         return;
     }
-    PassingFile file(target);
+    TemporaryFile file(target);
     writeAll(file.fd(), bytes);
-    file.takeName(target);
+    file.renameTo(target);
 }
 
 }  // namespace quen::reprocess

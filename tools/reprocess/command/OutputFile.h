@@ -7,10 +7,10 @@
 namespace quen::reprocess {
 
 /**
- * Writes a file whole or not at all: under another name in the same folder first, then renamed over
- * what was there. A link is followed; a device or a pipe is written to as it is.
+ * Writes a file completely or not at all: to a temporary file in the same folder, which is then
+ * renamed. Follows links; writes directly to a device or a pipe.
  *
- * @throws Failure, without the file's name; what was there is then as before
+ * @throws Failure, without the file's name; an existing file is then unchanged
  */
 void writeOutputFile(std::string const& path, Bytes bytes);
 

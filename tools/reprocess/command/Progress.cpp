@@ -10,7 +10,7 @@ namespace {
 constexpr size_t kBarWidth = 30;
 constexpr size_t kNameWidth = 36;
 
-// The end of a name that is too long, which tells more than its beginning.
+// Keeps the end of a long name, which says more than its start.
 std::string shortened(std::string const& name) {
     return name.size() <= kNameWidth ? name : "..." + name.substr(name.size() - kNameWidth + 3);
 }

@@ -6,29 +6,29 @@
 namespace quen::reprocess {
 
 /**
- * What a batch tells while it runs: one line a file on standard output, problems on standard error,
- * and, when that is a terminal and there is more than one file, a bar that the lines pass above.
+ * Prints the progress of a batch: a line per file on standard output, problems on standard error,
+ * and a progress bar below them when standard error is a terminal and there are several files.
  */
 class Progress {
   public:
     explicit Progress(size_t total);
 
-    /** Takes the bar away. */
+    /** Erases the bar. */
     ~Progress();
 
     Progress(Progress const&) = delete;
     Progress& operator=(Progress const&) = delete;
 
-    /** A file is being worked on. */
+    /** Starts a file. */
     void begin(std::string const& name);
 
-    /** A line for standard output. */
+    /** Prints a line to standard output. */
     void line(std::string const& text);
 
-    /** A line for standard error. */
+    /** Prints a line to standard error. */
     void problem(std::string const& text);
 
-    /** The file begun last is done with, well or not. */
+    /** Ends the current file, whether it succeeded or not. */
     void end();
 
   private:

@@ -7,10 +7,10 @@
 namespace quen::reprocess {
 
 /**
- * Renders the demo's scene, takes its capture through both stages, writes the JPEG and measures it
- * against the scene.
+ * Renders the scene of the demo, sends its capture through both stages, writes the JPEG and
+ * compares it with the scene.
  *
- * @return the process' exit code
+ * @return the exit code of the process
  */
 int runDemo(Options const& options, Reprocessor& reprocessor, Report& report);
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-// Surfaces of a colour chart in 8-bit sRGB: skins and skies, primaries, then a row of greys.
+// Patches of a colour chart in 8-bit sRGB: skin and sky colours, primaries, a row of greys.
 constexpr uint8_t kPatches[24][3] = {
         {114, 80, 66},   {198, 150, 130}, {92, 122, 158}, {90, 108, 66},   {132, 128, 176},
         {104, 188, 170}, {216, 124, 46},  {74, 92, 166},  {192, 84, 98},   {94, 60, 108},
@@ -113,7 +113,7 @@ void drawText(cv::Mat scene) {
     }
 }
 
-// A star whose rays narrow towards its middle, where they are finer than any camera resolves.
+// A star whose rays narrow towards the centre, beyond what a camera resolves.
 void drawStar(cv::Mat scene) {
     double const middleX = scene.cols / 2.0;
     double const middleY = scene.rows / 2.0;
@@ -123,7 +123,7 @@ void drawStar(cv::Mat scene) {
         for (int x = 0; x < scene.cols; ++x) {
             double const away = std::hypot(x - middleX, y - middleY);
             double const wave = std::cos(kRays * std::atan2(y - middleY, x - middleX));
-            // A ray pair must span four pixels; nearer the middle the lens shows grey.
+            // Grey where a pair of rays spans less than four pixels.
             double const contrast = std::clamp(2 * kPi * away / kRays / 4 - 1, 0.0, 1.0);
             double const value = away < radius ? 128 + 92 * contrast * std::tanh(3 * wave) : 200;
             scene.at<cv::Vec3b>(y, x) = cv::Vec3b::all(cv::saturate_cast<uint8_t>(value));
@@ -131,7 +131,7 @@ void drawStar(cv::Mat scene) {
     }
 }
 
-// Rings that grow finer outwards, and bars of falling pitch.
+// Rings that grow finer outwards.
 void drawRings(cv::Mat scene) {
     double const finest = 0.16;  // cycles a pixel at the rim
     double const reach = scene.rows / 2.0;
@@ -172,7 +172,7 @@ cv::Mat renderDemoScene() {
     drawStar(scene(cv::Rect(2640, 1340, 1240, 780)));
     drawFoliage(scene(cv::Rect(120, 2240, 2400, 640)));
     drawRings(scene(cv::Rect(2640, 2240, 1240, 640)));
-    // What a good lens does to a perfectly sharp drawing.
+    // The blur of a good lens.
     cv::GaussianBlur(scene, scene, cv::Size(), 0.8);
     return scene;
 }

@@ -10,7 +10,7 @@ constexpr int kDemoHeight = 3000;
 
 /**
  * Draws the demo's scene as a perfect camera would show it: colour patches, gradients, slanted
- * edges, text and fine detail, as sharp as a lens lets it through. The same on every machine.
+ * edges, text and fine detail, as sharp as a lens resolves. The same on every machine.
  *
  * @return 8-bit sRGB, channels in the order red, green, blue
  */

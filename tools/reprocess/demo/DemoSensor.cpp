@@ -16,8 +16,8 @@ constexpr float kFullWell = 9000;   // electrons at white
 constexpr float kReadNoise = 1.2f;  // samples
 constexpr std::array<float, 3> kGains = {1.9f, 1.0f, 1.6f};
 
-// Linear sRGB to the sensor's balanced colours: its filters overlap. Rows sum to 1: white stays
-// white.
+// Linear sRGB to the white-balanced colours of the sensor, whose filters overlap. Rows sum to 1, so
+// that white stays white.
 float const kSensorColours[9] = {
         0.78f, 0.18f, 0.04f, 0.14f, 0.74f, 0.12f, 0.03f, 0.21f, 0.76f,
 };

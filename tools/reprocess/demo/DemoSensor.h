@@ -8,8 +8,8 @@ namespace quen::reprocess {
 
 /**
  * Exposes a sensor to a scene: 10-bit RGGB samples over a black level, unbalanced and in the
- * sensor's own colours, with shot and read noise. The calibration says how to undo all but the
- * noise, which is the same in every run.
+ * sensor's own colours, with shot and read noise. The calibration undoes all but the noise,
+ * which is the same in every run.
  *
  * @param scene 8-bit sRGB in the order red, green, blue; even width and height
  */

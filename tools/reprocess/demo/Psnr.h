@@ -6,10 +6,10 @@
 
 namespace quen::reprocess {
 
-/** How close a picture comes to what it should be, over all pixels and channels. */
+/** Peak signal-to-noise ratio of a picture over all pixels and channels. */
 struct Psnr {
     double decibels;
-    double channel[3];  ///< red, green, blue on their own
+    double channel[3];  ///< of red, green and blue alone
 };
 
 /**

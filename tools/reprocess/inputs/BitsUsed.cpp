@@ -8,7 +8,7 @@
 namespace quen::reprocess {
 namespace {
 
-constexpr uint32_t kRowsAPiece = 64;
+constexpr uint32_t kRowsPerPiece = 64;
 
 unsigned bitsUsedInRow(uint16_t const* samples, uint32_t count) {
     uint16_t used = 0;
@@ -23,12 +23,12 @@ unsigned bitsUsedInRow(uint16_t const* samples, uint32_t count) {
 unsigned bitsUsed(BayerImage const& image, uint32_t width, uint32_t height) {
     std::atomic<unsigned> used{0};
     auto const read = [&](int piece) {
-        uint32_t const first = static_cast<uint32_t>(piece) * kRowsAPiece;
-        for (uint32_t y = first; y < std::min(first + kRowsAPiece, height); ++y) {
+        uint32_t const first = static_cast<uint32_t>(piece) * kRowsPerPiece;
+        for (uint32_t y = first; y < std::min(first + kRowsPerPiece, height); ++y) {
             used |= bitsUsedInRow(image.samples + y * image.stride, width);
         }
     };
-    int const pieces = static_cast<int>((height + kRowsAPiece - 1) / kRowsAPiece);
+    int const pieces = static_cast<int>((height + kRowsPerPiece - 1) / kRowsPerPiece);
     host::inParallel(pieces, [&] { return read; });
     return used;
 }

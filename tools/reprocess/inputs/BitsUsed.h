@@ -7,8 +7,8 @@
 namespace quen::reprocess {
 
 /**
- * All bits that are set in any sample of an unpacked mosaic: what tells its depth, and unlike its
- * largest sample is found many samples at a time on every processor.
+ * All bits that are set in any sample of an unpacked mosaic. They give its depth, as its largest
+ * sample would, but vectorise on every processor.
  */
 unsigned bitsUsed(BayerImage const& image, uint32_t width, uint32_t height);
 

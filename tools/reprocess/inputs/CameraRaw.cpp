@@ -25,8 +25,7 @@ void check(int result) {
     }
 }
 
-// Colour index of the pixel at an offset from the visible area's top left corner: 0 red, 2 blue,
-// the greens 1 and 3 or both 1.
+// LibRaw's colour index of a pixel of the visible area: 0 red, 2 blue, green 1 and 3 or both 1.
 int colourAt(LibRaw& raw, int row, int column) {
     return raw.COLOR(row, column);
 }
@@ -39,7 +38,7 @@ BayerOrder bayerOrder(LibRaw& raw) {
     }
     for (int order = 0; order < 4; ++order) {
         bool matches = true;
-        // Eight rows: LibRaw's mosaics may repeat no earlier.
+        // Eight rows: the period of the patterns that LibRaw describes.
         for (int row = 0; row < 8; ++row) {
             for (int column = 0; column < 2; ++column) {
                 BayerChannel const channel = kBayerChannels[order][(row & 1) * 2 + column];
@@ -77,7 +76,7 @@ bool usableGains(float const* gains) {
                        [](float gain) { return std::isfinite(gain) && gain > 0; });
 }
 
-// As shot when the camera says so, else daylight; green is 1.
+// The white balance as shot when the file has it, else daylight; green is 1.
 void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
     float const* gains = colour.cam_mul;
     if (!usableGains(gains)) {
@@ -109,8 +108,8 @@ void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
     std::copy(std::begin(matrix), std::end(matrix), capture.calibration.colorMatrix);
 }
 
-// The default calibration is that of a sensor at ISO 100; amplification raises shot noise with
-// itself and read noise with its square.
+// The default calibration is that of a sensor at ISO 100. With the gain, shot noise grows in
+// proportion and read noise with its square.
 void scaleNoise(float iso, SensorCalibration& calibration) {
     if (iso > 0) {
         float const gain = std::clamp(iso / 100, 0.5f, 256.0f);
@@ -145,9 +144,9 @@ int orientationOf(int flip) {
 }  // namespace
 
 Capture readCameraRaw(std::string const& path, InputOptions const& options) {
-    // Says what is wrong with the file itself better than LibRaw does.
+    // MappedFile reports an unreadable file better than LibRaw.
     size_t const bytes = MappedFile::open(path)->size();
-    // The object is larger than a stack frame should be.
+    // Too large for the stack.
     auto const raw = std::make_shared<LibRaw>();
     check(raw->open_file(path.c_str()));
     auto const& sizes = raw->imgdata.sizes;

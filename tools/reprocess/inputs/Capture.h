@@ -14,7 +14,7 @@ namespace quen::reprocess {
 using host::isp::BayerOrder;
 using host::isp::SensorCalibration;
 
-/** A mosaic's channels, and the index of each in the four-entry lists of SensorCalibration. */
+/** The channels of a mosaic, as indices of the arrays of SensorCalibration. */
 enum BayerChannel { kRed, kGreenOfRedRows, kGreenOfBlueRows, kBlue };
 
 /** The channel of each pixel of the 2 x 2 block, in reading order, by BayerOrder. */
@@ -25,7 +25,7 @@ constexpr BayerChannel kBayerChannels[4][4] = {
         {kBlue, kGreenOfBlueRows, kGreenOfRedRows, kRed},
 };
 
-/** A mosaic as samples of 16 bits, or as packed RAW10; exactly one of the pointers is set. */
+/** A mosaic as samples of 16 bits, or as packed RAW10; one of the pointers is set. */
 struct BayerImage {
     uint16_t const* samples = nullptr;
     uint8_t const* packed10 = nullptr;
@@ -38,10 +38,10 @@ struct Nv21Image {
 };
 
 /**
- * One picture as it came out of its file, whatever the file was: what there is to reprocess.
+ * One picture as read from its file, of whatever format.
  *
- * Width and height are even: chroma at half resolution has no place for the last column or row of
- * an odd picture, so readers leave it out.
+ * Width and height are even: chroma of half resolution has no sample for the last column or row of
+ * an odd picture, so the readers drop it.
  */
 struct Capture {
     uint32_t width = 0;
@@ -49,8 +49,8 @@ struct Capture {
     int orientation = 0;  ///< degrees to turn clockwise for viewing: 0, 90, 180, 270
     std::variant<BayerImage, Nv21Image> image;
     SensorCalibration calibration;       ///< of a mosaic; levels at the depth of its samples
-    std::vector<std::string> notes;      ///< what the user should know about the reading
-    std::shared_ptr<void const> memory;  ///< keeps what `image` points at
+    std::vector<std::string> notes;      ///< remarks on the file, for the user
+    std::shared_ptr<void const> memory;  ///< keeps the memory of `image` alive
 };
 
 /** Bytes of an NV21 picture of an even size. */

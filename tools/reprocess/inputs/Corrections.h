@@ -6,10 +6,9 @@
 namespace quen::reprocess {
 
 /**
- * Puts what the command line says of a capture's levels and gains in place of what the calibration
- * has.
+ * Replaces levels and gains of a calibration by those of the command line.
  *
- * @throws Failure when black is then not below white
+ * @throws Failure when black is not below white afterwards
  */
 void applyCorrections(InputOptions const& options, SensorCalibration& calibration);
 

@@ -8,7 +8,7 @@
 
 namespace quen::reprocess {
 
-/** What a headerless file holds, and corrections to what a camera's file says of itself. */
+/** The format of a headerless file, and corrections to a camera's raw file. */
 struct InputOptions {
     std::optional<std::array<uint32_t, 2>> size;  ///< width, height
     std::optional<BayerOrder> bayer;

@@ -7,15 +7,14 @@
 
 namespace quen::reprocess {
 
-/** What a file is read as. */
+/** The formats of input files. */
 enum class InputKind { Jpeg, Yuv, HeaderlessBayer, CameraRaw };
 
-/** What a file is to be read as: its name's ending decides, then whether a Bayer order was given.
- */
+/** The format of a file: by its extension, else by whether a Bayer order was given. */
 InputKind inputKind(std::string const& path, InputOptions const& options);
 
 /**
- * Reads one picture.
+ * Reads one picture, whatever its format.
  *
  * @throws Failure, without the file's name
  */

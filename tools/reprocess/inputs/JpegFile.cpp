@@ -15,14 +15,14 @@ namespace {
 
 using Decoder = std::unique_ptr<void, decltype(&tjDestroy)>;
 
-// A picture as libjpeg stores it: luma and two chroma planes of their own sampling.
+// A decoded picture: luma and two chroma planes of the sampling of the file.
 struct Planes {
     std::vector<uint8_t> bytes;
     std::array<uint8_t*, 3> data{};
     std::array<int, 3> stride{};
 };
 
-// Conversions between samplings that need no detour through RGB, by TJSAMP_*.
+// Converts between chroma samplings without a detour through RGB.
 using PlaneConversion = int (*)(uint8_t const*, int, uint8_t const*, int, uint8_t const*, int,
                                 uint8_t*, int, uint8_t*, int, int, int);
 
@@ -43,8 +43,8 @@ PlaneConversion planeConversion(int sampling) {
     throw Failure(std::string("is no JPEG that can be decoded: ") + tjGetErrorStr2(decoder));
 }
 
-// Warnings (a stray byte, an early end) leave a picture, but not the one that was meant. Hundreds
-// of scans over one picture are made to keep decoders busy.
+// A warning (a stray byte, an early end) counts as a failure: the picture is not the stored one.
+// The number of scans is limited: a file may hold hundreds of one picture, to keep decoders busy.
 constexpr int kStrict = TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS;
 
 void check(tjhandle decoder, int result) {
@@ -142,7 +142,7 @@ Capture readJpeg(std::string const& path) {
     Capture capture;
     capture.width = static_cast<uint32_t>(width) & ~1u;
     capture.height = static_cast<uint32_t>(height) & ~1u;
-    // Colours stored as RGB have no chroma planes to hand on.
+    // A file of RGB components has no chroma planes.
     int const usable = colour == TJCS_YCbCr ? sampling : -1;
     auto const packed =
             std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));

@@ -13,7 +13,7 @@
 namespace quen::reprocess {
 namespace {
 
-// Closes a descriptor at the end of its scope.
+// Closes a descriptor at the end of the scope.
 struct Descriptor {
     int fd;
     ~Descriptor() {
@@ -26,7 +26,7 @@ struct Descriptor {
 }  // namespace
 
 std::shared_ptr<MappedFile const> MappedFile::open(std::string const& path) {
-    // A pipe without a writer must not hold the batch up.
+    // Non-blocking: opening a pipe without a writer would block.
     Descriptor const file{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
     if (file.fd < 0) {
         throw Failure(std::string("cannot be opened: ") + std::strerror(errno));

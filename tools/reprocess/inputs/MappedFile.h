@@ -7,7 +7,7 @@
 
 namespace quen::reprocess {
 
-/** A regular file's bytes, mapped read-only for the object's life. */
+/** The bytes of a regular file, mapped read-only while the object lives. */
 class MappedFile {
   public:
     /**

@@ -11,23 +11,23 @@
 namespace quen::reprocess {
 namespace {
 
-constexpr short kLittleEndian = 0x4949;  // "II", as this machine's own words are
+constexpr short kLittleEndian = 0x4949;  // "II", the byte order of this machine
 constexpr unsigned kWordBits = 16;
 
-// LibRaw reads on over damaged data; the picture would not be the one that was taken.
-template <typename Offset>  // of one type or another, by LibRaw's version
+// LibRaw goes on after damaged data; this records that there was some.
+template <typename Offset>  // its type differs between versions of LibRaw
 void noteDamage(void* damaged, char const* /*file*/, Offset /*offset*/) {
     *static_cast<bool*>(damaged) = true;
 }
 
-// Whether each sample means what it says: a DNG may hold a table that it is to be looked up in.
+// Whether the linearisation table of a DNG is the identity.
 bool isLinear(ushort const (&curve)[0x10000]) {
     ushort value = 0;
     return std::all_of(std::begin(curve), std::end(curve),
                        [&](ushort entry) { return entry == value++; });
 }
 
-// Whether LibRaw would read black levels from the margins.
+// Whether LibRaw would derive black levels from masked areas.
 bool hasMaskedAreas(libraw_image_sizes_t const& sizes) {
     return std::any_of(&sizes.mask[0][0], &sizes.mask[0][0] + sizeof(sizes.mask) / sizeof(int),
                        [](int edge) { return edge != 0; });

@@ -78,7 +78,7 @@ void Report::onResult(ISPResult const& result, host::isp::IspReport const& repor
 
 void Report::setOutcome(Outcome outcome, Status status) {
     host::MutexLock const lock(mLock);
-    // A result may overtake the word on its own submission.
+    // The result may arrive before the submission is reported.
     if (outcome == Outcome::Accepted && mOutcome == Outcome::Finished) {
         return;
     }

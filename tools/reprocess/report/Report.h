@@ -12,29 +12,29 @@
 namespace quen::reprocess {
 
 /**
- * Watches the ISP: always for how it takes the current request, which the library does not tell in
- * every case, and for --info for everything that it is given and gives back. Any thread.
+ * Observes the ISP: how it answered the current request, which the library does not always report;
+ * and for --info everything that it is given and gives back. Thread-safe.
  */
 class Report : public host::isp::IspObserver {
   public:
     /** @param detailed whether to keep text for `take` */
     explicit Report(bool detailed) : mDetailed(detailed) {}
 
-    /** How the ISP took a request. */
+    /** How the ISP answered a request. */
     enum class Outcome { None, Accepted, Refused, Finished };
 
-    /** A request is about to be made: forgets how the ISP took the last one. */
+    /** Starts a request: forgets the outcome of the previous one. */
     void begin();
 
     Outcome outcome() const;
 
-    /** What the ISP said of the request, in words; empty when it was all right or nothing yet. */
+    /** The failure that the ISP reported, in words; empty when there is none. */
     std::string problem() const;
 
-    /** Adds what the client got: the library's result, and the 3A buffer that it leads to. */
+    /** Adds the result that the client got, and the contents of its 3A buffer. */
     void addClientResult(camera_metadata const* metadata, int32_t tuningIndex);
 
-    /** The text since the last call, with the times of the legs; empty unless detailed. */
+    /** Takes the text since the last call, with the times of the legs; empty unless detailed. */
     std::string take(Stopwatch const& watch);
 
     void onConfigured(ISPStreamConfiguration const& config, Status status) override;

@@ -7,7 +7,7 @@
 #include "host/isp/buffers/SensorCalibration.h"
 #include "host/isp/device/IspObserver.h"
 
-// What goes through the ISP's interface, as text for --info: lines, each with its end.
+// The traffic of the ISP's interface as text for --info: lines, each with its newline.
 namespace quen::reprocess {
 
 namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
@@ -18,7 +18,7 @@ std::string resultText(isphal::ISPResult const& result, host::isp::IspReport con
 std::string calibrationText(host::isp::SensorCalibration const& calibration);
 std::string calibrationHeaderText(host::isp::CalibrationHeader const& header);
 
-/** The same lines, set in by two blanks more. */
+/** The lines, indented by two more blanks. */
 std::string indented(std::string const& lines);
 
 }  // namespace quen::reprocess

@@ -7,7 +7,7 @@
 
 namespace quen::reprocess {
 
-/** Time spent on the legs of a road, in the order in which they were first begun. */
+/** The times of named legs of the work, in the order of their first start. Not thread-safe. */
 class Stopwatch {
   public:
     struct Leg {
@@ -15,7 +15,7 @@ class Stopwatch {
         double milliseconds;
     };
 
-    /** Runs a piece of work and books its time under a leg. */
+    /** Runs a piece of work and adds its time to a leg. */
     template <typename Work>
     auto time(char const* leg, Work&& work) {
         Span const span(*this, leg);

@@ -6,8 +6,8 @@
 namespace quen::reprocess {
 
 /**
- * Why a file could not be reprocessed: what was wrong, then what to do about it, as one text for
- * the user. Whoever handles the file puts its name in front.
+ * Why a file could not be reprocessed: the problem, then advice, as one text for the user. The
+ * handler of the file prepends its name.
  */
 class Failure : public std::runtime_error {
   public:

@@ -8,16 +8,16 @@
 namespace quen::reprocess {
 
 /**
- * Reads a whole number, decimal or hexadecimal after 0x; nothing else may be in the text.
+ * Parses a text that is a whole number, decimal or hexadecimal after 0x.
  *
- * @param least not above 0
- * @return its bit pattern; none when it is no number or out of bounds
+ * @param least 0 or less
+ * @return its bit pattern; none when it is not a number or out of range
  */
 std::optional<uint64_t> parseWhole(std::string const& text, int64_t least, uint64_t most);
 
 /**
- * Reads a whole number of a type. Bit patterns may be written without a sign, so the upper bound is
- * that of the unsigned type.
+ * Parses a whole number of a type. Its bit pattern may be written without a sign: the upper bound
+ * is that of the unsigned type.
  */
 template <typename T>
 std::optional<T> parseWholeAs(std::string const& text) {

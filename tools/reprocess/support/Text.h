@@ -5,10 +5,10 @@
 
 namespace quen::reprocess {
 
-/** Text as printf makes it. */
+/** Formats as printf does. */
 std::string format(char const* pattern, ...) __attribute__((format(printf, 1, 2)));
 
-/** A number of bytes for the reader: "812 bytes", "3.4 MB". */
+/** A number of bytes in readable form: "812 bytes", "3.4 MB". */
 std::string bytesText(size_t bytes);
 
 }  // namespace quen::reprocess

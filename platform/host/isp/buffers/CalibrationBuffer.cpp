@@ -19,7 +19,7 @@ constexpr int kDescriptorFormInts = 2;
 constexpr int kDescriptorSlot = 1;  // the first integer
 constexpr int kLowestDuplicate = 3;
 
-// What is mapped: all that is read or written lies at the beginning.
+// Only the start of the buffer is read or written.
 constexpr size_t kMappedBytes = 4096;
 static_assert(kCalibrationUsedBytes <= kMappedBytes, "the calibration lies in what is mapped");
 
@@ -66,7 +66,7 @@ CalibrationBuffer::Status CalibrationBuffer::openDescriptor(int descriptor) {
     return mDescriptor >= 0 ? Status::OK : Status::RESOURCE_ERROR;
 }
 
-/** Address of the buffer's beginning; null when there is none, or it cannot be accessed. */
+/** Address of the start of the buffer; null when there is none, or it cannot be mapped. */
 uint8_t* CalibrationBuffer::map() {
     if (mDescriptor < 0) {
         return mGraphic.lock();

@@ -14,7 +14,7 @@ namespace quen::host::isp {
  * the ISP needs it.
  *
  * It comes in one of two forms: as a graphic buffer, or as a handle of one descriptor slot and two
- * integers whose first integer is the descriptor. There may be none. One thread at a time.
+ * integers whose first integer is the descriptor. There may be none. Not thread-safe.
  */
 class CalibrationBuffer {
   public:
@@ -26,11 +26,11 @@ class CalibrationBuffer {
     ~CalibrationBuffer();
 
     /**
-     * Takes hold of a tuning buffer: of the graphic buffer, or of a duplicate of the descriptor.
+     * Opens a tuning buffer: imports the graphic buffer, or duplicates the descriptor.
      *
      * @param handle may be null: there is no buffer then
-     * @return OK; ILLEGAL_ARGUMENT when it is neither form, or has fewer bytes than
-     *         kCalibrationBufferBytes; RESOURCE_ERROR when it cannot be held
+     * @return OK; ILLEGAL_ARGUMENT when it has neither form, or has fewer bytes than
+     *         kCalibrationBufferBytes; RESOURCE_ERROR when that fails
      */
     Status open(android::sp<GraphicBuffer::IMapper> const& mapper, native_handle_t const* handle);
 

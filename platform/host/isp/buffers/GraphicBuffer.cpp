@@ -99,7 +99,7 @@ void GraphicBuffer::unlock() {
             sync_wait(raw->data[0], kFenceTimeoutMs);
         }
     });
-    (void)transport.isOk();  // a lock that cannot be ended ends with the buffer
+    (void)transport.isOk();  // freeing the buffer ends the lock otherwise
 }
 
 void GraphicBuffer::reset() {

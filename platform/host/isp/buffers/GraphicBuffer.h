@@ -12,8 +12,8 @@
 namespace quen::host::isp {
 
 /**
- * A graphic buffer of somebody else's, imported for the ISP: it outlives the handle that it came
- * from. Unlocked and freed when destroyed. One thread at a time.
+ * A client's graphic buffer, imported by the ISP: it stays valid without the client's handle.
+ * Unlocked and freed when destroyed. Not thread-safe.
  */
 class GraphicBuffer {
   public:
@@ -27,20 +27,20 @@ class GraphicBuffer {
     ~GraphicBuffer();
 
     /**
-     * Imports a raw handle and reads its plane layouts, in place of what this holds.
+     * Imports a raw handle and reads its plane layouts; releases the buffer held before.
      *
      * @return OK; ILLEGAL_ARGUMENT for a null handle and for one that is no buffer; RESOURCE_ERROR
-     *         when the mapper cannot serve
+     *         when the mapper fails
      */
     Status import(android::sp<IMapper> const& mapper, native_handle_t const* handle);
 
     bool isHeld() const { return mBuffer != nullptr; }
 
-    /** Planes of the buffer, by which the ISP finds the samples. */
+    /** Plane layouts of the buffer. */
     std::vector<PlaneLayout> const& planes() const { return mPlanes; }
 
     /**
-     * Locks the whole buffer for reading and writing; once is enough.
+     * Locks the whole buffer for reading and writing, unless it is locked already.
      *
      * @return its address; null when it cannot be locked
      */

@@ -12,8 +12,8 @@ size_t aligned(size_t bytes) {
 
 }  // namespace
 
-// Left uninitialised: every byte is written before it is read, and a large picture's zeroes are not
-// free.
+// Left uninitialised: every byte is written before it is read, and zeroing a large picture costs
+// time.
 OwnedYuvPicture::OwnedYuvPicture(int width, int height) {
     size_t const stride = aligned(2 * static_cast<size_t>(chromaSize(width)));
     size_t const lumaBytes = stride * static_cast<size_t>(height);

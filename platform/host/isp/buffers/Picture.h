@@ -18,7 +18,7 @@ inline bool operator==(PixelRect const& a, PixelRect const& b) {
     return a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height;
 }
 
-/** Size of a 4:2:0 chroma plane along one side: odd pictures keep their last column and row. */
+/** Width or height of a 4:2:0 chroma plane; rounded up, so that odd pictures keep their edge. */
 constexpr int chromaSize(int lumaSize) {
     return (lumaSize + 1) / 2;
 }
@@ -44,7 +44,7 @@ struct YuvPicture {
     bool isNv21() const { return chromaStep == 2 && cb == cr + 1; }
 };
 
-/** An NV12 picture with memory of its own, of no particular content at first. */
+/** An NV12 picture that owns its memory, uninitialised. */
 class OwnedYuvPicture {
   public:
     OwnedYuvPicture(int width, int height);
@@ -56,29 +56,29 @@ class OwnedYuvPicture {
     YuvPicture mView;
 };
 
-/** How the samples of an unprocessed image lie in memory. */
+/** How the samples of a raw image lie in memory. */
 enum class RawLayout {
     Packed10,  ///< Bayer, four 10-bit samples in five bytes: the high bytes, then the low bits
     Words16,   ///< Bayer, little-endian words
     Rgb48,     ///< linear RGB, three little-endian words a pixel
 };
 
-/** An unprocessed image in memory. Owns nothing. */
+/** A raw image in memory. Owns nothing. */
 struct RawPicture {
     int width = 0;   ///< pixels
     int height = 0;  ///< pixels
     uint8_t const* data = nullptr;
     size_t stride = 0;  ///< bytes from row to row
     RawLayout layout = RawLayout::Words16;
-    int bits = 10;  ///< depth of a sample; what a word holds above it is clipped to its maximum
+    int bits = 10;  ///< depth of a sample; larger words are clipped to the maximum
 
     bool isBayer() const { return layout != RawLayout::Rgb48; }
 };
 
-/** Bytes of one row of an unprocessed image, without padding. */
+/** Bytes of one row of a raw image, without padding. */
 size_t rawRowBytes(RawLayout layout, int width);
 
-/** The part of a 4:2:0 picture in a rectangle within it, whose corner is moved to even pixels. */
+/** The part of a 4:2:0 picture inside a rectangle, whose corner is moved to even pixels. */
 YuvPicture cropped(YuvPicture const& picture, PixelRect const& rect);
 
 }  // namespace quen::host::isp

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int64_t kBitsPerByte = 8;
 
-/** One kind of sample of a picture, and where it lies. */
+/** Where the samples of one component lie. */
 struct Samples {
     bool found = false;
     size_t offset = 0;
@@ -30,6 +30,7 @@ bool holds(PlaneLayout const& plane, int64_t rowBytes, int64_t rows) {
            plane.totalSizeInBytes >= (rows - 1) * plane.strideInBytes + rowBytes;
 }
 
+/** Finds a component of 8 bits with at least that many samples. */
 Samples findSamples(std::vector<PlaneLayout> const& planes, PlaneLayoutComponentType type,
                     int width, int height) {
     Samples samples;
@@ -53,12 +54,13 @@ Samples findSamples(std::vector<PlaneLayout> const& planes, PlaneLayoutComponent
     return samples;
 }
 
-/** Bytes of a plane that consists of one row, or of one byte a row. */
+/** Bytes of a plane of one byte per sample. */
 size_t blockBytes(PlaneLayout const& plane) {
     return static_cast<size_t>(std::max<int64_t>(plane.widthInSamples, 0) *
                                std::max<int64_t>(plane.heightInSamples, 0));
 }
 
+/** Whether a plane is a plain block of bytes. */
 bool isBlock(PlaneLayout const& plane) {
     return plane.heightInSamples == 1 && plane.sampleIncrementInBits == kBitsPerByte;
 }

@@ -19,32 +19,33 @@ struct YuvLayout {
     size_t chromaStep = 0;
 };
 
-/** Where the rows of an unprocessed image lie in a buffer. */
+/** Where the rows of a raw image lie in a buffer. */
 struct RawRows {
     size_t offset = 0;
     size_t stride = 0;
 };
 
 /**
- * Finds an 8-bit 4:2:0 picture of that size by a buffer's planes.
+ * Locates an 8-bit 4:2:0 picture in a buffer by its plane layouts.
  *
- * @return nothing when the buffer holds no such picture, or a smaller one
+ * @return none when the buffer holds no picture of that size
  */
 std::optional<YuvLayout> findYuv(GraphicBuffer const& buffer, int width, int height);
 
 /**
- * Finds the rows of an unprocessed image by a buffer's first plane. A plane of rows says itself how
- * far they are apart; a plain block of bytes is taken to have them `blockStride` apart.
+ * Locates the rows of a raw image in a buffer by its first plane: at the stride of the plane, or at
+ * `blockStride` in a plain block of bytes.
  *
- * @param rowBytes bytes of a row that are used
- * @return nothing when the buffer is too small
+ * @param rowBytes bytes of a row, without padding
+ * @return none when the buffer is too small
  */
 std::optional<RawRows> findRaw(GraphicBuffer const& buffer, size_t rowBytes, int height,
                                size_t blockStride);
 
-/** Bytes of a buffer that is a plain block (BLOB); nothing when it is not one. */
+/** Size of a buffer that is a plain block of bytes (BLOB); none when it is not one. */
 std::optional<size_t> findBlock(GraphicBuffer const& buffer);
 
+/** The picture of a layout in memory at `address`. */
 YuvPicture pictureAt(YuvLayout const& layout, uint8_t* address, int width, int height);
 
 }  // namespace quen::host::isp

@@ -36,7 +36,7 @@ namespace quen::host::isp {
 constexpr size_t kCalibrationBufferBytes = 0x1fa400;
 constexpr size_t kCalibrationUsedBytes = 172;
 
-/** The three fields that every tuning buffer begins with. */
+/** The three fields at the start of every tuning buffer. */
 struct CalibrationHeader {
     int32_t requestNo = 0;
     int32_t frameNumber = 0;
@@ -68,12 +68,12 @@ struct SensorCalibration {
     float sharpening = 0;
 };
 
-/** What a tuning buffer holds behind its header. */
+/** Whether a tuning buffer holds a calibration behind its header. */
 enum class CalibrationState { Absent, Present, Malformed };
 
 /**
- * Writes header and calibration to the start of a tuning buffer; `header.totalUsedBytes` is not
- * taken, the true number is written.
+ * Writes header and calibration to the start of a tuning buffer; `header.totalUsedBytes` is
+ * ignored, the number of bytes written takes its place.
  *
  * @param size bytes at `buffer`, kCalibrationUsedBytes or more
  * @return the bytes used; 0, and nothing written, when `size` is too small
@@ -88,8 +88,8 @@ CalibrationHeader decodeCalibrationHeader(void const* buffer, size_t size);
  * Reads the calibration.
  *
  * @param calibration set when Present, left alone otherwise
- * @return Absent without the magic; Malformed when the version is another one or a value cannot be
- *         meant: not finite, an unknown order, white not above black, a gain not above 0, ...
+ * @return Absent without the magic; Malformed for another version or an invalid value: not finite,
+ * an unknown order, white not above black, a gain not above 0, ...
  */
 CalibrationState decodeCalibration(void const* buffer, size_t size, SensorCalibration& calibration);
 

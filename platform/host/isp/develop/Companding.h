@@ -8,23 +8,23 @@
 namespace quen::host::isp {
 
 /**
- * Samples between raw and picture are kept as the square root of linear light, 0 (black) to
- * kCodeWhite. Interpolation in that scale treats dark and bright sides of an edge alike, which
- * keeps colour fringes away, and shot noise is equally strong everywhere. The white's value leaves
- * the room that sums of the demosaic need in 16 bits.
+ * Between unpacking and rendering, samples are the square root of linear light, 0 (black) to
+ * kCodeWhite. On that scale interpolation weighs both sides of an edge alike, which avoids colour
+ * fringes, and shot noise is equally strong at every level. kCodeWhite leaves headroom for the sums
+ * of the demosaic in 16 bits.
  */
 constexpr int kCodeWhite = 2728;
 
 /** Number of colours of a Bayer cell: R, Gr, Gb, B. */
 constexpr int kBayerColours = 4;
 
-/** What the samples of a capture mean, ready for look-up. */
+/** Look-up tables from raw samples to companded ones, one per Bayer colour. */
 class Companding {
   public:
     /**
-     * Black level, white balance, exposure and the scale's square root in one table a colour. The
-     * levels are rescaled from `calibration.levelBits` to `bits`. White-balance gains are used in
-     * proportion to the smallest, so that what is white in the capture stays white in all colours.
+     * Combines black level, white balance, exposure and square root in one table per colour. Levels
+     * are rescaled from `calibration.levelBits` to `bits`. White-balance gains are divided by the
+     * smallest, so that saturated samples stay white.
      *
      * @param bits depth of the samples; the tables have 2^bits entries
      */

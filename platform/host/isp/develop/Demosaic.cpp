@@ -13,20 +13,20 @@ constexpr int kGreen = 1;
 constexpr int kBlue = 2;
 
 /**
- * The samples around those of one half row. `own` is the half row and its like above and below;
- * `across` holds the samples between them: at index i the left neighbour, at i + 1 the right one.
+ * The neighbourhood of one half row. `own` has the columns of the half row, `across` the others: of
+ * sample i, across[i] is the left neighbour and across[i + 1] the right one.
  */
 struct Surroundings {
     int16_t const* own[5];
     int16_t const* across[5];
 };
 
-// All sums stay within 16 bits for samples of at most kCodeWhite; the casts let the compiler know.
+// All sums of samples up to kCodeWhite fit 16 bits; the casts let the compiler use 16-bit lanes.
 inline int16_t narrow(int value) {
     return static_cast<int16_t>(value);
 }
 
-/** At red or blue samples: green, and the other of the two. */
+/** At red or blue samples: interpolates green, and blue or red. */
 QUEN_VECTORISED
 void interpolateAtColour(Surroundings const& at, int count, int16_t* __restrict green,
                          int16_t* __restrict other) {
@@ -43,7 +43,7 @@ void interpolateAtColour(Surroundings const& at, int count, int16_t* __restrict 
     }
 }
 
-/** At green samples: the colour beside them, and the one above and below. */
+/** At green samples: interpolates the colour beside them, and the one above and below. */
 QUEN_VECTORISED
 void interpolateAtGreen(Surroundings const& at, int count, int16_t* __restrict beside,
                         int16_t* __restrict above) {
@@ -53,7 +53,7 @@ void interpolateAtGreen(Surroundings const& at, int count, int16_t* __restrict b
                                        at.across[3][i + 1]);
         int16_t const row = narrow(centre[i - 1] + centre[i + 1]);
         int16_t const column = narrow(at.own[0][i] + at.own[4][i]);
-        // In halves, so that the parts that cancel each other do so within 16 bits.
+        // Summed in this order, no intermediate sum leaves 16 bits.
         int16_t const base = narrow(5 * centre[i] - corners);
         int16_t const besideCurvature = narrow(2 * narrow(base - row) + column + 8);
         int16_t const aboveCurvature = narrow(2 * narrow(base - column) + row + 8);

@@ -7,9 +7,8 @@
 namespace quen::host::isp {
 
 /**
- * One row of a Bayer image, its samples in two arrays by column. Columns are counted from a column
- * of red samples, so that every Bayer order looks like the one whose cell begins with red: rows
- * with red hold R, G, R, G ..., rows with blue hold G, B, G, B ...
+ * One row of a Bayer image, its even and odd columns in an array each. Column 0 has red samples
+ * whatever the Bayer order: rows with red hold R, G, R, G ..., rows with blue hold G, B, G, B ...
  */
 struct BayerRow {
     int16_t const* even = nullptr;
@@ -17,15 +16,15 @@ struct BayerRow {
 };
 
 /**
- * Interpolates the two missing colours of every sample of a row, linearly, each corrected by the
- * curvature of the colour that is there. Results may leave the samples' range by overshoot.
+ * Interpolates the two missing colours of every sample of a row: linear, corrected by the curvature
+ * of the sampled colour. Results may overshoot the range of the samples.
  *
- * Of the libraries' methods the fast ones interpolate each colour by itself, which leaves coloured
- * fringes along edges; this one has none to speak of and is as fast.
+ * The fast methods of the imaging libraries interpolate each colour on its own, which leaves
+ * coloured fringes along edges. This one is as fast and leaves hardly any.
  *
- * @param rows the row in the middle, two above it, two below it; one cell is read beyond both ends
- * @param hasRed whether the row in the middle is one with red
- * @param first, last cells (column pairs) to do, `last` excluded
+ * @param rows the middle row, two above it, two below it; one cell is read beyond both ends
+ * @param hasRed whether the middle row has red samples
+ * @param first, last cells (column pairs) to interpolate, `last` excluded
  * @param even, odd receive the colours, from index 0
  */
 void demosaicRow(BayerRow const rows[5], bool hasRed, int first, int last, RgbHalfRows const& even,

@@ -6,12 +6,12 @@
 namespace quen::host::isp {
 
 /**
- * Develops an unprocessed image: black level, white balance, demosaic, colour matrix, tone curve,
- * noise and sharpening, full-range BT.601 4:2:0. Bands of rows are worked on in parallel, with
+ * Develops a raw image: black level, white balance, demosaic, colour matrix, tone curve,
+ * noise and sharpening, full-range BT.601 4:2:0. Bands of rows are developed in parallel, with
  * memory for a few bands only.
  *
  * @param source width and height of 8 or more; a packed image's width is a multiple of four
- * @param crop within the source, not empty; at any corner, the picture is not shifted for it
+ * @param crop within the source, not empty; its corner may lie on any pixel
  * @param target of the crop's size; planar, NV12 or NV21
  */
 void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration const& calibration,

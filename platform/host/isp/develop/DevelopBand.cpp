@@ -16,8 +16,8 @@ constexpr int kCellMargin = 2;        // cells beyond either end of a half row
 constexpr int kMaxBandRows = kBandRows + 2 * kRefinementMargin;
 constexpr int kMaxRawRows = kMaxBandRows + 2 * kDemosaicMargin;
 
-/** A position beyond an end stands for the one as far on the other side, which has its colour. */
-int reflected(int position, int size) {
+/** Mirrors a position at the border; mirroring keeps the Bayer colour. */
+int mirrored(int position, int size) {
     if (position < 0) {
         return -position;
     }
@@ -55,7 +55,7 @@ void BandDeveloper::develop(int index) {
     int const height = mPlan.crop.height;
     int const first = index * kBandRows;
     int const last = std::min(first + kBandRows, height);
-    int const margin = mPlan.refinement.isNothing() ? 0 : kRefinementMargin;
+    int const margin = mPlan.refinement.isOff() ? 0 : kRefinementMargin;
     int const firstRow = std::max(first - margin, 0);
     int const lastRow = std::min(last + margin, height);
     if (mPlan.source.isBayer()) {
@@ -75,7 +75,7 @@ void BandDeveloper::unpackBayer(int firstRow, int lastRow) {
         size_t const slot = static_cast<size_t>(row - firstRow + kDemosaicMargin);
         int16_t* const even = mSamples.data() + 2 * slot * mHalfRowStride + kCellMargin;
         int16_t* const odd = even + mHalfRowStride;
-        int const sourceRow = reflected(row, mPlan.source.height);
+        int const sourceRow = mirrored(row, mPlan.source.height);
         bool const hasRed = sourceRow % 2 == mPlan.redRow;
         int16_t const* const evenTable = mPlan.companding.table(hasRed ? 0 : 2);
         int16_t const* const oddTable = mPlan.companding.table(hasRed ? 1 : 3);
@@ -89,13 +89,14 @@ void BandDeveloper::unpackBayer(int firstRow, int lastRow) {
     }
 }
 
+/** Mirrors the row into the margins that the demosaic reads. */
 void BandDeveloper::fillRowEnds(int16_t* even, int16_t* odd) const {
     int const width = mPlan.source.width;
     int const shift = mPlan.redColumn;
     auto const fill = [&](int column) {
         int16_t* const half = (column + shift) % 2 == 0 ? even : odd;
-        // Shifting right rounds down, also for what is left of the first cell.
-        half[(column + shift) >> 1] = half[(reflected(column, width) + shift) >> 1];
+        // A right shift rounds down for negative columns as well.
+        half[(column + shift) >> 1] = half[(mirrored(column, width) + shift) >> 1];
     };
     for (int column = -2 - shift; column < 0; ++column) {
         fill(column);
@@ -105,6 +106,7 @@ void BandDeveloper::fillRowEnds(int16_t* even, int16_t* odd) const {
     }
 }
 
+/** Demosaics and renders the rows [firstRow, lastRow) that were unpacked. */
 void BandDeveloper::renderBayer(int firstRow, int lastRow) {
     for (int row = firstRow; row < lastRow; ++row) {
         BayerRow const* const rows = mRows.data() + (row - firstRow);
@@ -113,8 +115,9 @@ void BandDeveloper::renderBayer(int firstRow, int lastRow) {
     }
 }
 
+/** Unpacks and renders the rows [firstRow, lastRow) of an RGB image. */
 void BandDeveloper::renderRgb(int firstRow, int lastRow) {
-    // Red, green and blue; of the two greens of a cell an RGB image has the first one's levels.
+    // Red, green and blue; an RGB image uses the levels of the first of the two greens.
     int16_t const* const tables[] = {mPlan.companding.table(0), mPlan.companding.table(1),
                                      mPlan.companding.table(3)};
     RgbHalfRows even = mEven;

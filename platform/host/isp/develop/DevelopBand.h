@@ -13,7 +13,7 @@
 
 namespace quen::host::isp {
 
-/** What all bands of a development share. */
+/** The parameters that all bands of a development share. */
 struct DevelopPlan {
     RawPicture source;
     PixelRect crop;
@@ -28,13 +28,13 @@ struct DevelopPlan {
 /** Rows of the target that make a band; an even number. */
 constexpr int kBandRows = 64;
 
-/** Develops bands, one after the other, in memory of its own. One thread at a time. */
+/** Develops bands one after the other, in memory of its own. Not thread-safe. */
 class BandDeveloper {
   public:
     /** @param plan must outlive this */
     explicit BandDeveloper(DevelopPlan const& plan);
 
-    /** Develops rows [index * kBandRows, (index + 1) * kBandRows) as far as the target has them. */
+    /** Develops those of rows [index * kBandRows, (index + 1) * kBandRows) that the target has. */
     void develop(int index);
 
   private:
@@ -50,12 +50,12 @@ class BandDeveloper {
 
     DevelopPlan const& mPlan;
     int mCells;      ///< column pairs of the source
-    int mFirstCell;  ///< cells that the crop takes part in, mLastCell excluded
+    int mFirstCell;  ///< cells that the crop covers, mLastCell excluded
     int mLastCell;
     size_t mHalfRowStride;  ///< samples from half row to half row
     size_t mPixelStride;
 
-    std::vector<int16_t> mSamples;  ///< two half rows a raw row of the band
+    std::vector<int16_t> mSamples;  ///< two half rows per raw row of the band
     std::vector<BayerRow> mRows;    ///< by raw row of the band
     std::vector<int16_t> mColours;  ///< six half rows: red, green, blue of even and odd columns
     RgbHalfRows mEven = {};

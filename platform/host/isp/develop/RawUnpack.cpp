@@ -10,7 +10,7 @@ namespace {
 constexpr int kPixelsPerGroup = 4;
 constexpr int kBytesPerGroup = 5;
 
-/** A sample of a group of four in five bytes. */
+/** One sample of a group of four in five bytes. */
 inline unsigned packedSample(uint8_t const* group, int index) {
     return static_cast<unsigned>(group[index] << 2 | ((group[4] >> (2 * index)) & 3));
 }

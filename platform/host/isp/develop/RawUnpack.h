@@ -11,9 +11,9 @@ namespace quen::host::isp {
 using RgbHalfRows = std::array<int16_t*, 3>;
 
 /**
- * Reads one row of a Bayer image and sends every sample through its colour's table.
+ * Unpacks one row of a Bayer image and looks every sample up in the table of its colour.
  *
- * The width of a packed image is a multiple of four, as the format asks for.
+ * The width of a packed image is a multiple of four.
  *
  * @param row 0 <= row < picture.height
  * @param evenTable, oddTable tables of the samples in even and odd columns, 2^bits entries each
@@ -23,7 +23,8 @@ using RgbHalfRows = std::array<int16_t*, 3>;
 void unpackBayerRow(RawPicture const& picture, int row, int16_t const* evenTable,
                     int16_t const* oddTable, int16_t* even, int16_t* odd);
 
-/** As above for an RGB image: a table a channel, and three half rows for each side. */
+/** As above for an RGB image: a table per channel; three half rows for even and odd columns each.
+ */
 void unpackRgbRow(RawPicture const& picture, int row, int16_t const* const tables[3],
                   RgbHalfRows const& even, RgbHalfRows const& odd);
 

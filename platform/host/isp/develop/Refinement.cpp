@@ -10,7 +10,7 @@ namespace quen::host::isp {
 
 namespace {
 
-// Where noise is measured: a mid grey, and the tone curve's steepness there.
+// Noise is estimated at mid grey, with the slope of the tone curve there.
 constexpr float kMidGrey = 0.18f;
 constexpr float kToneSlope = 1.195f;
 constexpr float kThresholdInSigmas = 3;
@@ -23,19 +23,20 @@ constexpr int kMeanWeight = 28;
 constexpr int kShift = 8;
 constexpr int kHalf = 1 << (kShift - 1);
 
-// Samples done at a time: whole vectors of every size. What would be left over of a row takes as
-// long, one by one, as a third of the row.
+// Samples per run: a multiple of every vector size. A scalar remainder would take as long as a
+// third of the row.
 constexpr int kRun = 64;
 
+/** Threshold in 8-bit steps for noise of a standard deviation. */
 int thresholdOf(float sigma, float strength) {
     float const steps = kThresholdInSigmas * sigma * strength;
     return static_cast<int>(std::min<float>(steps + 0.5f, kMaxThreshold));
 }
 
 /**
- * Sums over the eight neighbours of a sample: all of them, and the sample itself in place of those
- * that differ by more than the threshold. Bytes are compared as bytes, so that a vector holds as
- * many as can be.
+ * Sums over the eight neighbours of a sample: `all` of them; `near`, with the sample itself in
+ * place of those that differ by more than the threshold. Compares bytes, so that a vector holds the
+ * most.
  */
 struct NeighbourSums {
     uint16_t all = 0;
@@ -45,7 +46,7 @@ struct NeighbourSums {
         uint8_t const larger = std::max(neighbour, centre);
         uint8_t const smaller = std::min(neighbour, centre);
         bool const isNear = static_cast<uint8_t>(larger - smaller) <= threshold;
-        // A mask: with a choice in its place g++ makes branches, and no vectors.
+        // A mask: g++ does not vectorise a conditional here.
         uint8_t const mask = static_cast<uint8_t>(isNear ? 0xff : 0);
         all = static_cast<uint16_t>(all + neighbour);
         near = static_cast<uint16_t>(near + (((neighbour ^ centre) & mask) ^ centre));
@@ -105,7 +106,7 @@ void refineRow(uint8_t const* above, uint8_t const* row, uint8_t const* below, i
         for (int column = 1; column < last - kRun; column += kRun) {
             refineRun(column, kRun);
         }
-        refineRun(last - kRun, kRun);  // overlaps the one before
+        refineRun(last - kRun, kRun);  // overlaps the previous run
     } else {
         refineRun(1, last - 1);
     }

@@ -26,7 +26,7 @@ inline float linear(int16_t code) {
     return bounded * bounded;
 }
 
-/** Applies a matrix to companded samples in place, which gives linear ones, 0..kLinearWhite. */
+/** Applies a matrix to companded samples in place; the result is linear, 0..kLinearWhite. */
 QUEN_VECTORISED
 void applyMatrix(std::array<float, 9> const& m, RgbHalfRows const& samples, int count) {
     int16_t* __restrict const red = samples[0];

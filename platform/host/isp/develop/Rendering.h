@@ -9,7 +9,7 @@
 
 namespace quen::host::isp {
 
-/** Camera colours to display colours: matrix, tone curve, 8 bits. */
+/** Converts camera colours to display colours: matrix, tone curve, 8 bits. */
 class Rendering {
   public:
     explicit Rendering(SensorCalibration const& calibration);
@@ -19,7 +19,7 @@ class Rendering {
      *
      * @param even, odd companded samples of every other column; overwritten when there is a matrix
      * @param count column pairs
-     * @param pixels receives 2 * count pixels: R << 16 | G << 8 | B, written at one go each
+     * @param pixels receives 2 * count pixels: R << 16 | G << 8 | B
      */
     void renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int count,
                    uint32_t* pixels) const;

@@ -16,11 +16,12 @@ bool haveOneArrangement(YuvPicture const& a, YuvPicture const& b) {
     return a.chromaStep == b.chromaStep && a.isNv21() == b.isNv21();
 }
 
-/** First byte of the chroma samples: that of the interleaved plane when there is one. */
+/** Start of the interleaved chroma plane, or of the cb plane. */
 uint8_t* chromaStart(YuvPicture const& picture) {
     return picture.isNv21() ? picture.cr : picture.cb;
 }
 
+/** Copies chroma between any two arrangements of one size. */
 void copyChroma(YuvPicture const& from, YuvPicture const& to) {
     int const width = chromaSize(to.width);
     int const height = chromaSize(to.height);
@@ -45,7 +46,7 @@ void copyChroma(YuvPicture const& from, YuvPicture const& to) {
     }
 }
 
-/** Area means where a picture shrinks; both keep the picture's middle where it is. */
+/** Area averaging to shrink, else cubic; both keep the centre in place. */
 int interpolationFor(YuvPicture const& from, YuvPicture const& to) {
     bool const shrinks = to.width <= from.width && to.height <= from.height;
     return shrinks ? cv::INTER_AREA : cv::INTER_CUBIC;
@@ -74,7 +75,7 @@ void scaleChroma(YuvPicture const& from, YuvPicture const& to) {
     }
 }
 
-/** The source's arrangement in memory of `bytes`, at the target's size: chroma only. */
+/** Chroma planes of the target's size in the source's arrangement, allocated in `bytes`. */
 YuvPicture chromaLike(YuvPicture const& source, YuvPicture const& target,
                       std::unique_ptr<uint8_t[]>& bytes) {
     size_t const row = static_cast<size_t>(chromaSize(target.width));

@@ -5,8 +5,8 @@
 namespace quen::host::isp {
 
 /**
- * Writes a picture into another one: scaled when the sizes differ, with the chroma in the order and
- * arrangement of the target. Both are planar, NV12 or NV21; their memory does not overlap.
+ * Copies a picture, scaled to the size of the target, its chroma in the arrangement of the target.
+ * Both are planar, NV12 or NV21; their memory does not overlap.
  */
 void resample(YuvPicture const& source, YuvPicture const& target);
 

@@ -1,10 +1,10 @@
 #pragma once
 
 /**
- * Before a function whose loops over samples are worth the processor's widest vectors: it is
- * compiled for several instruction sets, and the one that the processor has is chosen when the
- * library is loaded. What it calls must be inline to be compiled with it. 64-bit Arm needs none of
- * this, its vectors are always there; the thread sanitizer cannot run what chooses.
+ * Compiles a function for several x86-64 instruction sets; the best that the processor has is
+ * chosen when the library is loaded. For functions that loop over samples; what they call must be
+ * inline. Not for 64-bit Arm, where vectors are always available, nor with sanitizers, whose run
+ * time is not yet set up when the choice is made.
  */
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
         !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)

@@ -11,7 +11,7 @@ namespace quen::host::isp {
 
 namespace {
 
-constexpr std::chrono::microseconds kLookEvery{200};
+constexpr std::chrono::microseconds kPollInterval{200};
 
 }  // namespace
 
@@ -21,13 +21,13 @@ ClientThread ClientThread::current() {
 
 void ClientThread::waitUntilAsleep(std::chrono::milliseconds limit) const {
     auto const end = std::chrono::steady_clock::now() + limit;
-    while (mId != gettid() && isRunning() && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(kLookEvery);
+    while (mId != gettid() && isRunnable() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kPollInterval);
     }
 }
 
-/** Whether the thread runs or waits for a processor. One that cannot be looked at does not. */
-bool ClientThread::isRunning() const {
+/** Whether the thread runs or waits for a processor; false when its state cannot be read. */
+bool ClientThread::isRunnable() const {
     char path[48];
     snprintf(path, sizeof(path), "/proc/self/task/%d/stat", mId);
     int const fd = open(path, O_RDONLY | O_CLOEXEC);
@@ -38,7 +38,7 @@ bool ClientThread::isRunning() const {
     ssize_t const size = read(fd, text, sizeof(text) - 1);
     close(fd);
     text[size < 0 ? 0 : size] = '\0';
-    // "<id> (<name>) <state> ...", and a name may hold anything.
+    // "<id> (<name>) <state> ..."; the name may contain any character.
     char const* const nameEnd = strrchr(text, ')');
     return nameEnd != nullptr && strncmp(nameEnd, ") R", 3) == 0;
 }

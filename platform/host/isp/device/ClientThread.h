@@ -7,11 +7,10 @@
 namespace quen::host::isp {
 
 /**
- * The thread that submitted a request, as the scheduler sees it.
+ * The thread that submitted a request, watched through its scheduler state.
  *
- * A client may begin to wait for its result only after it has submitted the request, with nothing
- * that would tell it of a result that came earlier. How soon it gets to that wait is up to the
- * machine's load; that it has got there shows in its sleep.
+ * A client may submit first and wait afterwards, without a flag for a result that comes in between:
+ * such a result is lost. How soon the client waits depends on the load; once it waits, it sleeps.
  */
 class ClientThread {
   public:
@@ -19,15 +18,15 @@ class ClientThread {
     static ClientThread current();
 
     /**
-     * Blocks until the thread sleeps or has ended, or is the calling one.
+     * Blocks until the thread sleeps or has ended. Returns at once on the thread itself.
      *
-     * @param limit longest time to block: the thread may have other work to do
+     * @param limit longest time to block: the thread may be busy with other work
      */
     void waitUntilAsleep(std::chrono::milliseconds limit) const;
 
   private:
     explicit ClientThread(pid_t id) : mId(id) {}
-    bool isRunning() const;
+    bool isRunnable() const;
 
     pid_t mId;
 };

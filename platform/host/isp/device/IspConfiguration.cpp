@@ -20,7 +20,7 @@ constexpr uint32_t kRgbLayout = 0x00010002;
 constexpr int kMinInputSide = 8;
 constexpr int kPackedGroup = 4;
 
-/** A format that streams of a direction may have. */
+/** A format that input or output streams may have. */
 struct FormatRule {
     int32_t format;
     bool isInput;
@@ -42,6 +42,7 @@ constexpr FormatRule kFormatRules[] = {
         {HAL_PIXEL_FORMAT_BLOB, false, StreamKind::Jpeg, RawLayout::Words16},
 };
 
+/** Sets kind and layout by the format. @return false when the ISP does not take it */
 bool applyFormat(ISPStream const& stream, bool isInput, Stream& result) {
     if (isInput && stream.bufferLayout == kRgbLayout) {
         result.kind = StreamKind::Raw;
@@ -58,6 +59,7 @@ bool applyFormat(ISPStream const& stream, bool isInput, Stream& result) {
     return false;
 }
 
+/** Reads one stream; none when the ISP does not take it. */
 std::optional<Stream> readStream(ISPStream const& stream, bool isInput) {
     uint32_t const smallest = isInput ? kMinInputSide : 1;
     auto const [shorter, longer] = std::minmax(stream.width, stream.height);
@@ -76,6 +78,7 @@ std::optional<Stream> readStream(ISPStream const& stream, bool isInput) {
     return result;
 }
 
+/** Reads the streams of one direction. @return false when one is invalid or there is none */
 bool readStreams(hidl_vec<ISPStream> const& streams, bool isInput, std::vector<Stream>& result) {
     for (ISPStream const& stream : streams) {
         std::optional<Stream> const read = readStream(stream, isInput);

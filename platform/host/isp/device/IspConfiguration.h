@@ -19,14 +19,14 @@ enum class StreamKind {
     Jpeg,  ///< a file in a block of bytes
 };
 
-/** A stream as the ISP works with it. */
+/** A configured stream. */
 struct Stream {
     uint32_t id = 0;  ///< requests name streams by 32 bits
     StreamKind kind = StreamKind::Yuv;
     RawLayout rawLayout = RawLayout::Words16;  ///< of a Raw stream
     int width = 0;
     int height = 0;
-    size_t firstStride = 0;  ///< bytes from row to row in a buffer that does not tell itself
+    size_t firstStride = 0;  ///< bytes from row to row, for a buffer without a plane layout
 };
 
 /** A configuration in force. Requests keep theirs when another one follows. */
@@ -51,7 +51,7 @@ vendor::mediatek::hardware::camera::isphal::V1_0::Status readConfiguration(
         vendor::mediatek::hardware::camera::isphal::V1_0::ISPStreamConfiguration const& config,
         IspConfiguration& result);
 
-/** Null when there is no such stream. */
+/** The stream of that id; null when there is none. */
 Stream const* findStream(std::vector<Stream> const& streams, uint64_t id);
 
 }  // namespace quen::host::isp

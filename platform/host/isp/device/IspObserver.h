@@ -11,7 +11,7 @@
 
 namespace quen::host::isp {
 
-/** How long one leg of a request's road through the ISP took. */
+/** The time of one leg of a request in the ISP. */
 struct IspLeg {
     char const* name;  ///< "queue", "develop", "scale", "encode", "hold"; a literal
     std::chrono::microseconds time;
@@ -19,11 +19,11 @@ struct IspLeg {
 
 /** What the ISP did for one request. */
 struct IspReport {
-    /** In the order in which they were gone; "develop" is everything from unpacking to 4:2:0. */
+    /** In the order of execution; "develop" is everything from unpacking to 4:2:0. */
     std::vector<IspLeg> legs;
 
     PixelRect crop;      ///< of the input, as used
-    bool isRaw = false;  ///< whether an image was developed: only then do the following count
+    bool isRaw = false;  ///< whether a raw image was developed; the next three are set only then
     int rawBits = 0;     ///< depth that the samples were read at
     CalibrationState calibrationState =
             CalibrationState::Absent;  ///< what the input tuning buffer held
@@ -34,11 +34,11 @@ struct IspReport {
 };
 
 /**
- * Watches an ISP device at work, for the eyes of an engineer.
+ * Observes what an ISP device is asked to do and what it does.
  *
- * Configurations and requests are told on the caller's thread, results on the device's own, before
- * the device's callback hears of them. What the arguments point at is valid during the call only.
- * An observer must not call the device.
+ * onConfigured and onRequest run on the caller's thread, onResult on the device's, before the
+ * device's callback. The arguments are valid during the call only. An observer must not call the
+ * device.
  */
 class IspObserver {
   public:
@@ -50,13 +50,13 @@ class IspObserver {
 
     virtual ~IspObserver() = default;
 
-    /** A configuration was asked for, with that outcome. */
+    /** A configuration was accepted (OK) or refused. */
     virtual void onConfigured(ISPStreamConfiguration const& config, Status status) = 0;
 
-    /** A request came in and was accepted (OK) or refused. */
+    /** A request was accepted (OK) or refused. */
     virtual void onRequest(ISPRequest const& request, Status status) = 0;
 
-    /** A request was done. */
+    /** A request was executed or abandoned. */
     virtual void onResult(ISPResult const& result, IspReport const& report) = 0;
 };
 

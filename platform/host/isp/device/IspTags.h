@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/** The metadata tags that the ISP knows. */
+/** The metadata tags that the ISP reads or writes. */
 namespace quen::host::isp::tag {
 
 constexpr uint32_t kJpegOrientation = 0x00070003;  ///< int32, degrees

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kDefaultJpegQuality = 95;
 
-/** The trailer at the end of a JPEG's buffer. */
+/** The last bytes of a JPEG's buffer; they state the size of the file. */
 struct BlobTrailer {
     uint16_t id;
     uint16_t padding;
@@ -30,7 +30,7 @@ struct BlobTrailer {
 constexpr uint16_t kJpegBlob = 0x00ff;
 static_assert(sizeof(BlobTrailer) == 8, "the trailer is eight bytes");
 
-/** Adds what it takes from construction to destruction to a report. */
+/** Measures a leg of a request, from construction to destruction, and appends it to a report. */
 class LegTimer {
   public:
     LegTimer(IspReport& report, char const* name)
@@ -50,16 +50,19 @@ class LegTimer {
     std::chrono::steady_clock::time_point const mStart;
 };
 
+/** Locks every buffer of a request. @return false when one cannot be locked */
 bool lockAll(Request& request) {
     return request.input.buffer.lock() != nullptr &&
            std::all_of(request.outputs.begin(), request.outputs.end(),
                        [](RequestImage& output) { return output.buffer.lock() != nullptr; });
 }
 
+/** The picture in a locked 4:2:0 buffer. */
 YuvPicture pictureOf(RequestImage& image) {
     return pictureAt(image.yuv, image.buffer.lock(), image.stream.width, image.stream.height);
 }
 
+/** Writes the trailer of a JPEG's buffer; 0 bytes for no file. */
 void writeTrailer(RequestImage& output, size_t jpegBytes) {
     uint8_t* const address = output.buffer.lock();
     if (address == nullptr) {
@@ -87,6 +90,7 @@ Status readCalibration(Request& request, IspReport& report) {
                    : Status::OK;
 }
 
+/** Writes header and calibration to the tuning buffers of the outputs. */
 void writeCalibration(Request& request, IspReport& report) {
     for (RequestImage& output : request.outputs) {
         if (output.calibration.isThere() &&
@@ -96,7 +100,7 @@ void writeCalibration(Request& request, IspReport& report) {
     }
 }
 
-/** The output that can take a picture of that size as it is; null when none can. */
+/** The first 4:2:0 output of that size; null when there is none. */
 RequestImage* findOutput(Request& request, int width, int height) {
     auto const found = std::find_if(
             request.outputs.begin(), request.outputs.end(), [&](RequestImage const& output) {
@@ -106,6 +110,7 @@ RequestImage* findOutput(Request& request, int width, int height) {
     return found == request.outputs.end() ? nullptr : &*found;
 }
 
+/** Develops the raw input. */
 void developInto(Request& request, IspReport& report, YuvPicture const& target) {
     LegTimer const timer(report, "develop");
     RequestImage& input = request.input;
@@ -119,6 +124,7 @@ void developInto(Request& request, IspReport& report, YuvPicture const& target) 
     develop(raw, request.crop, report.calibration, target);
 }
 
+/** Encodes a picture into a JPEG output, scaled to its size where it differs. */
 Status encodeInto(Request const& request, IspReport& report, YuvPicture const& picture,
                   RequestImage& output) {
     std::optional<OwnedYuvPicture> scaled;
@@ -144,7 +150,11 @@ Status encodeInto(Request const& request, IspReport& report, YuvPicture const& p
     return size != 0 ? Status::OK : Status::RESULT_ERROR;
 }
 
-/** Writes every output that does not hold the picture already. The first failure is answered. */
+/**
+ * Writes every output but `done`, which holds the picture already.
+ *
+ * @return OK, or the first failure
+ */
 Status writeOutputs(Request& request, IspReport& report, YuvPicture const& picture,
                     RequestImage const* done) {
     Status status = Status::OK;
@@ -161,7 +171,7 @@ Status writeOutputs(Request& request, IspReport& report, YuvPicture const& pictu
     return status;
 }
 
-/** Develops into the first output that fits, or else into memory of our own. */
+/** Develops into the first output of the picture's size, or into memory of its own. */
 Status makeFromRaw(Request& request, IspReport& report) {
     int const width = request.crop.width;
     int const height = request.crop.height;
@@ -175,13 +185,14 @@ Status makeFromRaw(Request& request, IspReport& report) {
     return writeOutputs(request, report, picture, direct);
 }
 
+/** Executes a request; may throw. */
 Status process(Request& request, IspReport& report) {
     if (!lockAll(request)) {
         return Status::RESOURCE_ERROR;
     }
     for (RequestImage& output : request.outputs) {
         if (output.stream.kind == StreamKind::Jpeg) {
-            writeTrailer(output, 0);  // whatever happens, there is no file until there is one
+            writeTrailer(output, 0);  // there is no file if a later step fails
         }
     }
     report.crop = request.crop;

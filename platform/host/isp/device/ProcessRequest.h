@@ -8,8 +8,8 @@
 namespace quen::host::isp {
 
 /**
- * Does a request: develops an unprocessed input, crops, scales, writes every 4:2:0 output, encodes
- * every JPEG. Throws nothing.
+ * Executes a request: develops a raw input, crops, scales, writes every 4:2:0 output, encodes every
+ * JPEG. Throws nothing.
  *
  * A JPEG's buffer ends with a trailer that states the file's size, 0 when there is no file. The
  * output tuning buffers receive the header and the calibration that was used.
@@ -17,7 +17,7 @@ namespace quen::host::isp {
  * @param report legs are appended, the rest is set
  * @return OK; ILLEGAL_ARGUMENT for a malformed calibration in the input tuning buffer; RESULT_ERROR
  * when a JPEG does not fit into its buffer; RESOURCE_ERROR when a buffer cannot be accessed or
- *         memory is out; INTERNAL_ERROR for whatever else goes wrong
+ *         memory runs out; INTERNAL_ERROR for any other failure
  */
 vendor::mediatek::hardware::camera::isphal::V1_0::Status processRequest(Request& request,
                                                                         IspReport& report);

@@ -16,9 +16,9 @@ namespace {
 constexpr int kPackedBits = 10;
 constexpr int kRgbBits = 16;
 constexpr int kDefaultWordBits = 10;
-constexpr size_t kSmallestBlock = 9;  // a trailer, and something before it
+constexpr size_t kSmallestBlock = 9;  // a trailer and one byte
 
-/** Finds the stream's image in the buffer. @return false when the buffer does not hold it */
+/** Locates the stream's image in the buffer. @return false when the buffer does not hold it */
 bool locate(RequestImage& image) {
     Stream const& stream = image.stream;
     switch (stream.kind) {
@@ -42,6 +42,7 @@ bool locate(RequestImage& image) {
     return false;
 }
 
+/** Imports a buffer with its tuning buffer, and locates the image in it. */
 Status readImage(ISPBuffer const& buffer, Stream const& stream,
                  sp<GraphicBuffer::IMapper> const& mapper, RequestImage& image) {
     image.stream = stream;
@@ -54,9 +55,9 @@ Status readImage(ISPBuffer const& buffer, Stream const& stream,
                    : status;
 }
 
-/** Cuts a rectangle to an input of that size. @return false when nothing is left */
-bool cut(PixelRect const& wanted, Stream const& input, PixelRect& crop) {
-    // In 64 bits: the rectangle's far corner may lie beyond an int.
+/** Clips a rectangle to the input. @return false when nothing is left */
+bool clip(PixelRect const& wanted, Stream const& input, PixelRect& crop) {
+    // 64 bits: the far corner of the rectangle may not fit an int.
     int64_t const left = std::max<int64_t>(wanted.x, 0);
     int64_t const top = std::max<int64_t>(wanted.y, 0);
     int64_t const right = std::min<int64_t>(int64_t{wanted.x} + wanted.width, input.width);
@@ -73,6 +74,7 @@ bool cut(PixelRect const& wanted, Stream const& input, PixelRect& crop) {
     return true;
 }
 
+/** Depth of raw samples: fixed by the layout, else set by the request or the session. */
 int rawBitsOf(Stream const& input, RequestSettings const& request, RequestSettings const& session) {
     if (input.rawLayout == RawLayout::Packed10) {
         return kPackedBits;
@@ -107,7 +109,7 @@ Status readRequest(ISPRequest const& request,
     PixelRect const all{0, 0, inputStream->width, inputStream->height};
     PixelRect const wanted =
             result.settings.crop.value_or(configuration->settings.crop.value_or(all));
-    if (!cut(wanted, *inputStream, result.crop)) {
+    if (!clip(wanted, *inputStream, result.crop)) {
         return Status::ILLEGAL_ARGUMENT;
     }
     result.rawBits = rawBitsOf(*inputStream, result.settings, configuration->settings);

@@ -18,7 +18,7 @@
 
 namespace quen::host::isp {
 
-/** A request's buffer, found to hold what its stream says. */
+/** A buffer of a request, checked to hold an image of its stream. */
 struct RequestImage {
     Stream stream;
     GraphicBuffer buffer;
@@ -28,7 +28,7 @@ struct RequestImage {
     size_t blockBytes = 0;  ///< of a Jpeg stream
 };
 
-/** A request that was found good, with all that it takes to do it. */
+/** An accepted request, with everything needed to execute it. */
 struct Request {
     uint32_t number = 0;
     std::shared_ptr<IspConfiguration const> configuration;
@@ -42,18 +42,18 @@ struct Request {
 };
 
 /**
- * Checks a request and takes hold of its buffers.
+ * Checks a request and imports its buffers.
  *
  * | What is wrong                                            | Status                  |
  * |----------------------------------------------------------|-------------------------|
  * | a buffer names a stream that is not configured           | REQUEST_STREAM_ID_ERROR |
  * | not exactly one input, or no output                      | ILLEGAL_ARGUMENT        |
  * | settings malformed, or a crop outside the input          | ILLEGAL_ARGUMENT        |
- * | no buffer at a handle, or one too small for its stream   | ILLEGAL_ARGUMENT        |
+ * | a handle of no buffer, or one too small for its stream   | ILLEGAL_ARGUMENT        |
  * | a tuning handle of neither form, or too small            | ILLEGAL_ARGUMENT        |
- * | the mapper cannot serve, no descriptor is left           | RESOURCE_ERROR          |
+ * | the mapper fails, or no descriptor is left               | RESOURCE_ERROR          |
  *
- * A crop that reaches beyond the input is cut to it. Of a 4:2:0 input, its corner moves to even
+ * A crop that reaches beyond the input is clipped to it. For a 4:2:0 input its corner moves to even
  * pixels.
  *
  * @param configuration the one in force

@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t kRectItems = 4;
 
-/** A tag with one number, and the numbers that it may have. */
+/** A tag that holds one number, and its valid values. */
 struct NumberRule {
     uint32_t tag;
     std::optional<int> RequestSettings::*setting;
@@ -25,7 +25,7 @@ constexpr NumberRule kNumberRules[] = {
         {tag::kJpegOrientation, &RequestSettings::jpegOrientation, 0, 270, 90},
 };
 
-/** The number of a record, which is a byte or an int32. */
+/** The number in a record; none unless it is a byte or an int32. */
 std::optional<int> numberOf(IspRecord const& record) {
     if (std::optional<int32_t> const number = record.int32At(0)) {
         return *number;
@@ -36,6 +36,7 @@ std::optional<int> numberOf(IspRecord const& record) {
     return std::nullopt;
 }
 
+/** Reads a tag of one number. @return false when it is malformed or out of range */
 bool readNumber(IspMetadataReader const& reader, NumberRule const& rule,
                 RequestSettings& settings) {
     std::optional<IspRecord> const record = reader.find(rule.tag);
@@ -50,6 +51,7 @@ bool readNumber(IspMetadataReader const& reader, NumberRule const& rule,
     return true;
 }
 
+/** Reads the crop. @return false when it is malformed or empty */
 bool readCrop(IspMetadataReader const& reader, RequestSettings& settings) {
     std::optional<IspRecord> const record = reader.find(tag::kCropRegion);
     if (!record || record->byteSize == 0) {

@@ -19,7 +19,7 @@ namespace {
 
 constexpr unsigned int kIspTypeInt32 = 1;
 constexpr unsigned int kMostEntries = 3;
-constexpr std::chrono::milliseconds kLongestWayToSleep{50};
+constexpr std::chrono::milliseconds kClientWaitLimit{50};
 
 using Clock = std::chrono::steady_clock;
 
@@ -32,8 +32,7 @@ void addInts(std::vector<unsigned char>& buffer, uint32_t tag, int32_t (&&values
     add_isp_metadata_entry(buffer, tag, kIspTypeInt32, values, sizeof(values), nullptr);
 }
 
-/** States what was used: the crop, the tuning mode as it was asked for, the depth of the samples.
- */
+/** Builds the result metadata: the crop, the tuning mode as requested, the depth of raw samples. */
 std::vector<unsigned char> describe(Request const& request, IspReport const& report) {
     std::vector<unsigned char> buffer;
     initial_isp_metadata_vector(buffer, kMostEntries);
@@ -70,17 +69,17 @@ void RequestWork::abandon() {
     deliver(Status::REQUEST_ERROR, report);
 }
 
-/** The buffers go back before their owner hears that they do. */
+/** Releases the buffers, before the client is told that the request is done. */
 void RequestWork::releaseBuffers() {
     mRequest->input = RequestImage();
     mRequest->outputs.clear();
 }
 
-/** Waits until the result is late enough and its client can hear of it. */
+/** Waits for the minimum latency, and until the client waits for its result. */
 void RequestWork::hold(IspReport& report) {
     Clock::time_point const start = Clock::now();
     std::this_thread::sleep_until(mRequest->submitted + mOptions.minimumLatency);
-    mRequest->client.waitUntilAsleep(kLongestWayToSleep);
+    mRequest->client.waitUntilAsleep(kClientWaitLimit);
     report.legs.push_back({"hold", since(start)});
 }
 
@@ -96,7 +95,7 @@ void RequestWork::deliver(Status status, IspReport const& report) {
         return;
     }
     auto const transport = mRequest->configuration->callback->processResult(result);
-    (void)transport.isOk();  // a client that is gone has no use for its results
+    (void)transport.isOk();  // the client may be gone
 }
 
 }  // namespace quen::host::isp

@@ -11,7 +11,7 @@
 
 namespace quen::host::isp {
 
-/** An accepted request in the queue: does it, and gives its result to the configured callback. */
+/** An accepted request in the queue: executes it and delivers its result to the callback. */
 class RequestWork final : public QueuedWork {
   public:
     RequestWork(std::unique_ptr<Request> request, SoftwareIspOptions const& options);

@@ -19,7 +19,7 @@ namespace quen::host::isp {
 
 namespace {
 
-/** Does what answers with a status; it lacks memory at worst. */
+/** Runs an operation; RESOURCE_ERROR when memory runs out. */
 template <typename Operation>
 SoftwareIspDevice::Status guarded(Operation const& operation) {
     try {
@@ -50,7 +50,7 @@ SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration co
         return status;
     }
     configured->callback = callback;
-    std::shared_ptr<IspConfiguration const> replaced = configured;  // goes when the lock is gone
+    std::shared_ptr<IspConfiguration const> replaced = configured;  // released after the lock
     MutexLock const guard(mLock);
     if (mClosed) {
         return Status::REQUEST_ERROR;
@@ -95,7 +95,7 @@ Return<SoftwareIspDevice::Status> SoftwareIspDevice::flush() {
 }
 
 Return<SoftwareIspDevice::Status> SoftwareIspDevice::closeISPDevice() {
-    std::shared_ptr<IspConfiguration const> ended;  // goes when the lock is gone
+    std::shared_ptr<IspConfiguration const> ended;  // released after the lock
     {
         MutexLock const guard(mLock);
         mClosed = true;

@@ -16,14 +16,14 @@ namespace quen::host::isp {
 /**
  * The offline ISP, in software.
  *
- * Requests are checked when they are submitted and refused at once when something is wrong with
- * them (see readRequest); accepted ones are done in order on one thread of the device's, which
- * delivers each result, no lock held. What goes wrong meanwhile is the result's status (see
- * processRequest). Before a configuration and after the close every request is refused with
- * REQUEST_ERROR, and so is a configuration after the close.
+ * Requests are checked when they are submitted, and refused at once when they are invalid (see
+ * readRequest). Accepted ones are executed in order on the device's thread, which delivers each
+ * result, no lock held; a failure becomes the status of the result (see processRequest). Before a
+ * configuration and after the close every request is refused with REQUEST_ERROR, and so is a
+ * configuration after the close.
  *
- * A configuration holds for the requests after it; those in the queue keep theirs, callback
- * included. Any thread may call, the device's own within a result included. The destructor closes.
+ * A configuration applies to the requests after it; those in the queue keep theirs, callback
+ * included. Thread-safe; a result callback may call the device. The destructor closes it.
  */
 class SoftwareIspDevice : public vendor::mediatek::hardware::camera::isphal::V1_0::IDevice {
   public:
@@ -35,7 +35,7 @@ class SoftwareIspDevice : public vendor::mediatek::hardware::camera::isphal::V1_
 
     explicit SoftwareIspDevice(SoftwareIspOptions const& options);
 
-    /** ILLEGAL_ARGUMENT leaves the configuration before in place; see readConfiguration. */
+    /** See readConfiguration; on ILLEGAL_ARGUMENT the previous configuration stays in place. */
     ::android::hardware::Return<Status> configureISPDevice(
             const ISPStreamConfiguration& config,
             const ::android::sp<ICallback>& callback) override;
@@ -45,14 +45,14 @@ class SoftwareIspDevice : public vendor::mediatek::hardware::camera::isphal::V1_
             const ::android::hardware::hidl_vec<ISPRequest>& requests) override;
 
     /**
-     * Has every request that is not begun answered with REQUEST_ERROR, by the device's thread; the
-     * one in work is finished. Does not wait for either.
+     * Has the device's thread answer every request not yet started with REQUEST_ERROR; the running
+     * one finishes. Waits for neither.
      */
     ::android::hardware::Return<Status> flush() override;
 
     /**
-     * Flushes, and waits until everything is answered. Called within a result, it answers the queue
-     * itself, and the result is the last one.
+     * Flushes, and waits until every request is answered. Called from a result callback, it answers
+     * the queued requests itself; no result follows that one.
      */
     ::android::hardware::Return<Status> closeISPDevice() override;
 

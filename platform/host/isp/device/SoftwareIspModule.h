@@ -8,7 +8,7 @@
 
 namespace quen::host::isp {
 
-/** The module service of the software ISP: every device that it opens is a new one. Any thread. */
+/** The module service of the software ISP. Each call opens a new device. Thread-safe. */
 class SoftwareIspModule : public vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule {
   public:
     explicit SoftwareIspModule(SoftwareIspOptions options = {});

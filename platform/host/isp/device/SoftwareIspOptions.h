@@ -10,13 +10,12 @@ namespace quen::host::isp {
 /** How software ISP devices behave. */
 struct SoftwareIspOptions {
     /**
-     * No result is delivered earlier than this after its request was submitted. A chip never
-     * answers within microseconds, and there are clients that begin to wait only after they have
-     * submitted.
+     * Least time from a request's submission to its result. A chip never answers within
+     * microseconds, and some clients start to wait only after they have submitted.
      */
     std::chrono::milliseconds minimumLatency{5};
 
-    /** Told what the devices do; null for nobody. */
+    /** Observes the devices; may be null. */
     std::shared_ptr<IspObserver> observer;
 };
 

@@ -26,7 +26,7 @@ WorkQueue::WorkQueue() : mState(std::make_shared<State>()) {}
 WorkQueue::~WorkQueue() {
     close();
     if (mThread.joinable()) {
-        mThread.detach();  // it is the one that runs this
+        mThread.detach();  // the destructor runs on it
     }
 }
 
@@ -75,7 +75,7 @@ void WorkQueue::close() {
     }
 }
 
-/** Takes the first piece of work, whatever is to become of it; null when there is none. */
+/** Takes the first piece of work; null when there is none. */
 std::unique_ptr<QueuedWork> WorkQueue::takeFirst(State& state) {
     MutexLock const guard(state.lock);
     if (state.queue.empty()) {
@@ -86,7 +86,7 @@ std::unique_ptr<QueuedWork> WorkQueue::takeFirst(State& state) {
     return work;
 }
 
-/** Answers what is queued, on the queue's thread. */
+/** Abandons what is queued. Runs on the worker thread. */
 void WorkQueue::abandonAll(State& state) {
     while (std::unique_ptr<QueuedWork> const work = takeFirst(state)) {
         work->abandon();
@@ -110,7 +110,7 @@ WorkQueue::Piece WorkQueue::takeNext(State& state) {
     return piece;
 }
 
-/** The thread. No lock is held during a piece of work, nor when it is destroyed. */
+/** The worker thread. A piece runs and is destroyed without a lock: it may call the queue. */
 void WorkQueue::work(std::shared_ptr<State> const& state) {
     for (;;) {
         Piece const piece = takeNext(*state);

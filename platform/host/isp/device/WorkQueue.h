@@ -8,27 +8,27 @@
 
 namespace quen::host::isp {
 
-/** A piece of work that is answered exactly once, in one of two ways. Neither throws. */
+/** A piece of work: either run or abandon is called, once. Neither throws. */
 class QueuedWork {
   public:
     virtual ~QueuedWork() = default;
 
-    /** Does the work and answers it. */
+    /** Does the work and reports its result. */
     virtual void run() = 0;
 
-    /** Answers the work without having done it. */
+    /** Reports that the work is not done. */
     virtual void abandon() = 0;
 };
 
 /**
- * Does work in order, on one thread of its own, without holding a lock. The thread starts with the
- * first piece of work. Any thread may call, the queue's own within a piece of work included.
+ * Runs pieces of work in order on a worker thread, no lock held. The thread starts with the first
+ * piece. Thread-safe; a piece of work may call the queue.
  */
 class WorkQueue {
   public:
     WorkQueue();
 
-    /** Closes. Within a piece of work that keeps the queue's owner alive last, this works too. */
+    /** Closes the queue. Safe to call from the worker thread. */
     ~WorkQueue();
 
     WorkQueue(WorkQueue const&) = delete;
@@ -37,17 +37,17 @@ class WorkQueue {
     /**
      * Appends pieces of work, all of them or none.
      *
-     * @return false, and they are destroyed unanswered, when the queue is closed or there is no
-     *         thread to be had
+     * @return false when the queue is closed or the thread cannot be started; the pieces are then
+     *         destroyed without being run or abandoned
      */
     bool submit(std::vector<std::unique_ptr<QueuedWork>> pieces);
 
-    /** Has everything that is not begun abandoned, soon, on the queue's thread. */
+    /** Has the worker thread abandon the pieces not yet started. Does not wait for it. */
     void flush();
 
     /**
-     * Takes no more work and abandons what is not begun. Everything is answered when this returns;
-     * from within a piece of work, everything but that.
+     * Accepts no more work, abandons the pieces not yet started and waits for the running one. From
+     * a piece of work, does not wait for that piece.
      */
     void close();
 
@@ -59,7 +59,7 @@ class WorkQueue {
     static void work(std::shared_ptr<State> const& state);
     static void abandonAll(State& state);
 
-    std::shared_ptr<State> const mState;  ///< shared with the thread, which may be the last to go
+    std::shared_ptr<State> const mState;  ///< shared with the thread, which may outlive this
     Mutex mJoinLock;                      ///< held while the thread is joined
 
     /**

@@ -12,7 +12,7 @@ namespace {
 
 constexpr ExifByteOrder kByteOrder = EXIF_BYTE_ORDER_INTEL;
 constexpr char kMaker[] = "quen";
-constexpr size_t kTimeBytes = 20;  // "2026:01:31 12:00:00" and its end
+constexpr size_t kTimeBytes = 20;  // "2026:01:31 12:00:00" and the terminator
 
 struct DataDeleter {
     void operator()(ExifData* data) const { exif_data_unref(data); }
@@ -22,8 +22,7 @@ struct EntryDeleter {
     void operator()(ExifEntry* entry) const { exif_entry_unref(entry); }
 };
 
-/** Adds an entry with the tag's own format and size; null when the tag has none, or memory is out.
- */
+/** Adds an entry of the tag's own format and size; null when it has none or memory runs out. */
 ExifEntry* addEntry(ExifData* data, ExifIfd directory, ExifTag tag) {
     std::unique_ptr<ExifEntry, EntryDeleter> const entry(exif_entry_new());
     if (!entry) {
@@ -36,6 +35,7 @@ ExifEntry* addEntry(ExifData* data, ExifIfd directory, ExifTag tag) {
     return entry->data == nullptr ? nullptr : exif_content_get_entry(data->ifd[directory], tag);
 }
 
+/** Adds an entry of one SHORT. */
 void addShort(ExifData* data, ExifIfd directory, ExifTag tag, int value) {
     ExifEntry* const entry = addEntry(data, directory, tag);
     if (entry != nullptr && entry->format == EXIF_FORMAT_SHORT) {
@@ -43,13 +43,13 @@ void addShort(ExifData* data, ExifIfd directory, ExifTag tag, int value) {
     }
 }
 
-/** A size of the picture, which may be stated in either width of number. */
+/** Adds a dimension of the picture as LONG; EXIF allows SHORT as well. */
 void addSize(ExifData* data, ExifTag tag, int value) {
     std::unique_ptr<ExifEntry, EntryDeleter> const entry(exif_entry_new());
     if (!entry) {
         return;
     }
-    // The memory is the entry's, which frees it with free() as its own would be.
+    // The entry owns the memory and frees it with free().
     entry->data = static_cast<unsigned char*>(malloc(sizeof(ExifLong)));
     if (entry->data == nullptr) {
         return;
@@ -62,6 +62,7 @@ void addSize(ExifData* data, ExifTag tag, int value) {
     exif_content_add_entry(data->ifd[EXIF_IFD_EXIF], entry.get());
 }
 
+/** Adds an entry of ASCII text. */
 void addText(ExifData* data, ExifIfd directory, ExifTag tag, char const* text) {
     std::unique_ptr<ExifEntry, EntryDeleter> const entry(exif_entry_new());
     if (!entry) {
@@ -80,6 +81,7 @@ void addText(ExifData* data, ExifIfd directory, ExifTag tag, char const* text) {
     exif_content_add_entry(data->ifd[directory], entry.get());
 }
 
+/** The orientation tag for a clockwise turn. */
 int exifOrientation(int degrees) {
     switch (degrees) {
         case 90:

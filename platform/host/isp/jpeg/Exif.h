@@ -14,7 +14,7 @@ struct ExifFields {
     time_t time = 0;             ///< written as local time
 };
 
-/** Builds the content of a JPEG's APP1 segment, from "Exif" on; empty when memory is out. */
+/** Builds the content of a JPEG's APP1 segment, from "Exif" on; empty when memory runs out. */
 std::vector<uint8_t> buildExif(ExifFields const& fields);
 
 }  // namespace quen::host::isp

@@ -12,11 +12,11 @@ namespace quen::host::isp {
 
 namespace {
 
-// Restart markers are numbered 0 to 7: slices of whole octaves can be joined as they are.
+// Restart markers count from 0 to 7: slices of a multiple of eight can be joined unchanged.
 constexpr int kSliceStep = 8 * kMcuSide;
 
-// Several, as a part of a picture may take far longer than another.
-constexpr int kSlicesAProcessor = 4;
+// Several per processor: parts of a picture may differ much in cost.
+constexpr int kSlicesPerProcessor = 4;
 
 constexpr uint8_t kMarker = 0xff;
 constexpr uint8_t kFrameHeader = 0xc0;
@@ -29,28 +29,28 @@ constexpr size_t kHeightInFrameHeader = 5;
 struct Slice {
     int firstRow = 0;
     int rows = 0;
-    std::unique_ptr<uint8_t[]>
-            bytes;  ///< of all slices but the first, which is in its place already
+    std::unique_ptr<uint8_t[]> bytes;  ///< null for the first slice, which is encoded in place
     uint8_t* file = nullptr;
     size_t size = 0;
 };
 
+/** Splits a picture into slices at restart intervals. */
 std::vector<Slice> cut(int height) {
     int const processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     int const steps = (height + kSliceStep - 1) / kSliceStep;
-    int const most = kSlicesAProcessor * processors;
-    int const stepsASlice = (steps + most - 1) / most;
+    int const most = kSlicesPerProcessor * processors;
+    int const stepsPerSlice = (steps + most - 1) / most;
     std::vector<Slice> slices;
-    for (int row = 0; row < height; row += stepsASlice * kSliceStep) {
+    for (int row = 0; row < height; row += stepsPerSlice * kSliceStep) {
         Slice slice;
         slice.firstRow = row;
-        slice.rows = std::min(stepsASlice * kSliceStep, height - row);
+        slice.rows = std::min(stepsPerSlice * kSliceStep, height - row);
         slices.push_back(std::move(slice));
     }
     return slices;
 }
 
-/** Offset of the first segment with a marker, among the headers of a file. */
+/** Offset of the first segment with that marker in the headers of a file. */
 size_t findSegment(uint8_t const* file, uint8_t marker) {
     size_t offset = kMarkerBytes;
     while (file[offset + 1] != marker) {
@@ -59,15 +59,17 @@ size_t findSegment(uint8_t const* file, uint8_t marker) {
     return offset;
 }
 
-/** Offset of what the scan header of a file announces. */
+/** Offset of the entropy-coded data, which follows the scan header. */
 size_t scanOffset(uint8_t const* file) {
     size_t const header = findSegment(file, kScanHeader);
     return header + kMarkerBytes + static_cast<size_t>(file[header + 2] << 8 | file[header + 3]);
 }
 
 /**
- * Appends the other slices to the first: what ends each file gives way to a restart marker, and the
- * headers of the first one learn the whole height.
+ * Appends the other slices to the first: a restart marker replaces the end marker of each file, and
+ * the frame header of the first gets the height of the whole picture.
+ *
+ * @return size of the whole file; 0 when it does not fit into `capacity`
  */
 size_t join(std::vector<Slice> const& slices, int height, size_t capacity) {
     uint8_t* const target = slices.front().file;
@@ -101,8 +103,7 @@ size_t encodeJpeg(YuvPicture const& picture, int quality, std::vector<uint8_t> c
             Slice& slice = slices[static_cast<size_t>(index)];
             bool const isFirst = index == 0;
             if (!isFirst) {
-                slice.bytes.reset(
-                        new uint8_t[capacity]);  // memory that is not written costs nothing
+                slice.bytes.reset(new uint8_t[capacity]);  // pages never written cost nothing
             }
             slice.file = isFirst ? target : slice.bytes.get();
             YuvPicture const part =

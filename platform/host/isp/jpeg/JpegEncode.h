@@ -8,11 +8,12 @@
 
 namespace quen::host::isp {
 
+/** Largest width and height of a JPEG, in pixels. */
 constexpr int kMaxJpegSide = 65500;
 
 /**
- * Encodes a picture, its samples taken as they are, 4:2:0. Slices of it are encoded in parallel and
- * joined at restart markers.
+ * Encodes a 4:2:0 picture without resampling it. Slices are encoded in parallel and joined at
+ * restart markers.
  *
  * @param picture planar, NV12 or NV21, no side above kMaxJpegSide
  * @param quality 1..100

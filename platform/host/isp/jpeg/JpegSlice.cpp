@@ -16,8 +16,7 @@ namespace {
 
 constexpr int kChromaRows = kMcuSide / 2;
 
-/** How libjpeg's errors come back: it must not return from them, and is not built for exceptions.
- */
+/** libjpeg's errors, which must not return; C code cannot be unwound, so they jump back. */
 struct ErrorManager {
     jpeg_error_mgr base;
     jmp_buf back;
@@ -29,7 +28,7 @@ void onError(j_common_ptr info) {
 
 void onMessage(j_common_ptr /*info*/) {}
 
-// The memory is all handed over at once: whatever asks for more has too little.
+// The whole target is handed over at once: a request for more means it is too small.
 void onStart(j_compress_ptr /*info*/) {}
 
 boolean onFull(j_compress_ptr info) {
@@ -39,7 +38,7 @@ boolean onFull(j_compress_ptr info) {
 
 void onEnd(j_compress_ptr /*info*/) {}
 
-/** A row of samples, its last one repeated up to the padded width. */
+/** Repeats the last sample of a row up to the padded width. */
 void padRow(uint8_t* row, int width, int paddedWidth) {
     memset(row + width, row[width - 1], static_cast<size_t>(paddedWidth - width));
 }
@@ -52,7 +51,7 @@ void setUp(jpeg_compress_struct& info, YuvPicture const& picture, int quality) {
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, quality, TRUE);
     info.raw_data_in = TRUE;
-    info.write_JFIF_header = FALSE;  // EXIF wants the first place
+    info.write_JFIF_header = FALSE;  // EXIF must be the first segment
     info.comp_info[0].h_samp_factor = 2;
     info.comp_info[0].v_samp_factor = 2;
     info.restart_in_rows = 1;
@@ -74,8 +73,8 @@ JpegSliceEncoder::JpegSliceEncoder(int width)
     }
 }
 
-/** Takes one row of squares from a picture, repeating what lies at its right and lower ends. */
-void JpegSliceEncoder::fillSquares(YuvPicture const& picture, int firstRow) {
+/** Reads one MCU row of a picture, repeating its last column and row as padding. */
+void JpegSliceEncoder::fillMcuRow(YuvPicture const& picture, int firstRow) {
     bool const whole = picture.width == mPaddedWidth;
     for (int i = 0; i < kMcuSide; ++i) {
         int const row = std::min(firstRow + i, picture.height - 1);
@@ -112,7 +111,7 @@ size_t JpegSliceEncoder::encode(YuvPicture const& picture, int quality,
     info.err = jpeg_std_error(&errors.base);
     errors.base.error_exit = onError;
     errors.base.output_message = onMessage;
-    // Nothing with a destructor lives between here and the end: a jump would skip it.
+    // longjmp skips destructors: no object below may have one.
     if (setjmp(errors.back) != 0) {
         jpeg_destroy_compress(&info);
         return 0;
@@ -136,7 +135,7 @@ size_t JpegSliceEncoder::encode(YuvPicture const& picture, int quality,
     JSAMPARRAY rows[] = {mLumaRows, mCbRows, mCrRows};
     planes = rows;
     while (info.next_scanline < info.image_height) {
-        fillSquares(picture, static_cast<int>(info.next_scanline));
+        fillMcuRow(picture, static_cast<int>(info.next_scanline));
         jpeg_write_raw_data(&info, planes, kMcuSide);
     }
     jpeg_finish_compress(&info);

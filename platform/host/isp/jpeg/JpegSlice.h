@@ -9,12 +9,12 @@
 
 namespace quen::host::isp {
 
-/** Side of the squares that a 4:2:0 JPEG is made of, in pixels. */
+/** Side of an MCU of a 4:2:0 JPEG, in pixels. */
 constexpr int kMcuSide = 16;
 
 /**
- * Encodes pictures to complete JPEG files with a restart marker after every row of squares, so that
- * the files of slices of one picture can be joined. One thread at a time.
+ * Encodes pictures to complete JPEG files with a restart marker after every MCU row, so that the
+ * files of slices of one picture can be joined. Not thread-safe.
  */
 class JpegSliceEncoder {
   public:
@@ -29,10 +29,10 @@ class JpegSliceEncoder {
                   uint8_t* target, size_t capacity);
 
   private:
-    void fillSquares(YuvPicture const& picture, int firstRow);
+    void fillMcuRow(YuvPicture const& picture, int firstRow);
 
-    int mPaddedWidth;                   ///< pixels, a whole number of squares
-    std::unique_ptr<uint8_t[]> mBytes;  ///< one row of squares: luma, cb, cr
+    int mPaddedWidth;                   ///< pixels, a multiple of kMcuSide
+    std::unique_ptr<uint8_t[]> mBytes;  ///< one MCU row: luma, cb, cr
     uint8_t* mLumaRows[kMcuSide];       ///< in mBytes, or in the picture
     uint8_t* mCbRows[kMcuSide / 2];
     uint8_t* mCrRows[kMcuSide / 2];
