@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Lists what one operation of a case asks of the C library and the kernel: how often, what, the
-# function of this project that calls, and the library's function that it does so for.
+# Lists the allocations, C library and system calls of one operation of a case: how often, which call,
+# the calling function of this project, and the operation of the library that it serves.
 # Usage: bench/lists.sh QUEN-BENCH WATCH-LIBRARY CASE
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)

@@ -18,7 +18,7 @@
  */
 int main(int argc, char** argv) {
     using namespace quenbench;
-    Graphics::get();  // before the library fetches its services
+    Graphics::get();  // registers services before the library fetches them
     quen::host::setLogLevel(quen::host::LogLevel::Silent);
     Cases cases;
     addDeviceCopyCases(cases);

@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
-# Sets up, builds and measures; prints one table of what the library costs and what it is held to.
+# Sets up, builds and measures; prints one table of costs and their limits.
 # Usage: scripts/bench.sh [FLAG...]        flags of Google Benchmark, such as
 #                                          --benchmark_filter=copy or --benchmark_repetitions=3
-#        scripts/bench.sh build            goes no further than building
-#        scripts/bench.sh lists [CASE]     every allocation and system call of one request, by the
-#                                          function that makes it; request/raw unless named
+#        scripts/bench.sh build            only builds
+#        scripts/bench.sh lists [CASE]     lists every allocation and system call of one request with
+#                                          the function that makes it; CASE: request/raw by default
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh libbenchmark-dev valgrind strace binutils >&2
-# A folder of its own: the other scripts need none of the benchmark's packages.
+# A build folder of its own: the other scripts do not need the packages of the benchmark.
 cmake --preset release -B build/bench -DQUEN_BUILD_TESTS=OFF -DQUEN_BUILD_BENCH=ON >/dev/null
 cmake --build build/bench --target quen-bench quen-bench-watch raw-to-jpeg >&2
 if [ "${1:-}" = build ]; then
@@ -34,12 +34,12 @@ strace -f -o "$work/trace" "$bench" --count request/ >/dev/null
 
 {
     grep -v '^operations ' "$work/watched"
-    # A dump a case: its name, then the instructions of its sections.
+    # One dump per case: its name, then the instructions of its sections.
     awk 'NR == FNR { if ($1 == "operations") operations[$2] = $3; next }
          /^desc: Trigger: Client Request: / { name = $NF }
          /^totals: / { if (name in operations) print "instructions", name, $2 / operations[name]
                        name = "" }' "$work/watched" "$work"/callgrind.*
-    # The thread that marked the section; the marks themselves are none of its calls.
+    # Counts the calls of the thread that marked the section, without the marks.
     awk 'NR == FNR { if ($1 == "operations") { operations[$2] = $3 } next }
          match($0, /write\(-1, "(begin|end) [^"]*"/) {
              split(substr($0, RSTART, RLENGTH), mark, "\"")
@@ -58,5 +58,5 @@ echo "measuring" >&2
 "$bench" --counts="$work/counts" "$@"
 
 if [ $# -eq 0 ]; then
-    scripts/bench_raw_to_jpeg.sh | sed 1,2d # one head does for the table
+    scripts/bench_raw_to_jpeg.sh | sed 1,2d # without its table head
 fi

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Sets up, builds and measures RAW to JPEG as whole processes, quen-reprocess against LibRaw followed by
-# libjpeg-turbo; prints the table's rows.
+# libjpeg-turbo; prints a table.
 # Usage: scripts/bench_raw_to_jpeg.sh [REPETITIONS]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh libbenchmark-dev valgrind >&2
-# The folder of scripts/bench.sh: the other scripts need none of the benchmark's packages.
+# The build folder of scripts/bench.sh.
 cmake --preset release -B build/bench -DQUEN_BUILD_TESTS=OFF -DQUEN_BUILD_BENCH=ON >/dev/null
 cmake --build build/bench --target raw-to-jpeg >&2
 

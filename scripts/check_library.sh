@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks what the library promises to the phone's tree: its sources compile against the platform's
-# headers alone, and it exports what its clients may link and nothing else. Needs the release build.
+# Checks that the library fits a phone's tree: its sources compile with the headers of platform/api
+# alone, and it exports exactly what its clients may link. Needs the release build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Tests the tests: puts small faults into a scratch copy, one at a time, and tells which of them no
-# test notices. Exits with 1 when a fault survives or cannot be tried.
+# Tests the tests: applies each fault to a scratch copy and reports those that no test notices. Exits
+# with 1 when a fault survives or cannot be tried.
 # Usage: scripts/replay_faults.sh [FAULT...]    FAULT: a patch of tests/faults, without .patch
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-readonly slow_tests=Endurance # run only for what the others let through
-readonly hang_seconds=60      # a test that runs longer hangs, and so notices the fault
+readonly slow_tests=Endurance # run only for faults that the others miss
+readonly hang_seconds=60      # a test that runs longer counts as failed
 readonly jobs=${JOBS:-2}
 
 faults=("$@")
@@ -20,7 +20,7 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 log=$scratch/log
 
-# The tree as it stands, committed or not.
+# The working tree, uncommitted changes included.
 git ls-files -z --cached --others --exclude-standard |
     while IFS= read -r -d '' file; do
         if [[ -e $file ]]; then printf '%s\0' "$file"; fi
@@ -41,7 +41,7 @@ run_tests() {
     done
 }
 
-# Applies a patch exactly as it reads, or its reverse with --reverse; only the lines may have moved.
+# Applies a patch, or with --reverse its reverse. The context must match; line numbers may differ.
 apply() {
     patch -p1 --batch --fuzz=0 --no-backup-if-mismatch --reject-file=- "${@:2}" \
         <"$patches/$1.patch" >"$log" 2>&1
@@ -51,7 +51,7 @@ failed_test() {
     sed -n 's/.*Test *#[0-9]*: \([^ ]*\) .*\*\*\*.*/\1/p' "$log" | head -1
 }
 
-# Optimised a little only: the build takes longer than the tests.
+# -O1: the builds take longer than the tests.
 cmake --preset release -B build -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O1 >"$log"
 if ! build || ! run_tests; then
     tail -n 30 "$log"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing on a Debian machine: compiler, build tools and the host platform's libraries.
-# Usage: scripts/setup.sh [PACKAGE...]    further packages, wanted by one script alone
+# Usage: scripts/setup.sh [PACKAGE...]    PACKAGE: further packages that only the caller needs
 set -euo pipefail
 
 packages=(

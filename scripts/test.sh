@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs the tests.
-# Usage: scripts/test.sh [PRESET]    PRESET: release (default), hardened, debug, asan or tsan
+# Usage: scripts/test.sh [PRESET]    PRESET: release (default), hardened, debug, asan, tsan or clang
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,7 +9,7 @@ scripts/setup.sh
 cmake --preset "$preset" -DQUEN_BUILD_TESTS=ON >/dev/null
 cmake --build --preset "$preset"
 
-# Leaks count as failures; one report a fault is enough to find it.
+# Leaks count as failures.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
 ctest --preset "$preset"

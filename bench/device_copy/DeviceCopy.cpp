@@ -34,7 +34,7 @@ std::string caseName(char const* group, PictureSize const& size, ChromaLayout co
     return std::string(group) + '/' + size.name + '/' + layout.name + '/' + who;
 }
 
-/** The picture of a size and the touched buffer of a layout; made once, kept for the process. */
+/** The picture of a size and the touched buffer of a layout, created once and kept. */
 struct Stage {
     std::shared_ptr<ClientPicture const> source;
     DeviceBuffer target;
@@ -63,7 +63,7 @@ Stage const& stageOf(PictureSize const& size, ChromaLayout const& layout) {
     return stage;
 }
 
-/** What a newcomer would take instead; it leaves the row ends alone. */
+/** The obvious alternative, libyuv; it does not clear the padding of rows. */
 void copyWithLibyuv(Stage const& stage, PictureSize const& size, Layout layout) {
     uint8_t const* const source = stage.source->data();
     int const width = size.width;
@@ -124,7 +124,7 @@ void addTouched(Cases& cases, PictureSize const& size, ChromaLayout const& layou
     });
 }
 
-/** The library's calls on the way to a filled buffer, the picture copied in one go. */
+/** The calls that the library makes to fill a buffer, with one memcpy of the picture. */
 void fillFreshBuffer(hidl_handle& handle, PictureSize const& size, void const* source) {
     AllocatorHelper::getInstance().allocateGraphicBuffer(
             static_cast<uint32_t>(size.width), static_cast<uint32_t>(size.height), kDeviceUsage,
@@ -147,7 +147,7 @@ void addFresh(Cases& cases, PictureSize const& size, ChromaLayout const& layout)
                              Stage const& stage = stageOf(size, layout);
                              return [=, &stage] {
                                  Graphics::get().setLayout(layout.layout);
-                                 // The buffer's end belongs to what a buffer costs.
+                                 // Freeing is part of the cost of a buffer.
                                  return measured([&] {
                                      hidl_handle handle;
                                      fill(handle, stage.source->data());

@@ -6,7 +6,7 @@
 
 namespace quenbench {
 
-/** The picture's copy into a device buffer: into touched memory, and into a fresh buffer. */
+/** The copy of a picture into a device buffer: into touched memory, and into a fresh buffer. */
 void addDeviceCopyCases(Cases& cases);
 void printDeviceCopyRows(std::ostream& out, Figures const& figures);
 

@@ -23,7 +23,7 @@ using android::hardware::graphics::mapper::V4_0::IMapper;
 inline constexpr uint64_t kDeviceUsage = 0x20033;
 inline constexpr int kNv21Format = 0x11;
 
-/** A size of a picture, none of whose rows is as long as the allocator's. */
+/** A size of a picture whose rows are shorter than the allocator's stride. */
 struct PictureSize {
     char const* name;
     int width;
@@ -41,7 +41,7 @@ struct ChromaLayout {
     quen::host::Layout layout;
 };
 
-/** A picture as a client hands it over: packed, in shared memory that has been written. */
+/** A client's picture: packed, in shared memory whose pages are touched. */
 class ClientPicture {
   public:
     explicit ClientPicture(PictureSize const& size);
@@ -56,7 +56,7 @@ class ClientPicture {
     uint8_t* mData;
 };
 
-/** A device buffer of the host's allocator, imported, locked and touched. */
+/** A device buffer from the host's allocator, imported, locked and touched. */
 struct DeviceBuffer {
     hidl_handle raw;
     void* imported = nullptr;
@@ -65,9 +65,9 @@ struct DeviceBuffer {
 };
 
 /**
- * The process's graphics services: the host's own, and in their place, while a buffer is present,
- * ones that answer every call with it at once, so that only what is done with its memory takes
- * time. The library's helpers fetch services once, so there is one pair of them.
+ * The graphics services of the process: the host's or, while a buffer is presented, services that
+ * return that buffer at once, so that only the access to its memory takes time. There is one pair
+ * for the process, since the library's helpers fetch services once.
  */
 class Graphics {
   public:
@@ -79,10 +79,10 @@ class Graphics {
     DeviceBuffer touchedBuffer(PictureSize const& size, quen::host::Layout layout);
     void release(DeviceBuffer& buffer);
 
-    /** Answers with a buffer from now on; null: as the host does. */
+    /** Returns that buffer from now on; null: the host's services serve. */
     void present(DeviceBuffer const* buffer) { mPresent = buffer; }
 
-    /** Seconds from the last lock's answer to the unlock that followed it. */
+    /** Seconds from the return of the last lock to the unlock after it. */
     double secondsLocked() const { return secondsBetween(mLocked, mUnlocked); }
 
   private:

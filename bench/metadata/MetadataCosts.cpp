@@ -23,18 +23,18 @@ constexpr size_t kEntryCounts[] = {20, 60, 300};
 constexpr size_t kFewest = 20;
 constexpr size_t kMost = 300;
 
-/** Requests that one run handles: so many that the clock's own time is none of theirs. */
+/** Requests per run: enough to make the cost of reading the clock negligible. */
 constexpr size_t kBatch = 32;
 constexpr size_t kLargeBatch = 4;
 
-/** A request's metadata, in the forms it has on the road. */
+/** A request's metadata in the form of every stage. */
 struct Forms {
     explicit Forms(RequestShape const& shape)
         : batch(shape.tuningBytes ? kLargeBatch : kBatch), client(makeRequest(shape)) {
         quenOfflineDevicePeer(device).setStage("RAW2YUV");
         converter->convert(client.get(), request);
         result = makeResult(request.count());
-        // The ISP's answer has as many entries, in the order of the client's.
+        // The ISP's result has as many entries, in the order of the client's.
         IMetadata encoded = request;
         quenOfflineDevicePeer(device).convertToISPMetadata(&encoded, flat);
     }
@@ -50,7 +50,7 @@ struct Forms {
     std::vector<unsigned char> flat;
 };
 
-/** Runs `work(i)` for a batch of prepared objects, which end after the section. */
+/** Runs `work(i)` for a batch of prepared objects, destroyed after the section. */
 template <typename Prepared, typename Work>
 double measuredBatch(std::vector<Prepared> prepared, Work const& work) {
     return measured([&] {
@@ -105,9 +105,9 @@ struct Step {
     char const* name;
     char const* what;
     double (*run)(Forms& forms);
-    bool ordersDiffer;    ///< the order of the client's entries matters
-    size_t tuningCopies;  ///< how often the road's step has to move the 2 MB
-    double entryCopies;   ///< how often an entry has to be handed over in it; negative: no matter
+    bool ordersDiffer;    ///< whether the order of the client's entries matters
+    size_t tuningCopies;  ///< how often the step has to copy the 2 MB
+    double entryCopies;   ///< how often it has to copy an entry; negative: not checked
 };
 
 constexpr Step kSteps[] = {
@@ -176,7 +176,7 @@ void printGrowth(std::ostream& out, Figures const& figures, Step const& step, Or
           countText);
 }
 
-/** How often an entry is copied, its items shared: the interface hands entries over by value. */
+/** Copies of an entry, items shared: the interface passes entries by value. */
 void printEntryCopies(std::ostream& out, Figures const& figures, Step const& step) {
     double const copies = figures.count("entryCopies", caseName(step, {kMost, Order::Sorted}));
     if (copies >= 0 && step.entryCopies > 0) {
@@ -187,7 +187,7 @@ void printEntryCopies(std::ostream& out, Figures const& figures, Step const& ste
     }
 }
 
-/** What the tuning bytes add to a step, and how often they are copied in it. */
+/** What the tuning bytes add to a step, and how often it copies them. */
 void printTuning(std::ostream& out, Figures const& figures, Step const& step) {
     std::string const with = caseName(step, {kFewest, Order::Sorted, true});
     double const added =

@@ -6,7 +6,7 @@
 
 namespace quenbench {
 
-/** The stages that a request's metadata passes on its way to the ISP and back. */
+/** The stages of a request's metadata, to the ISP and back. */
 void addMetadataCases(Cases& cases);
 void printMetadataRows(std::ostream& out, Figures const& figures);
 

@@ -22,7 +22,7 @@ constexpr uint32_t kYuvTuningTag = 0x800b0017;
 constexpr uint32_t k3ABufferIndexTag = 0xc00c0018;
 constexpr size_t kLargestItems = 32;  // bytes
 
-/** A kind of entries that requests are filled up with. */
+/** A kind of entry that fills requests up. */
 struct Kind {
     int metadataType;
     uint8_t flatType;
@@ -37,8 +37,8 @@ constexpr Kind kKinds[] = {
 constexpr size_t kKindCount = sizeof(kKinds) / sizeof(kKinds[0]);
 constexpr Kind kSingle = {IMetadata::TYPE_MINT32, TYPE_INT32, 1};
 
-// What a client tells of a capture is single numbers. Requests of every size have the same share of
-// them, so that the sizes' costs an entry can be compared.
+// The tags that describe a capture are single numbers. Requests of every size have the same share
+// of them, so that costs per entry can be compared across sizes.
 constexpr size_t kPeriod = 20;
 constexpr size_t kListsAPeriod = 11;
 
@@ -47,7 +47,7 @@ Kind const& kindOf(size_t index) {
     return place < kListsAPeriod ? kKinds[place % kKindCount] : kSingle;
 }
 
-/** An entry on its way into a client's metadata: `items` holds them all. */
+/** An entry of a client's metadata. */
 struct FlatEntry {
     uint32_t tag;
     uint8_t type;
@@ -55,7 +55,7 @@ struct FlatEntry {
     std::vector<uint8_t> items;
 };
 
-/** What a client tells of a capture, in the tags' order. */
+/** The tags that describe a capture, in their order. */
 std::vector<FlatEntry> captureEntries(bool threeABuffer) {
     struct {
         uint32_t tag;
@@ -129,7 +129,7 @@ ClientMetadata makeRequest(RequestShape const& shape) {
 IMetadata makeResult(size_t entries) {
     IMetadata result;
     for (size_t i = 0; i < entries; ++i) {
-        size_t const index = i * 2;  // every second tag of a request, and as many that it has not
+        size_t const index = i * 2;  // every second tag of the request, and as many others
         uint32_t const tag = static_cast<uint32_t>(kFillTag + index);
         IMetadata::IEntry entry(tag);
         int32_t const values[6] = {1, 2, 3, 4, 5, 6};

@@ -16,10 +16,10 @@ inline constexpr size_t kTuningBytes = 0x1fa400;
 
 using ClientMetadata = std::unique_ptr<camera_metadata, decltype(&free_camera_metadata)>;
 
-/** How the entries of a client's metadata lie. */
+/** The order of the entries of a client's metadata. */
 enum class Order { Sorted, Shuffled };
 
-/** What a client's metadata is made of. */
+/** The contents of a client's metadata. */
 struct RequestShape {
     size_t entries;  ///< without the tuning data
     Order order = Order::Sorted;
@@ -28,16 +28,16 @@ struct RequestShape {
 };
 
 /**
- * A request as a client makes it: what the library reads of a capture, filled up to the number of
- * entries with tags of the phone maker's: bytes, int32 lists, rectangles, floats and int64, of 16
- * to 32 bytes, and single numbers, in the same share at every size.
+ * A request of a client: the tags that the library reads, filled up to the number of entries with
+ * tags of the phone maker: bytes, int32 lists, rectangles, floats and int64, of 16 to 32 bytes, and
+ * single numbers, in the same proportion at every size.
  */
 ClientMetadata makeRequest(RequestShape const& shape);
 
-/** The platform's tags, and the types of those that requests are filled up with. */
+/** The tags of the platform, and of those that fill requests up. */
 NSCam::IMetadataTagSet const& benchTagSet();
 
-/** Entries for an ISP's answer, the half of which the request has, too. */
+/** Entries of an ISP's result, half of which the request has as well. */
 NSCam::IMetadata makeResult(size_t entries);
 
 }  // namespace quenbench

@@ -11,7 +11,7 @@ namespace quenbench {
 
 namespace {
 
-/** Begins a program with its output going to a descriptor. @return its process, or -1 */
+/** Starts a program with its output redirected to a descriptor. @return its process, or -1 */
 pid_t start(std::vector<std::string> const& command, int output) {
     std::vector<char*> arguments;
     for (std::string const& argument : command) {

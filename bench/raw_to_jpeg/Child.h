@@ -5,23 +5,23 @@
 
 namespace quenbench {
 
-/** What a process cost from its start to its end. */
+/** The cost of a process from start to end. */
 struct Cost {
-    double seconds = 0;           ///< by the clock
-    double processorSeconds = 0;  ///< of all its threads, the kernel's work for it included
-    double peakBytes = 0;         ///< memory resident at once
+    double seconds = 0;           ///< wall time
+    double processorSeconds = 0;  ///< of all its threads, user and system
+    double peakBytes = 0;         ///< largest resident set
 };
 
 /**
- * Runs a program and waits for it; what it prints is thrown away but for its errors.
+ * Runs a program and waits for it. Its standard output is discarded.
  *
- * A child's peak counts from the process it is made from: whoever measures must be small itself.
+ * The peak of a child starts at the size of its parent, so the measuring process must be small.
  *
  * @return false when it could not be run, or failed
  */
 bool runChild(std::vector<std::string> const& command, Cost& cost);
 
-/** Runs a program and reads what it prints. @return whether it ended well */
+/** Runs a program and reads its standard output. @return whether it succeeded */
 bool readChild(std::vector<std::string> const& command, std::string& output);
 
 }  // namespace quenbench

@@ -23,7 +23,7 @@ using quen::reprocess::Capture;
 constexpr uint32_t kLargeWidth = 8160;
 constexpr uint32_t kLargeHeight = 6120;
 
-/** The capture side by side with itself until it fills a larger sensor. */
+/** Tiles a capture to the size of a larger sensor. */
 Capture tiled(Capture const& capture, uint32_t width, uint32_t height) {
     BayerImage const& from = std::get<BayerImage>(capture.image);
     auto const samples = std::make_shared<std::vector<uint16_t>>();

@@ -1,8 +1,7 @@
-// Develops a raw file to a JPEG the way a program would that has LibRaw and libjpeg-turbo:
+// Develops a raw file to a JPEG with LibRaw and libjpeg-turbo:
 //   libraw-develop INPUT OUTPUT.jpg DEMOSAIC [WIDTHxHEIGHT BLACK WHITE RED GREEN BLUE]
 // DEMOSAIC is LibRaw's user_qual, -1 for its default. With a size the input is headerless: RGGB in
-// words of 16 bits, with the levels and the white balance that follow, and colours left the
-// camera's.
+// words of 16 bits, with the levels and the white balance that follow, and no colour matrix.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,8 +28,7 @@ void check(int result, char const* what) {
     }
 }
 
-/** What makes LibRaw's picture the plain rendering of the scene: nothing guessed from its content.
- */
+/** Turns off what LibRaw derives from the content of a picture, such as automatic brightness. */
 void setUp(libraw_output_params_t& params, int demosaic) {
     params.user_qual = demosaic;
     params.use_camera_wb = 1;
@@ -81,7 +79,7 @@ std::vector<unsigned char> openHeaderless(LibRaw& raw, char** arguments) {
     return bytes;
 }
 
-/** Encodes 8-bit RGB, 4:2:0, straight into a file. */
+/** Encodes 8-bit RGB as 4:2:0 into a file. */
 void writeJpeg(unsigned char* pixels, int width, int height, size_t stride, char const* path) {
     FILE* const file = std::fopen(path, "wb");
     if (!file) {
@@ -120,7 +118,7 @@ int main(int argc, char** argv) {
     if (argc != 4 && argc != 10) {
         fail("usage", "INPUT OUTPUT.jpg DEMOSAIC [WIDTHxHEIGHT BLACK WHITE RED GREEN BLUE]");
     }
-    static LibRaw raw;  // larger than a stack frame should be
+    static LibRaw raw;  // too large for the stack
     setUp(raw.imgdata.params, std::atoi(argv[3]));
     std::vector<unsigned char> samples;
     if (argc == 10) {

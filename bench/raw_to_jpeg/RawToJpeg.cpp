@@ -1,4 +1,4 @@
-// Measures RAW to JPEG as whole processes, ours against LibRaw's, and prints a table:
+// Measures RAW to JPEG as whole processes, quen-reprocess against LibRaw, and prints a table:
 //   raw-to-jpeg QUEN_REPROCESS LIBRAW_DEVELOP DEMO_FRAMES FOLDER [REPETITIONS]
 // FOLDER receives the frames and the pictures.
 #include <algorithm>
@@ -97,7 +97,7 @@ double median(std::vector<Cost> const& costs, double Cost::*figure) {
     return *middle;
 }
 
-/** Runs the commands in turn, as often as asked, after a round that counts for nothing. */
+/** Runs the commands in turn, after one round that is not counted. */
 std::vector<std::vector<Cost>> measure(std::vector<Command> const& commands, int repetitions) {
     std::vector<std::vector<Cost>> costs(commands.size());
     for (int round = -1; round < repetitions; ++round) {
@@ -143,7 +143,7 @@ void measureWork(Programs const& programs, Work const& work, int repetitions) {
                          Goal::atMost(kMostBytesPerPixel)});
 }
 
-/** Quality is that of the capture with its whole calibration, at the size of its scene. */
+/** PSNR against the scene, of the capture with its whole calibration. */
 void comparePictures(Programs const& programs, Work const& work) {
     Command command = {programs.frames, "compare", pictureOf(programs, "ours", work)};
     for (Peer const& peer : kPeers) {

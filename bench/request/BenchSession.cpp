@@ -49,7 +49,7 @@ class Module final : public isphal::IISPModule {
     android::sp<BenchIsp> const mIsp;
 };
 
-/** One 3A buffer for everything, or none. */
+/** A store of one 3A buffer, or of none. */
 class OneBufferStore final : public quen::host::IThreeAStore {
   public:
     explicit OneBufferStore(int descriptor) : mDescriptor(descriptor) {}
@@ -105,7 +105,7 @@ void Responder::ask() {
     mChanged.notifyOne();
 }
 
-/** Waits to be asked. @return false when the responder ends */
+/** Waits for ask. @return false when the responder ends */
 bool Responder::waitUntilAsked() {
     quen::host::MutexLock const lock(mLock);
     while (!mAsked && !mEnded) {
@@ -153,7 +153,7 @@ BenchIsp::StatusReturn BenchIsp::processISPRequest(
     if (mAnswering == Answering::AtOnce) {
         answer(request.requestNumber);
     } else if (mAnswering == Answering::FromThread) {
-        mPending = &request;  // lives until the waiting client has its answer
+        mPending = &request;  // valid until the waiting client has its answer
         mResponder->ask();
     }
     return isphal::Status::OK;
@@ -171,7 +171,7 @@ void BenchIsp::answer(uint32_t number) {
     (void)callback->processResult(mResult).isOk();
 }
 
-/** Writes the trailer that tells of a JPEG. */
+/** Writes the trailer of a JPEG's buffer. */
 void BenchIsp::leaveJpeg() {
     uint32_t const trailer[2] = {0xFF, kJpegBytes};
     writeTo(mPending->outputBuffers[0].buffer, kBlobBytes, kBlobBytes - sizeof(trailer), trailer,

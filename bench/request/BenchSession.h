@@ -21,19 +21,19 @@ namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
 using Client =
         android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>;
 
-/** A client that takes what it is told and does nothing. */
+/** A client's callback that does nothing. */
 Client makeClient();
 
-/** A thread that answers a while after it was asked: whoever asked is waiting by then. */
+/** A thread that answers with a delay, so that the client already waits. */
 class Responder {
   public:
-    /** @param prepare called before the while, `answer` after it; both on the thread */
+    /** @param prepare called before the delay, `answer` after it; both on the thread */
     Responder(std::function<void()> prepare, std::function<void()> answer);
     ~Responder();
 
     void ask();
 
-    /** When the last answer began. Read after it has come. */
+    /** When the last answer started. Read once the answer has arrived. */
     Clock::time_point answeredAt() const { return mAnsweredAt; }
 
   private:
@@ -54,10 +54,10 @@ class Responder {
 enum class Answering {
     AtOnce,      ///< within the submission, on the client's thread
     WhenAsked,   ///< at a call of `answer`
-    FromThread,  ///< from a thread of its own, once the client waits
+    FromThread,  ///< on a Responder's thread, once the client waits
 };
 
-/** An ISP device that does nothing with a request but answer it, with 20 entries. */
+/** An ISP device that only answers requests, with 20 entries. */
 class BenchIsp : public isphal::IDevice {
   public:
     using StatusReturn = android::hardware::Return<isphal::Status>;
@@ -74,7 +74,7 @@ class BenchIsp : public isphal::IDevice {
     void answer(uint32_t number);
     Clock::time_point answeredAt() const { return mResponder->answeredAt(); }
 
-    /** Fills the tuning buffers of outputs from now on, as an ISP with 2 MB to tell does. */
+    /** Fills the tuning buffers of outputs from now on, all 2 MB. */
     void fillTuningBuffers() { mFillsTuning = true; }
 
   private:
@@ -85,21 +85,21 @@ class BenchIsp : public isphal::IDevice {
     std::vector<uint8_t> mResultBytes;
     isphal::ISPResult mResult;
     android::sp<isphal::ICallback> mCallback;
-    isphal::ISPRequest const* mPending = nullptr;  // the waiting client's
+    isphal::ISPRequest const* mPending = nullptr;  // of the waiting client
     std::unique_ptr<Responder> mResponder;
 };
 
-/** What a session's requests are. */
+/** The kind of a session's requests. */
 enum class RequestKind {
     RawToYuv,        ///< tuning data in 3A buffers; the client's buffers pass through
     RawToYuvTuning,  ///< tuning data in a graphic buffer, brought back in the metadata
     YuvToJpeg,       ///< the picture goes into a device buffer, the JPEG comes from one
-    Nv21ToJpeg,      ///< the picture passes through; nothing is kept open until the answer
+    Nv21ToJpeg,      ///< the picture passes through; no buffer is held until the answer
 };
 
 /**
- * A client, its device object and the ISP behind it. They share the process's 3A buffers: several
- * at a time are of one kind, and the latest ends first.
+ * A client, its device object and the ISP behind it. Sessions share the 3A buffers of the process:
+ * several at a time must be of one kind, and end in reverse order.
  */
 class BenchSession {
   public:

@@ -17,18 +17,18 @@ namespace {
 
 constexpr size_t kFew = 10;
 constexpr size_t kMany = 100000;
-constexpr size_t kRounds = 1000;  // of few, in one run
+constexpr size_t kRounds = 1000;  // per run, with few outstanding
 constexpr size_t kEntries = 20;
 
 size_t roundsOf(size_t outstanding) {
     return outstanding == kFew ? kRounds : 1;
 }
 
-std::string caseName(char const* road, size_t outstanding) {
-    return std::string("outstanding/") + road + '/' + std::to_string(outstanding);
+std::string caseName(char const* scope, size_t outstanding) {
+    return std::string("outstanding/") + scope + '/' + std::to_string(outstanding);
 }
 
-/** Positions in an order that has nothing to do with the one they came in. */
+/** Positions in a shuffled order. */
 std::vector<size_t> anotherOrder(size_t count) {
     std::vector<size_t> order(count);
     std::iota(order.begin(), order.end(), size_t{0});
@@ -53,7 +53,7 @@ double measuredRounds(std::vector<size_t> const& order, Submit const& submit,
     });
 }
 
-Run prepareRoad(size_t outstanding) {
+Run prepareWhole(size_t outstanding) {
     RequestShape shape = {kEntries};
     shape.threeABuffer = false;
     auto const session =
@@ -67,7 +67,7 @@ Run prepareRoad(size_t outstanding) {
     };
 }
 
-/** The bridge alone: records, their table, and their results. */
+/** The request table alone: records and their results. */
 Run prepareTable(size_t outstanding) {
     android::sp<HalInterface> const hal =
             new HalInterface(NSCam::IMetadataConverter::createInstance(benchTagSet()));
@@ -95,14 +95,14 @@ Run prepareTable(size_t outstanding) {
 }
 
 struct {
-    char const* road;
+    char const* name;
     char const* what;
     char const* work;
     Goal goal;
     Run (*prepare)(size_t outstanding);
-} const kRoads[] = {
+} const kScopes[] = {
         {"whole", "100 k outstanding against 10", "whole request, 20 entries, answers shuffled",
-         Goal::atMost(2), prepareRoad},
+         Goal::atMost(2), prepareWhole},
         {"table", "  the request table alone", "record and result, no metadata, shuffled",
          Goal::none(), prepareTable},
 };
@@ -110,21 +110,21 @@ struct {
 }  // namespace
 
 void addOutstandingCases(Cases& cases) {
-    for (auto const& road : kRoads) {
+    for (auto const& scope : kScopes) {
         for (size_t const outstanding : {kFew, kMany}) {
-            cases.push_back({caseName(road.road, outstanding), outstanding * roundsOf(outstanding),
-                             false, road.road, [=] { return road.prepare(outstanding); }});
+            cases.push_back({caseName(scope.name, outstanding), outstanding * roundsOf(outstanding),
+                             false, scope.name, [=] { return scope.prepare(outstanding); }});
         }
     }
 }
 
 void printOutstandingRows(std::ostream& out, Figures const& figures) {
-    for (auto const& road : kRoads) {
-        double const few = figures.seconds(caseName(road.road, kFew));
-        double const many = figures.seconds(caseName(road.road, kMany));
+    for (auto const& scope : kScopes) {
+        double const few = figures.seconds(caseName(scope.name, kFew));
+        double const many = figures.seconds(caseName(scope.name, kMany));
         if (few > 0 && many > 0) {
-            printRow(out, {road.what, road.work, timeText(many), "at 10: " + timeText(few),
-                           many / few, road.goal});
+            printRow(out, {scope.what, scope.work, timeText(many), "at 10: " + timeText(few),
+                           many / few, scope.goal});
         }
     }
 }

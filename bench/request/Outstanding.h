@@ -6,7 +6,7 @@
 
 namespace quenbench {
 
-/** Requests that are answered in another order than they came, few at a time and very many. */
+/** Requests answered out of order, with few and very many outstanding. */
 void addOutstandingCases(Cases& cases);
 void printOutstandingRows(std::ostream& out, Figures const& figures);
 

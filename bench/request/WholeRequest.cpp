@@ -15,7 +15,7 @@ namespace quenbench {
 namespace {
 
 constexpr size_t kEntries = 60;
-constexpr size_t kRequests = 16;  // in one run
+constexpr size_t kRequests = 16;  // per run
 
 // What the request table's lock costs: a request takes it for the insertion, the claim, the erasure
 // and the test for an empty table, and the bridge's for its callback object.
@@ -25,7 +25,7 @@ constexpr size_t kLocksOfARequest = 5;
 constexpr double kLocksShare = 0.01;  // of a request, at most
 
 constexpr char kWakeUp[] = "request/wake-up";
-constexpr char kWaits[] = "request/waits";  // the group of both
+constexpr char kWaits[] = "request/waits";  // the group of both cases
 
 struct Flow {
     char const* name;
@@ -45,7 +45,7 @@ constexpr Flow kFlows[] = {
         {"jpeg-waits", "YUV2JPEG, waits, log off", RequestKind::YuvToJpeg, false, true},
 };
 
-/** A sink that drops the text. */
+/** A sink that discards the text. */
 class Drop final : public quen::host::LogSink {
   public:
     Drop() : mBefore(quen::host::setLogSink(this)) {
@@ -73,7 +73,7 @@ double submitAll(BenchSession& session, Client const& client) {
     });
 }
 
-/** Seconds from the ISP's answer to the call's return. */
+/** Seconds from the ISP's answer to the return of the call. */
 double submitAndWait(BenchSession& session) {
     Section section;
     session.submit(nullptr);
@@ -112,7 +112,7 @@ Run prepareLocks() {
     };
 }
 
-/** What a wait must take: one thread waits, another one wakes it up. */
+/** The least a wait can take: one thread waits, another wakes it. */
 Run prepareWakeUp() {
     struct Pair {
         pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;

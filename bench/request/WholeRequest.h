@@ -6,7 +6,7 @@
 
 namespace quenbench {
 
-/** A whole request, from the client's call to the client's answer, on an ISP that takes no time. */
+/** A whole request, from the client's call to its result, on an ISP that answers at once. */
 void addWholeRequestCases(Cases& cases);
 void printWholeRequestRows(std::ostream& out, Figures const& figures);
 

@@ -7,29 +7,29 @@
 
 namespace quenbench {
 
-/** Does a case's work once and returns the seconds it measured. */
+/** Runs a case once and returns the seconds measured. */
 using Run = std::function<double()>;
 
-/** Something to be measured. */
+/** A case to measure. */
 struct Case {
     std::string name;
-    size_t operations;             ///< done in one run; figures are told for one of them
-    bool counted;                  ///< instructions, allocations and system calls are counted, too
-    std::string group;             ///< cases that are compared have one, and are run in turns
-    std::function<Run()> prepare;  ///< sets up; what it makes lives as long as the run does
+    size_t operations;  ///< per run; figures are per operation
+    bool counted;       ///< whether instructions, allocations and system calls are counted
+    std::string group;  ///< cases of one group are compared, and run in turns
+    std::function<Run()> prepare;  ///< sets up; its state lives as long as the run
 };
 
 using Cases = std::vector<Case>;
 
-/** Where the figures of a run of the benchmark are found by a case's name, for one operation. */
+/** The figures of a benchmark run by name of the case, per operation. */
 class Figures {
   public:
     virtual ~Figures() = default;
 
-    /** Median of the repetitions, in seconds; negative when the case was not run. */
+    /** Median of the repetitions in seconds; negative when the case did not run. */
     virtual double seconds(std::string const& name) const = 0;
 
-    /** A count, of kind "instructions", "allocations"...; negative when it was not taken. */
+    /** A count, of kind "instructions", "allocations"...; negative when it was not counted. */
     virtual double count(std::string const& kind, std::string const& name) const = 0;
 };
 

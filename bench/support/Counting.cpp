@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kRuns = 4;
 
-/** Runs before the first counted one: whatever is fetched once is there then. */
+/** Runs before the first counted one, for what is set up once. */
 constexpr int kWarmUps = 2;
 
 bool matches(std::string const& name, std::string const& filter) {

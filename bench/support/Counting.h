@@ -7,11 +7,11 @@
 namespace quenbench {
 
 /**
- * Runs every counted case a few times for a tool that counts from outside, see Section. Prints what
- * the watch library counted, if it is there, a line a count as timeCases reads them, and always how
- * many operations each case was counted for: "operations <case> <number>".
+ * Runs every counted case a few times under an external tool that counts, see Section. Prints the
+ * counts of the watch library where it is loaded, a line each as timeCases reads them, and the
+ * number of operations of each case: "operations <case> <number>".
  *
- * @param filter a case's name, or the beginning of several up to a "/"; empty: all of them
+ * @param filter a case, or the prefix of several up to a "/"; empty for all
  */
 void countCases(std::ostream& out, Cases const& cases, std::string const& filter);
 

@@ -14,7 +14,7 @@ std::string gCounted;
 
 void mark(char const* place) {
     std::string const text = std::string(place) + ' ' + gCounted;
-    // To no descriptor: it fails at once and stands in a trace of the system calls.
+    // An invalid descriptor: the call fails at once, and shows in a trace of system calls.
     [[maybe_unused]] ssize_t const failed = write(-1, text.data(), text.size());
 }
 

@@ -13,13 +13,13 @@ inline double secondsBetween(Clock::time_point start, Clock::time_point end) {
 }
 
 /**
- * The measured part of a run, on the thread that opens it. Its time is always taken. While a case
- * is being counted, tools from outside see where it begins and ends: callgrind collects, the watch
- * library counts, and a system call that fails marks the place in a trace.
+ * The measured part of a run, on the thread that opens it. Its time is always measured. While a
+ * case is counted, its start and end are marked for external tools: callgrind collects, the watch
+ * library counts, and a failing system call marks the place in a trace.
  */
 class Section {
   public:
-    /** Names the case whose sections are marked from now on; empty: none are. */
+    /** Sets the case whose sections are marked from now on; empty for none. */
     static void countFor(std::string name);
 
     Section();

@@ -36,7 +36,7 @@ std::string goalText(Goal goal) {
     return "-";
 }
 
-/** What is missing of a goal, in percent of it. */
+/** How far a goal is missed, in percent. */
 std::string verdict(double ratio, Goal goal) {
     if (goal.kind == Goal::Kind::None || ratio < 0) {
         return "-";

@@ -6,7 +6,7 @@
 
 namespace quenbench {
 
-/** What a ratio is held to. */
+/** The limit of a ratio. */
 struct Goal {
     enum class Kind { None, AtMost, AtLeast };
 
@@ -23,12 +23,12 @@ struct Row {
     std::string what;
     std::string work;     ///< sizes, entries
     std::string ours;     ///< with its unit
-    std::string against;  ///< a limit or a peer, measured in the same run, with its name
-    double ratio;         ///< negative: there is none
+    std::string against;  ///< name and figure of a limit or a peer, measured in the same run
+    double ratio;         ///< negative for none
     Goal goal;
 };
 
-/** Columns are of one width in every program that prints one, so that tables can follow. */
+/** Prints the head of a table. Columns have the same width in every program. */
 void printTableHead(std::ostream& out);
 void printRow(std::ostream& out, Row const& row);
 

@@ -12,7 +12,7 @@ namespace quenbench {
 
 namespace {
 
-/** Of a group's repetition: as many rounds as fit, one at least. */
+/** Time of a group's repetition: as many rounds as fit, at least one. */
 constexpr double kSecondsARepetition = 0.1;
 
 /** Keeps the time of every run. */
@@ -50,7 +50,7 @@ class Recorder final : public Figures {
     std::map<std::pair<std::string, std::string>, double> mCounts;
 };
 
-/** The table is all that is printed. */
+/** Prints nothing: the table is the only output. */
 class SilentReporter final : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(Context const&) override { return true; }
@@ -59,7 +59,7 @@ class SilentReporter final : public benchmark::BenchmarkReporter {
 
 using Group = std::vector<Case const*>;
 
-/** Runs every case of a group once, a round a step; each round begins with another one. */
+/** Runs every case of a group once per round, starting with another one each time. */
 void timeGroup(benchmark::State& state, Group const& group, Recorder& recorder) {
     std::vector<Run> runs;
     for (Case const* const one : group) {
@@ -79,7 +79,7 @@ void timeGroup(benchmark::State& state, Group const& group, Recorder& recorder) 
         ++round;
     }
     while (!runs.empty()) {
-        runs.pop_back();  // the latest session ends first
+        runs.pop_back();  // sessions end in reverse order
     }
 }
 
@@ -89,7 +89,7 @@ Figures const* timeCases(Cases const& cases, std::string const& counts, int argc
     std::string interleaving = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=9";
     std::vector<char*> arguments(argv, argv + argc);
-    // In front of the caller's own, which win.
+    // Before the caller's own, which override them.
     arguments.insert(arguments.begin() + 1, {interleaving.data(), repetitions.data()});
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);

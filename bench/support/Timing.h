@@ -7,13 +7,13 @@
 namespace quenbench {
 
 /**
- * Times every case with Google Benchmark, whose flags `argc` and `argv` may hold. A group is one
- * benchmark, whose repetitions come in random order among the others'; within it the cases are run
- * in turns, so that whatever else the machine does meets them all alike. A median is told of a
- * case's runs.
+ * Times every case with Google Benchmark; `argc` and `argv` may hold its flags. A group is one
+ * benchmark, and the repetitions of all groups run in random order. Within a group the cases run in
+ * turns, so that other load on the machine affects them alike. The figure is the median of the
+ * runs.
  *
- * @param counts a file of counts, a line each: "<kind> <case> <count of one operation>"
- * @return figures that live as long as the process; null when the arguments are no good
+ * @param counts a file of counts, a line each: "<kind> <case> <count per operation>"
+ * @return figures that live as long as the process; null for invalid arguments
  */
 Figures const* timeCases(Cases const& cases, std::string const& counts, int argc, char** argv);
 

@@ -13,7 +13,7 @@ using quenbench::kLargeCopyBytes;
 using quenbench::WatchCounts;
 
 extern "C" {
-// What the C library's own calls come down to.
+// The implementations that the wrappers call.
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);
@@ -31,11 +31,11 @@ std::atomic<uint64_t> gLargeCopies{0};
 std::atomic<uint64_t> gFormats{0};
 std::atomic<uint64_t> gEntryCopies{0};
 
-// The file that every watched call is listed in, from QUEN_BENCH_LIST; none: they are counted only.
+// The file that lists every watched call, from QUEN_BENCH_LIST; without it calls are only counted.
 FILE* gList = nullptr;
 __attribute__((tls_model("initial-exec"))) thread_local bool tListing = false;
 
-/** The next definition of a function behind this library's. */
+/** The definition of a function that this library overrides. */
 template <typename Function>
 Function next(char const* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -53,7 +53,7 @@ void list(char const* what, size_t size) {
     for (int i = 2; i < count; ++i) {
         Dl_info info = {};
         if (dladdr(frames[i], &info) != 0) {
-            // A return address: the call itself is in front of it.
+            // A return address: the call precedes it.
             ptrdiff_t const offset =
                     static_cast<char*>(frames[i]) - static_cast<char*>(info.dli_fbase) - 1;
             fprintf(gList, " %s+0x%tx", info.dli_fname, offset);
@@ -87,7 +87,7 @@ __attribute__((constructor)) void openList() {
     if (char const* const path = getenv("QUEN_BENCH_LIST")) {
         gList = fopen(path, "w");
         void* frame = nullptr;
-        backtrace(&frame, 1);  // loads what it needs: not while something is watched
+        backtrace(&frame, 1);  // loads its library now, outside any watched section
     }
 }
 
@@ -153,7 +153,8 @@ int snprintf(char* text, size_t size, char const* format, ...) {
     return written;
 }
 
-// NSCam::IMetadata::IEntry::IEntry(IEntry const&), by its symbol: the class is not known here.
+// NSCam::IMetadata::IEntry::IEntry(IEntry const&), by its symbol: this library does not include the
+// class.
 void _ZN5NSCam9IMetadata6IEntryC1ERKS1_(void* entry, void const* other) {
     using Copy = void (*)(void*, void const*);
     static auto const real = next<Copy>("_ZN5NSCam9IMetadata6IEntryC1ERKS1_");

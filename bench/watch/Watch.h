@@ -5,14 +5,14 @@
 #include <cstdint>
 
 /**
- * The watch library: preloaded, it counts what a program asks of the C library while it is watched.
- * Without it a program runs on the C library itself, and nothing is counted.
+ * The watch library: preloaded, it counts calls of the C library inside watched sections. A program
+ * runs without it as well, and counts nothing.
  */
 namespace quenbench {
 
 struct WatchCounts {
     uint64_t allocations;  ///< malloc and the like, operator new among them
-    uint64_t bytes;        ///< asked for by them
+    uint64_t bytes;        ///< requested by them
     uint64_t largeCopies;  ///< memcpy and memmove of at least kLargeCopyBytes
     uint64_t formats;      ///< snprintf and vsnprintf
     uint64_t entryCopies;  ///< of NSCam::IMetadata::IEntry, whose items are shared or small
@@ -20,7 +20,7 @@ struct WatchCounts {
 
 inline constexpr uint64_t kLargeCopyBytes = 1 << 20;
 
-/** Calls into the watch library if it is there. */
+/** Calls the watch library where it is loaded. */
 inline bool setWatching(bool watching) {
     using Set = void (*)(bool);
     static auto const set = reinterpret_cast<Set>(dlsym(RTLD_DEFAULT, "quenSetWatching"));
@@ -30,7 +30,7 @@ inline bool setWatching(bool watching) {
     return set != nullptr;
 }
 
-/** Hands the counts out and starts anew. False when the watch library is not there. */
+/** Reads and resets the counts. @return false when the watch library is not loaded */
 inline bool takeCounts(WatchCounts& counts) {
     using Take = void (*)(WatchCounts*);
     static auto const take = reinterpret_cast<Take>(dlsym(RTLD_DEFAULT, "quenTakeCounts"));
