@@ -153,8 +153,10 @@ int snprintf(char* text, size_t size, char const* format, ...) {
     return written;
 }
 
-// NSCam::IMetadata::IEntry::IEntry(IEntry const&), by its symbol: this library does not include the
-// class.
+/**
+ * NSCam::IMetadata::IEntry::IEntry(IEntry const&), by its symbol: this library does not include the
+ * class.
+ */
 void _ZN5NSCam9IMetadata6IEntryC1ERKS1_(void* entry, void const* other) {
     using Copy = void (*)(void*, void const*);
     static auto const real = next<Copy>("_ZN5NSCam9IMetadata6IEntryC1ERKS1_");

@@ -1,4 +1,4 @@
-// The software ISP as its client meets it: a device with streams, requests and results.
+// The software ISP as a client uses it: a device with streams, requests and results.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -48,7 +48,7 @@ constexpr int32_t kBlob = HAL_PIXEL_FORMAT_BLOB;
 constexpr uint32_t kCrop = 0x000d0000;
 constexpr uint32_t kRawBitDepth = 0x800b001b;
 
-/** A graphic buffer, and its memory to be looked into. */
+/** A graphic buffer, mapped for the test. */
 struct Buffer {
     Buffer(uint32_t width, uint32_t height, int32_t format) : bytes(width * height * 2) {
         IMapper::BufferDescriptorInfo info{};
@@ -75,7 +75,7 @@ struct Buffer {
     uint8_t* data = nullptr;
 };
 
-/** Tells what results came, and does something with each while it is being told. */
+/** Records results, and runs an action within each. */
 class Results : public ICallback {
   public:
     Return<void> processResult(ISPResult const& result) override {
@@ -88,7 +88,7 @@ class Results : public ICallback {
     }
     Return<void> processEarlyResult(ISPResult const&) override { return android::hardware::Void(); }
 
-    /** Number and status of every result, once there are so many and no more. */
+    /** Number and status of every result, once exactly that many have arrived. */
     std::string told(size_t count) {
         std::unique_lock<std::mutex> guard(mLock);
         mArrived.wait_for(guard, 20s, [&] { return mCount >= count; });
@@ -101,7 +101,7 @@ class Results : public ICallback {
   private:
     std::mutex mLock;
     std::condition_variable mArrived;
-    size_t mCount = 0;  // under mLock, as is the next
+    size_t mCount = 0;  // guarded by mLock, as the next
     std::string mTold;
 };
 
@@ -143,7 +143,7 @@ ISPRequest request(uint32_t number, hidl_handle const& input,
     return result;
 }
 
-/** A fresh platform, a device of the ISP's, and the receiver of its results. */
+/** A fresh platform, a device of the ISP, and the receiver of its results. */
 class SoftwareIsp : public testing::Test {
   protected:
     SoftwareIsp() {
@@ -262,9 +262,9 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
     encodeCalibration({}, calibration, tuning.data, kCalibrationBufferBytes);
     wrong.inputBuffers[0].tuningData = tuning.raw;
     EXPECT_EQ(submit(wrong), Status::OK);
-    EXPECT_EQ(results->told(1), "1 ILLEGAL_ARGUMENT ") << "calibration that cannot be meant";
+    EXPECT_EQ(results->told(1), "1 ILLEGAL_ARGUMENT ") << "an invalid calibration";
 
-    // What was refused is forgotten, and after the close nothing comes.
+    // Refused requests leave nothing behind, and no result follows the close.
     submitSome(2, 20);
     EXPECT_EQ(Status(device->closeISPDevice()), Status::OK);
     results->told(20);
@@ -303,7 +303,7 @@ TEST_F(SoftwareIsp, CanBeClosedAndDroppedWithinAResult) {
     };
     submitSome(1, 3);
     submitted.set_value();
-    // The two behind it are answered within the close.
+    // The two queued after it are answered within the close.
     EXPECT_EQ(results->told(3), "2 REQUEST_ERROR 3 REQUEST_ERROR 1 OK ");
 }
 

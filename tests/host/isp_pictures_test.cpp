@@ -1,4 +1,4 @@
-// What the software ISP does to pictures: develop, resample, encode.
+// The pictures of the software ISP: develop, resample, encode.
 
 #include <gtest/gtest.h>
 #include <stdio.h>
@@ -47,7 +47,7 @@ std::array<int, 3> sampleAt(YuvPicture const& picture, int x, int y) {
     return {lumaAt(picture, x, y), picture.cb[offset], picture.cr[offset]};
 }
 
-/** Compares every pixel with what it should be. */
+/** Compares every pixel with its expected value. */
 template <typename Should>
 void expectSamples(YuvPicture const& picture, double tolerance, Should const& should) {
     for (int y = 0; y < picture.height; ++y) {
@@ -70,8 +70,7 @@ SensorCalibration plainCalibration(BayerOrder order = BayerOrder::RGGB) {
     return calibration;
 }
 
-/** Captures a scene, with black level and gains of the calibration undone, and develops a part of
- * it. */
+/** Captures a scene with a sensor of that calibration, and develops a part of it. */
 OwnedYuvPicture developed(Scene const& scene, int width, int height,
                           SensorCalibration const& calibration, PixelRect crop = {}) {
     std::vector<uint16_t> words;
@@ -109,7 +108,7 @@ void expectColour(OwnedYuvPicture const& picture, Rgb const& light, double toler
 TEST(Develop, FindsTheColoursOfEveryOrderAndClipsToWhite) {
     float const matrix[] = {0, 0.5f, 0, 0, 0, 1, 1, 0, 0};
     auto const scene = [](int, int) { return Rgb{0.7, 0.4, 0.1}; };
-    auto const glare = [](int, int) { return grey(2); };  // also above the samples' bits
+    auto const glare = [](int, int) { return grey(2); };  // also above the depth of the samples
     for (int order = 0; order < 4; ++order) {
         SCOPED_TRACE(order);
         SensorCalibration calibration = plainCalibration(static_cast<BayerOrder>(order));
@@ -139,7 +138,7 @@ TEST(Develop, KeepsGreysNeutralThroughTheMatrix) {
     });
 }
 
-// A crop shows what the whole picture shows there: nothing is shifted, at bands' edges neither.
+// A crop equals that part of the whole picture, also across the edges of bands.
 TEST(Develop, CropsAtAnyCornerWithoutAShift) {
     auto const scene = [](int x, int y) {
         double const wave = 0.3 + 0.2 * std::sin(x * 0.21) * std::cos(y * 0.17);
@@ -152,8 +151,7 @@ TEST(Develop, CropsAtAnyCornerWithoutAShift) {
         for (PixelRect const& crop : {PixelRect{8, 6, 90, 140}, PixelRect{7, 5, 51, 67},
                                       PixelRect{119, 199, 1, 1}, PixelRect{1, 0, 119, 200}}) {
             OwnedYuvPicture const part = developed(scene, 120, 200, calibration, crop);
-            int const inset =
-                    calibration.denoiseStrength == 0 ? 0 : 1;  // its own edge repeats itself
+            int const inset = calibration.denoiseStrength == 0 ? 0 : 1;  // a crop repeats its edge
             for (int y = inset; y < crop.height - inset; ++y) {
                 ASSERT_TRUE(std::equal(&lumaAt(part.view(), inset, y),
                                        &lumaAt(part.view(), crop.width - inset, y),
@@ -184,7 +182,7 @@ TEST(Develop, DenoisingCalmsFlatPartsAndKeepsEdges) {
     EXPECT_LT(roughness[1], 0.7 * roughness[0]);
 }
 
-/** A picture of one of the three arrangements, 0 NV12, 1 NV21, 2 planar; samples tell where. */
+/** A picture of an arrangement, 0 NV12, 1 NV21, 2 planar, whose samples encode their position. */
 struct Arranged {
     std::vector<uint8_t> bytes;
     YuvPicture view;
@@ -231,7 +229,7 @@ TEST(Resample, BringsAnyArrangementIntoAnyOtherAtAnySize) {
     }
 }
 
-/** Decodes to Y, Cb, Cr of every pixel, as a strict reader would: any warning counts. */
+/** Decodes to Y, Cb, Cr of every pixel; a warning fails the test. */
 std::vector<uint8_t> decodeJpeg(std::vector<uint8_t> const& file) {
     jpeg_decompress_struct info = {};
     jpeg_error_mgr errors;

@@ -76,7 +76,8 @@ std::string asRaw10(std::vector<uint16_t> const& samples) {
     return bytes;
 }
 
-// The smallest DNG there is: one strip of 14-bit samples, with the facts that a camera would give.
+// The smallest DNG there is: one strip of 14-bit samples, with the calibration that a camera would
+// give.
 std::string asDng(Colour const& colour, std::string const& order) {
     // From XYZ to sRGB, and white.
     constexpr double kMatrixAndNeutral[12] = {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415,

@@ -117,7 +117,7 @@ TEST_F(SoftwareIspTest, UiModeDecidesTheDepthOfRaw16) {
     }
 }
 
-TEST_F(SoftwareIspTest, FactsOfTheCaptureReachTheIspAndComeBack) {
+TEST_F(SoftwareIspTest, CalibrationReachesTheIspAndComesBack) {
     // A grey card under a warm light, on a black level of 64.
     isp::SensorCalibration calibration;
     calibration.bayerOrder = isp::BayerOrder::BGGR;

@@ -20,8 +20,10 @@
 namespace quen::reprocess {
 namespace {
 
-// Opens /dev/null for standard streams that are closed: a file opened later would take their place,
-// and messages would end up in it.
+/**
+ * Opens /dev/null for standard streams that are closed: a file opened later would take their place,
+ * and messages would end up in it.
+ */
 void occupyStandardDescriptors() {
     int fd = 0;
     do {
@@ -32,7 +34,7 @@ void occupyStandardDescriptors() {
     }
 }
 
-// Registers the services and sets the properties that the library finds on a phone.
+/** Registers the services and sets the properties that the library finds on a phone. */
 void startPlatform(Options const& options, std::shared_ptr<Report> const& report) {
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
@@ -43,6 +45,7 @@ void startPlatform(Options const& options, std::shared_ptr<Report> const& report
     host::isp::registerSoftwareIsp(isp);
 }
 
+/** Runs the tool. @return the exit code */
 int run(int argc, char** argv) {
     int exitCode = kAllGood;
     std::optional<Options> const options = parseOptions(argc, argv, exitCode);

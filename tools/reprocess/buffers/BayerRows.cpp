@@ -10,7 +10,7 @@
 namespace quen::reprocess {
 namespace {
 
-// Four samples are five bytes: the upper eight bits of each, then the lower two of all.
+/** Four samples are five bytes: the upper eight bits of each, then the lower two of all. */
 void packRow(uint16_t const* in, uint32_t width, uint8_t* out) {
     for (uint32_t x = 0; x < width; x += 4, in += 4, out += 5) {
         out[0] = static_cast<uint8_t>(in[0] >> 2);
@@ -22,6 +22,7 @@ void packRow(uint16_t const* in, uint32_t width, uint8_t* out) {
     }
 }
 
+/** Unpacks a row of RAW10 to words. */
 void unpackRow(uint8_t const* in, uint32_t width, uint16_t* out) {
     for (uint32_t x = 0; x < width; ++x) {
         uint8_t const* const group = in + x / 4 * 5;
@@ -30,6 +31,7 @@ void unpackRow(uint8_t const* in, uint32_t width, uint16_t* out) {
     }
 }
 
+/** Scales samples to another depth: shifts up, or rounds down. */
 void scaleRow(uint16_t const* in, uint32_t width, int fromBits, int toBits, uint16_t* out) {
     if (fromBits <= toBits) {
         int const up = toBits - fromBits;
@@ -46,7 +48,7 @@ void scaleRow(uint16_t const* in, uint32_t width, int fromBits, int toBits, uint
     }
 }
 
-// Writes rows of one image. Not thread-safe.
+/** Writes rows of one image. Not thread-safe. */
 class RowWriter {
   public:
     RowWriter(BayerImage const& image, int bits, uint32_t width, RawTarget target)

@@ -24,7 +24,7 @@ using android::hardware::graphics::mapper::V4_0::IMapper;
 constexpr uint64_t kUsage = 0x60033;
 constexpr uint64_t kCpuUsage = 0x33;
 
-// Throws when the transport of a call failed, or the call itself.
+/** Throws when the transport of a call failed, or the call itself. */
 template <typename R>
 void check(R const& call, Error error, char const* problem) {
     if (!call.isOk()) {
@@ -36,6 +36,7 @@ void check(R const& call, Error error, char const* problem) {
     }
 }
 
+/** Creates the descriptor of a buffer. */
 hidl_vec<uint8_t> describe(IMapper& mapper, uint32_t width, uint32_t height, int32_t format) {
     IMapper::BufferDescriptorInfo info{};
     info.name = "quen-reprocess";
@@ -55,6 +56,7 @@ hidl_vec<uint8_t> describe(IMapper& mapper, uint32_t width, uint32_t height, int
     return descriptor;
 }
 
+/** Allocates a buffer; returns its raw handle. */
 hidl_handle allocate(IMapper& mapper, uint32_t width, uint32_t height, int32_t format) {
     android::sp<IAllocator> const allocator = IAllocator::getService();
     if (allocator == nullptr) {

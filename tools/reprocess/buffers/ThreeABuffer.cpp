@@ -11,7 +11,7 @@ namespace {
 
 using host::isp::kCalibrationBufferBytes;
 
-// A 3A buffer's mapping; null data when it could not be mapped.
+/** A 3A buffer's mapping; null data when it could not be mapped. */
 struct Mapping {
     explicit Mapping(int fd)
         : data(::mmap(nullptr, kCalibrationBufferBytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd,

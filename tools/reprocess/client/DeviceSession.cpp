@@ -3,6 +3,7 @@
 namespace quen::reprocess {
 namespace {
 
+/** The stream that a buffer belongs to. */
 StreamConfig streamOf(ImageBuffer const& buffer, bool isOutput) {
     return {buffer.streamId, buffer.format, static_cast<uint32_t>(buffer.width),
             static_cast<uint32_t>(buffer.height), isOutput};

@@ -19,6 +19,7 @@ constexpr int32_t kInputStream = 0;
 constexpr int32_t kOutputStream = 1;
 constexpr int32_t kUiModeWithout14Bits = 16;
 
+/** Describes a buffer with a picture of the capture's size for a request. */
 ImageBuffer imageBuffer(int32_t streamId, int32_t format, size_t size, Capture const& capture,
                         ClientBuffer const& buffer) {
     ImageBuffer image;
@@ -31,7 +32,7 @@ ImageBuffer imageBuffer(int32_t streamId, int32_t format, size_t size, Capture c
     return image;
 }
 
-// Buffer sizes are int32 in a request.
+/** Buffer sizes are int32 in a request. */
 void checkSize(Capture const& capture) {
     size_t const largest = size_t{3} * capture.width * capture.height + (1 << 20);
     if (largest > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
@@ -41,7 +42,7 @@ void checkSize(Capture const& capture) {
     }
 }
 
-// The raw format of a capture: the depth is the one that the library requests from the ISP for it.
+/** The raw format of a capture, of the depth that the library requests from the ISP for it. */
 RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
                     RequestMetadata const& metadata) {
     bool const fitsRaw10 = capture.calibration.levelBits <= 10 && capture.width % 4 == 0;

@@ -16,11 +16,13 @@ namespace {
 
 constexpr char kAdvice[] = "--set wants TAG=VALUE, for instance fusion=1 or 0xc0030014=0x2";
 
+/** Throws for a value that is not what the tag wants. */
 [[noreturn]] void throwValue(std::string const& assignment, std::string const& value,
                              char const* wanted) {
     throw Failure("--set " + assignment + ": '" + value + "' is not " + wanted, kAdvice);
 }
 
+/** Parses a text that is a decimal number. */
 std::optional<double> parseDecimal(std::string const& text) {
     char* end = nullptr;
     double const value = std::strtod(text.c_str(), &end);
@@ -30,12 +32,14 @@ std::optional<double> parseDecimal(std::string const& text) {
     return value;
 }
 
+/** Appends the bytes of a value. */
 template <typename T>
 void append(std::vector<uint8_t>& items, T value) {
     auto const* const bytes = reinterpret_cast<uint8_t const*>(&value);
     items.insert(items.end(), bytes, bytes + sizeof(value));
 }
 
+/** Parses and appends a whole number. @return false when it is not one */
 template <typename T>
 bool appendWhole(std::string const& text, std::vector<uint8_t>& items) {
     auto const value = parseWholeAs<T>(text);
@@ -45,6 +49,7 @@ bool appendWhole(std::string const& text, std::vector<uint8_t>& items) {
     return value.has_value();
 }
 
+/** Parses and appends a decimal. @return false when it is not one */
 template <typename T>
 bool appendDecimal(std::string const& text, std::vector<uint8_t>& items) {
     auto const value = parseDecimal(text);
@@ -54,6 +59,7 @@ bool appendDecimal(std::string const& text, std::vector<uint8_t>& items) {
     return value.has_value();
 }
 
+/** Parses and appends a fraction N/D. @return false when it is not one */
 bool appendRational(std::string const& text, std::vector<uint8_t>& items) {
     size_t const slash = text.find('/');
     std::vector<uint8_t> parts;
@@ -81,6 +87,7 @@ constexpr ItemParser kItemParsers[NUM_TYPES] = {
         {appendRational, "a fraction N/D"},
 };
 
+/** Looks a tag up by name or by 0x id. @throws Failure for an unknown one */
 host::TagInfo const& parseTag(std::string const& name, std::string const& assignment) {
     bool const numeric = name.rfind("0x", 0) == 0 || name.rfind("0X", 0) == 0;
     if (!numeric) {

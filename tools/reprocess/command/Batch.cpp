@@ -19,10 +19,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/** Seconds since a point in time. */
 double secondsSince(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
+/** Throws when the output of a job is its input. */
 void checkNotItself(Job const& job) {
     std::error_code ignored;
     if (std::filesystem::equivalent(job.input, job.output, ignored)) {
@@ -30,7 +32,7 @@ void checkNotItself(Job const& job) {
     }
 }
 
-// The line printed for a finished picture.
+/** The line printed for a finished picture. */
 std::string doneLine(Job const& job, Capture const& capture, size_t bytes, double seconds) {
     return format("%s -> %s  %ux%u  %s  %.2f s", job.input.c_str(), job.output.c_str(),
                   capture.width, capture.height, bytesText(bytes).c_str(), seconds);

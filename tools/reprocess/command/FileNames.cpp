@@ -24,6 +24,7 @@ constexpr OutputName kOutputNames[] = {
         {".yuv", OutputKind::I420},
 };
 
+/** The extension of files of a kind in a folder. */
 char const* extensionOf(OutputKind kind) {
     for (OutputName const& name : kOutputNames) {
         if (name.kind == kind) {
@@ -33,12 +34,14 @@ char const* extensionOf(OutputKind kind) {
     return "";
 }
 
+/** Whether the output is a folder. */
 bool namesFolder(Options const& options) {
     std::error_code ignored;
     return options.inputs.size() > 1 || options.output.back() == '/' ||
            fs::is_directory(options.output, ignored);
 }
 
+/** Creates a folder and its parents. @throws Failure when that fails */
 void makeFolder(std::string const& path) {
     std::error_code error;
     fs::create_directories(path, error);
@@ -49,6 +52,7 @@ void makeFolder(std::string const& path) {
     }
 }
 
+/** A path in a folder that no other input has taken, which it then takes. */
 std::string freeName(fs::path const& folder, std::string const& stem, char const* extension,
                      std::set<std::string>& taken) {
     std::string name = stem + extension;

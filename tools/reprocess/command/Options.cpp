@@ -59,7 +59,7 @@ std::map<std::string, OutputKind> const kOutputNames = {
         {"yuv", OutputKind::I420},
 };
 
-// CLI11's help, with both usage lines and without double empty lines.
+/** CLI11's help, with both usage lines and without double empty lines. */
 class HelpFormatter : public CLI::Formatter {
   public:
     std::string make_usage(CLI::App const*, std::string) const override {
@@ -77,24 +77,25 @@ class HelpFormatter : public CLI::Formatter {
     }
 };
 
-// The checks have no description: the type name of an option states its values.
+/** The checks have no description: the type name of an option states its values. */
 template <typename Names>
 CLI::Validator oneOf(Names const& names) {
     return CLI::IsMember(names, CLI::ignore_case).description("");
 }
 
+/** Accepts numbers from `least` to `most`. */
 CLI::Validator range(int least, int most) {
     return CLI::Range(least, most).description("");
 }
 
-// Parses a text that is one number and nothing else.
+/** Parses a text that is one number and nothing else. */
 template <typename T>
 bool parseNumber(std::string_view text, T& value) {
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// Parses numbers with a separator between them; empty when the text is anything else.
+/** Parses numbers with a separator between them; empty when the text is anything else. */
 template <typename T>
 std::vector<T> parseList(std::string_view text, char separator) {
     std::vector<T> values;
@@ -110,6 +111,7 @@ std::vector<T> parseList(std::string_view text, char separator) {
     return values;
 }
 
+/** Parses --size. */
 void setSize(std::string const& text, InputOptions& options) {
     constexpr uint32_t kLargest = 65534;  // what a JPEG can hold, and even
     auto const values = parseList<uint32_t>(text, 'x');
@@ -124,6 +126,7 @@ void setSize(std::string const& text, InputOptions& options) {
     options.size = {values[0], values[1]};
 }
 
+/** Parses --wb. */
 void setWhiteBalance(std::string const& text, InputOptions& options) {
     auto const values = parseList<float>(text, ',');
     if (values.size() != 3) {
@@ -137,6 +140,7 @@ void setWhiteBalance(std::string const& text, InputOptions& options) {
     options.wb = {values[0], values[1], values[2]};
 }
 
+/** Parses --black: one level for all channels, or four. */
 void setBlack(std::string const& text, InputOptions& options) {
     auto values = parseList<float>(text, ',');
     if (values.size() == 1) {
@@ -154,6 +158,7 @@ void setBlack(std::string const& text, InputOptions& options) {
     options.black = {values[0], values[1], values[2], values[3]};
 }
 
+/** Adds the options about headerless inputs and corrections. */
 void addInputOptions(CLI::App& app, InputOptions& options) {
     constexpr char kGroup[] = "What the input is";
     app.add_option_function<std::string>(
@@ -186,7 +191,7 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
 
 constexpr char kRequestGroup[] = "What the request carries";
 
-// An option that takes any bit pattern of its type; CLI11 rejects those above the signed maximum.
+/** An option that takes any bit pattern of its type, which CLI11 itself does not. */
 template <typename T>
 CLI::Option* addWhole(CLI::App& app, char const* name, T& value, char const* description) {
     auto const read = [name, &value](std::string const& text) {
@@ -202,6 +207,7 @@ CLI::Option* addWhole(CLI::App& app, char const* name, T& value, char const* des
             ->group(kRequestGroup);
 }
 
+/** Adds the options about the contents of requests. */
 void addRequestOptions(CLI::App& app, RequestOptions& options) {
     constexpr auto& kGroup = kRequestGroup;
     addWhole(app, "--mode", options.mode, "currentMode, a set of 64 bits; 0x... is hexadecimal")
@@ -230,6 +236,7 @@ void addRequestOptions(CLI::App& app, RequestOptions& options) {
             ->group(kGroup);
 }
 
+/** Adds the options about the output of the tool. */
 void addReportOptions(CLI::App& app, Options& options) {
     constexpr char kGroup[] = "What is shown";
     app.add_flag("--info", options.info,
@@ -242,7 +249,7 @@ void addReportOptions(CLI::App& app, Options& options) {
             ->group(kGroup);
 }
 
-// Checks options that depend on each other, which CLI11 does not.
+/** Checks options that depend on each other, which CLI11 does not. */
 void checkTogether(Options const& options) {
     if (options.demo) {
         if (!options.inputs.empty()) {

@@ -17,10 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/** Throws a problem with the text of errno. */
 [[noreturn]] void throwErrno(char const* problem) {
     throw Failure(std::string(problem) + ": " + std::strerror(errno));
 }
 
+/** Writes all bytes, over several calls if necessary. */
 void writeAll(int fd, Bytes bytes) {
     while (bytes.size > 0) {
         ssize_t const written = ::write(fd, bytes.data, bytes.size);
@@ -35,7 +37,7 @@ void writeAll(int fd, Bytes bytes) {
     }
 }
 
-// A file under a temporary name, removed unless it gets its final name.
+/** A file under a temporary name, removed unless it gets its final name. */
 class TemporaryFile {
   public:
     explicit TemporaryFile(fs::path const& target)
@@ -83,6 +85,7 @@ class TemporaryFile {
     int mFd;
 };
 
+/** Writes to an existing device or pipe. */
 void writeToDevice(fs::path const& path, Bytes bytes) {
     int const fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd < 0) {
@@ -99,7 +102,7 @@ void writeToDevice(fs::path const& path, Bytes bytes) {
     }
 }
 
-// Follows links; the file at the end need not exist.
+/** Follows links; the file at the end need not exist. */
 fs::path followLinks(fs::path path) {
     constexpr int kMostLinks = 40;
     std::error_code error;

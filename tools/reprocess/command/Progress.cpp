@@ -10,7 +10,7 @@ namespace {
 constexpr size_t kBarWidth = 30;
 constexpr size_t kNameWidth = 36;
 
-// Keeps the end of a long name, which says more than its start.
+/** Keeps the end of a long name, which says more than its start. */
 std::string shortened(std::string const& name) {
     return name.size() <= kNameWidth ? name : "..." + name.substr(name.size() - kNameWidth + 3);
 }

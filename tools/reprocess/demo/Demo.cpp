@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kLeastDecibels = 30;
 
+/** Runs the demo and prints its figures. @return the exit code */
 int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch) {
     cv::Mat const scene = watch.time("render scene", [] { return renderDemoScene(); });
     Capture const capture = watch.time("expose sensor", [&] { return exposeDemoSensor(scene); });

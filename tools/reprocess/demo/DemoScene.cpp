@@ -21,10 +21,12 @@ constexpr uint8_t kPatches[24][3] = {
         {160, 160, 160}, {122, 122, 122}, {84, 84, 84},   {50, 50, 50},
 };
 
+/** A grey of that value. */
 cv::Scalar grey(double value) {
     return {value, value, value};
 }
 
+/** Fills the scene with a vertical gradient. */
 void drawBackground(cv::Mat& scene) {
     for (int y = 0; y < scene.rows; ++y) {
         double const down = static_cast<double>(y) / scene.rows;
@@ -33,6 +35,7 @@ void drawBackground(cv::Mat& scene) {
     }
 }
 
+/** Draws the patches of the colour chart. */
 void drawPatches(cv::Mat scene) {
     scene.setTo(grey(36));
     int const width = scene.cols / 6;
@@ -43,7 +46,7 @@ void drawPatches(cv::Mat scene) {
     }
 }
 
-// Ramps from dark to light in grey and the primaries, and one through all hues.
+/** Ramps from dark to light in grey and the primaries, and one through all hues. */
 void drawGradients(cv::Mat scene) {
     constexpr double kWeights[4][3] = {
             {1, 1, 1}, {1, 0.25, 0.25}, {0.25, 1, 0.25}, {0.25, 0.25, 1}};
@@ -65,7 +68,7 @@ void drawGradients(cv::Mat scene) {
     }
 }
 
-// Squares turned by a few degrees, so that their edges cross the pixel grid at every phase.
+/** Squares turned by a few degrees, so that their edges cross the pixel grid at every phase. */
 void drawSlantedEdges(cv::Mat scene) {
     struct Pair {
         cv::Scalar ground;
@@ -97,6 +100,7 @@ void drawSlantedEdges(cv::Mat scene) {
     }
 }
 
+/** Draws lines of text of falling size. */
 void drawText(cv::Mat scene) {
     scene.setTo(grey(232));
     std::string const line = "The quick brown fox jumps over the lazy dog 0123456789";
@@ -113,7 +117,7 @@ void drawText(cv::Mat scene) {
     }
 }
 
-// A star whose rays narrow towards the centre, beyond what a camera resolves.
+/** A star whose rays narrow towards the centre, beyond what a camera resolves. */
 void drawStar(cv::Mat scene) {
     double const middleX = scene.cols / 2.0;
     double const middleY = scene.rows / 2.0;
@@ -131,7 +135,7 @@ void drawStar(cv::Mat scene) {
     }
 }
 
-// Rings that grow finer outwards.
+/** Rings that grow finer outwards. */
 void drawRings(cv::Mat scene) {
     double const finest = 0.16;  // cycles a pixel at the rim
     double const reach = scene.rows / 2.0;
@@ -145,7 +149,7 @@ void drawRings(cv::Mat scene) {
     }
 }
 
-// Leaves: many small ellipses in greens and browns over each other.
+/** Leaves: many small ellipses in greens and browns over each other. */
 void drawFoliage(cv::Mat scene) {
     scene.setTo(cv::Scalar(52, 74, 40));
     cv::RNG random(20);

@@ -22,6 +22,7 @@ float const kSensorColours[9] = {
         0.78f, 0.18f, 0.04f, 0.14f, 0.74f, 0.12f, 0.03f, 0.21f, 0.76f,
 };
 
+/** Linear light 0..1 of 8-bit sRGB values. */
 std::array<float, 256> linearLight() {
     std::array<float, 256> table;
     for (size_t i = 0; i < table.size(); ++i) {
@@ -31,6 +32,7 @@ std::array<float, 256> linearLight() {
     return table;
 }
 
+/** The calibration that undoes the sensor. */
 SensorCalibration sensorCalibration() {
     SensorCalibration calibration;
     calibration.bayerOrder = BayerOrder::RGGB;

@@ -12,6 +12,7 @@
 namespace quen::reprocess {
 namespace {
 
+/** Decodes a JPEG to RGB. */
 cv::Mat decode(Bytes jpeg) {
     std::unique_ptr<void, decltype(&tjDestroy)> const decoder(tjInitDecompress(), &tjDestroy);
     int width = 0;
@@ -30,6 +31,7 @@ cv::Mat decode(Bytes jpeg) {
     return picture;
 }
 
+/** PSNR for a mean squared error of 8-bit samples. */
 double decibels(double squaredError) {
     return squaredError > 0 ? 10 * std::log10(255.0 * 255.0 / squaredError) : INFINITY;
 }

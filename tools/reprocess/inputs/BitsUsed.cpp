@@ -10,6 +10,7 @@ namespace {
 
 constexpr uint32_t kRowsPerPiece = 64;
 
+/** All bits set in any sample of a row. */
 unsigned bitsUsedInRow(uint16_t const* samples, uint32_t count) {
     uint16_t used = 0;
     for (uint32_t i = 0; i < count; ++i) {

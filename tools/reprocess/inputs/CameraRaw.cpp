@@ -15,6 +15,7 @@
 namespace quen::reprocess {
 namespace {
 
+/** Throws when a call of LibRaw failed. */
 void check(int result) {
     if (result == LIBRAW_FILE_UNSUPPORTED) {
         throw Failure("is no camera's raw file that LibRaw knows",
@@ -25,11 +26,12 @@ void check(int result) {
     }
 }
 
-// LibRaw's colour index of a pixel of the visible area: 0 red, 2 blue, green 1 and 3 or both 1.
+/** LibRaw's colour index of a pixel of the visible area: 0 red, 2 blue, green 1 and 3 or both 1. */
 int colourAt(LibRaw& raw, int row, int column) {
     return raw.COLOR(row, column);
 }
 
+/** The Bayer order of the visible area. @throws Failure when the mosaic has none */
 BayerOrder bayerOrder(LibRaw& raw) {
     auto const& info = raw.imgdata.idata;
     bool const mosaic = info.colors == 3 && info.filters > 1000;
@@ -55,6 +57,7 @@ BayerOrder bayerOrder(LibRaw& raw) {
                   "convert it with other means first");
 }
 
+/** Reads the black level of each channel: LibRaw's common one plus its own. */
 void readBlackLevels(LibRaw& raw, SensorCalibration& calibration) {
     auto const& colour = raw.imgdata.color;
     unsigned const rows = colour.cblack[4];
@@ -71,12 +74,13 @@ void readBlackLevels(LibRaw& raw, SensorCalibration& calibration) {
     }
 }
 
+/** Whether the gains of red, green and blue are positive. */
 bool usableGains(float const* gains) {
     return std::all_of(gains, gains + 3,
                        [](float gain) { return std::isfinite(gain) && gain > 0; });
 }
 
-// The white balance as shot when the file has it, else daylight; green is 1.
+/** The white balance as shot when the file has it, else daylight; green is 1. */
 void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
     float const* gains = colour.cam_mul;
     if (!usableGains(gains)) {
@@ -90,6 +94,7 @@ void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
     }
 }
 
+/** Reads the matrix to sRGB, or notes that the camera is unknown. */
 void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
     float matrix[9];
     bool usable = true;
@@ -108,8 +113,10 @@ void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
     std::copy(std::begin(matrix), std::end(matrix), capture.calibration.colorMatrix);
 }
 
-// The default calibration is that of a sensor at ISO 100. With the gain, shot noise grows in
-// proportion and read noise with its square.
+/**
+ * The default calibration is that of a sensor at ISO 100. With the gain, shot noise grows in
+ * proportion and read noise with its square.
+ */
 void scaleNoise(float iso, SensorCalibration& calibration) {
     if (iso > 0) {
         float const gain = std::clamp(iso / 100, 0.5f, 256.0f);
@@ -118,6 +125,7 @@ void scaleNoise(float iso, SensorCalibration& calibration) {
     }
 }
 
+/** The depth of the samples: bits for the white level and the largest sample, at least 8. */
 int depthOf(BayerImage const& image, uint32_t width, uint32_t height, float white) {
     unsigned const used =
             static_cast<unsigned>(std::min(white, 65535.0f)) | bitsUsed(image, width, height);
@@ -128,6 +136,7 @@ int depthOf(BayerImage const& image, uint32_t width, uint32_t height, float whit
     return bits;
 }
 
+/** Degrees clockwise for LibRaw's flip. */
 int orientationOf(int flip) {
     switch (flip) {
         case 3:

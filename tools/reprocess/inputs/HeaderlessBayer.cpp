@@ -10,10 +10,12 @@
 namespace quen::reprocess {
 namespace {
 
+/** The size option as text. */
 std::string sizeText(InputOptions const& options) {
     return std::to_string((*options.size)[0]) + "x" + std::to_string((*options.size)[1]);
 }
 
+/** Throws when a sample has more bits than the options state. */
 void checkDepth(BayerImage const& image, uint32_t width, uint32_t height, int bits) {
     if (bitsUsed(image, width, height) >> bits) {
         uint16_t const largest =
@@ -24,6 +26,7 @@ void checkDepth(BayerImage const& image, uint32_t width, uint32_t height, int bi
     }
 }
 
+/** The calibration that the options state. */
 SensorCalibration calibrationFrom(InputOptions const& options) {
     SensorCalibration calibration;
     calibration.bayerOrder = *options.bayer;

@@ -15,7 +15,7 @@ namespace {
 
 using Decoder = std::unique_ptr<void, decltype(&tjDestroy)>;
 
-// A decoded picture: luma and two chroma planes of the sampling of the file.
+/** A decoded picture: luma and two chroma planes of the sampling of the file. */
 struct Planes {
     std::vector<uint8_t> bytes;
     std::array<uint8_t*, 3> data{};
@@ -26,6 +26,7 @@ struct Planes {
 using PlaneConversion = int (*)(uint8_t const*, int, uint8_t const*, int, uint8_t const*, int,
                                 uint8_t*, int, uint8_t*, int, int, int);
 
+/** The conversion from a chroma sampling to NV21; null when there is none. */
 PlaneConversion planeConversion(int sampling) {
     switch (sampling) {
         case TJSAMP_420:
@@ -39,6 +40,7 @@ PlaneConversion planeConversion(int sampling) {
     }
 }
 
+/** Throws the error of the decoder. */
 [[noreturn]] void throwDecoding(tjhandle decoder) {
     throw Failure(std::string("is no JPEG that can be decoded: ") + tjGetErrorStr2(decoder));
 }
@@ -47,12 +49,14 @@ PlaneConversion planeConversion(int sampling) {
 // The number of scans is limited: a file may hold hundreds of one picture, to keep decoders busy.
 constexpr int kStrict = TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS;
 
+/** Throws when a call failed. */
 void check(tjhandle decoder, int result) {
     if (result != 0) {
         throwDecoding(decoder);
     }
 }
 
+/** Decodes to planes of the sampling of the file. */
 Planes decodePlanes(tjhandle decoder, MappedFile const& file, int width, int height, int sampling) {
     Planes planes;
     size_t total = 0;
@@ -72,6 +76,7 @@ Planes decodePlanes(tjhandle decoder, MappedFile const& file, int width, int hei
     return planes;
 }
 
+/** Decodes to packed NV21, from the planes where possible, else through RGB. */
 void decodeToNv21(tjhandle decoder, MappedFile const& file, int width, int height, int sampling,
                   Capture const& capture, uint8_t* out) {
     int const evenWidth = static_cast<int>(capture.width);
@@ -91,7 +96,7 @@ void decodeToNv21(tjhandle decoder, MappedFile const& file, int width, int heigh
                        evenHeight);
 }
 
-// The orientation tag; 1 when the file has none.
+/** The orientation tag; 1 when the file has none. */
 int exifOrientation(MappedFile const& file) {
     std::unique_ptr<ExifData, decltype(&exif_data_unref)> const exif(
             exif_data_new_from_data(file.data(), static_cast<unsigned>(file.size())),
@@ -104,6 +109,7 @@ int exifOrientation(MappedFile const& file) {
     return exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
 }
 
+/** Sets the turn that an orientation tag asks for; notes a mirrored picture. */
 void setOrientation(int exif, Capture& capture) {
     constexpr int kDegrees[] = {0, 0, 0, 180, 180, 90, 90, 270, 270};  // by the tag's value
     constexpr bool kMirrored[] = {false, false, true, false, true, true, false, true, false};

@@ -13,7 +13,7 @@
 namespace quen::reprocess {
 namespace {
 
-// Closes a descriptor at the end of the scope.
+/** Closes a descriptor at the end of the scope. */
 struct Descriptor {
     int fd;
     ~Descriptor() {

@@ -14,25 +14,26 @@ namespace {
 constexpr short kLittleEndian = 0x4949;  // "II", the byte order of this machine
 constexpr unsigned kWordBits = 16;
 
-// LibRaw goes on after damaged data; this records that there was some.
+/** LibRaw goes on after damaged data; this records that there was some. */
 template <typename Offset>  // its type differs between versions of LibRaw
 void noteDamage(void* damaged, char const* /*file*/, Offset /*offset*/) {
     *static_cast<bool*>(damaged) = true;
 }
 
-// Whether the linearisation table of a DNG is the identity.
+/** Whether the linearisation table of a DNG is the identity. */
 bool isLinear(ushort const (&curve)[0x10000]) {
     ushort value = 0;
     return std::all_of(std::begin(curve), std::end(curve),
                        [&](ushort entry) { return entry == value++; });
 }
 
-// Whether LibRaw would derive black levels from masked areas.
+/** Whether LibRaw would derive black levels from masked areas. */
 bool hasMaskedAreas(libraw_image_sizes_t const& sizes) {
     return std::any_of(&sizes.mask[0][0], &sizes.mask[0][0] + sizeof(sizes.mask) / sizeof(int),
                        [](int edge) { return edge != 0; });
 }
 
+/** Whether the file has uncompressed little-endian 16-bit samples that need no processing. */
 bool arePlainWords(LibRaw& raw) {
     libraw_decoder_info_t decoder = {};
     auto const& unpacker = raw.get_internal_data_pointer()->unpacker_data;
@@ -43,6 +44,7 @@ bool arePlainWords(LibRaw& raw) {
            isLinear(raw.imgdata.color.curve) && !hasMaskedAreas(raw.imgdata.sizes);
 }
 
+/** The samples in the mapped file; none when it is too short or misaligned. */
 RawSamples samplesInFile(LibRaw& raw, std::string const& path) {
     auto const file = MappedFile::open(path);
     auto const& sizes = raw.imgdata.sizes;
@@ -56,6 +58,7 @@ RawSamples samplesInFile(LibRaw& raw, std::string const& path) {
     return {reinterpret_cast<uint16_t const*>(file->data() + offset), sizes.raw_width, file};
 }
 
+/** Unpacks the samples. @throws Failure when the file is damaged or cannot be read */
 RawSamples unpackedSamples(std::shared_ptr<LibRaw> const& raw) {
     bool damaged = false;
     raw->set_dataerror_handler(noteDamage, &damaged);

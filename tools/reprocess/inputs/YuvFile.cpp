@@ -9,7 +9,7 @@
 namespace quen::reprocess {
 namespace {
 
-// Copies the even part of a picture to packed NV21.
+/** Copies the even part of a picture to packed NV21. */
 std::shared_ptr<std::vector<uint8_t>> repack(MappedFile const& file, uint32_t width,
                                              uint32_t height, bool planar) {
     int const evenWidth = static_cast<int>(width & ~1u);

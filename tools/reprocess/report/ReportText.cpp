@@ -28,6 +28,7 @@ constexpr char const* kBayerNames[] = {"rggb", "grbg", "gbrg", "bggr"};
 constexpr char const* kCalibrationOrigins[] = {"not given: defaults", "given",
                                                "malformed: defaults"};
 
+/** The name of a pixel format. */
 char const* formatName(int32_t format) {
     for (FormatName const& entry : kFormatNames) {
         if (entry.format == format) {
@@ -37,6 +38,7 @@ char const* formatName(int32_t format) {
     return "unknown";
 }
 
+/** A line about a stream. */
 std::string streamText(char const* direction, isphal::ISPStream const& stream) {
     std::string text =
             format("%s stream %lld: %ux%u, format 0x%x %s, %u bytes, stride", direction,
@@ -53,6 +55,7 @@ std::string streamText(char const* direction, isphal::ISPStream const& stream) {
     return text;
 }
 
+/** A line about a buffer of a request. */
 std::string bufferText(char const* direction, isphal::ISPBuffer const& buffer) {
     bool const tuned = buffer.tuningData.getNativeHandle() != nullptr;
     return format("%s buffer of stream %lld, tuning data %s (%u bytes)\n", direction,
@@ -60,12 +63,14 @@ std::string bufferText(char const* direction, isphal::ISPBuffer const& buffer) {
                   buffer.tuningDataSize);
 }
 
+/** A title and the entries of an ISP metadata buffer. */
 template <typename Settings>
 std::string settingsText(char const* title, Settings const& settings) {
     return std::string(title) + "\n" +
            indented(host::ispMetadataText(settings.data(), settings.size()));
 }
 
+/** Numbers, each after a blank. */
 std::string floatsText(float const* values, size_t count) {
     std::string text;
     for (size_t i = 0; i < count; ++i) {

@@ -12,10 +12,17 @@ namespace quen::reprocess {
 
 namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
 
+/** A configuration: its streams, session settings and answer. */
 std::string configurationText(isphal::ISPStreamConfiguration const& config, isphal::Status status);
+
+/** A request: its buffers, settings and answer. */
 std::string requestText(isphal::ISPRequest const& request, isphal::Status status);
+
+/** A result: crop, calibration, metadata and times. */
 std::string resultText(isphal::ISPResult const& result, host::isp::IspReport const& report);
+
 std::string calibrationText(host::isp::SensorCalibration const& calibration);
+
 std::string calibrationHeaderText(host::isp::CalibrationHeader const& header);
 
 /** The lines, indented by two more blanks. */

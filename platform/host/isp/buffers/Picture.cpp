@@ -6,6 +6,7 @@ namespace {
 
 constexpr size_t kRowAlignment = 64;
 
+/** Rounds up to the row alignment. */
 size_t aligned(size_t bytes) {
     return (bytes + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
 }

@@ -43,6 +43,7 @@ static_assert(sizeof(CalibrationRecord) == kCalibrationUsedBytes - kCalibrationO
               "the record has no padding");
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "records are copied as they lie");
 
+/** Above zero, and finite. */
 bool isGain(float value) {
     return std::isfinite(value) && value > 0 && value <= kMaxGain;
 }
@@ -52,6 +53,7 @@ bool isAmount(float value) {
     return std::isfinite(value) && value >= 0;
 }
 
+/** Whether depth, white and black levels are valid. */
 bool areLevelsSound(CalibrationRecord const& record) {
     if (record.levelBits < kMinLevelBits || record.levelBits > kMaxLevelBits) {
         return false;
@@ -62,6 +64,7 @@ bool areLevelsSound(CalibrationRecord const& record) {
                        [&](float black) { return isAmount(black) && black < record.whiteLevel; });
 }
 
+/** Whether every value of a record is valid. */
 bool isSound(CalibrationRecord const& record) {
     return record.bayerOrder >= static_cast<int32_t>(BayerOrder::RGGB) &&
            record.bayerOrder <= static_cast<int32_t>(BayerOrder::BGGR) && areLevelsSound(record) &&
@@ -73,12 +76,14 @@ bool isSound(CalibrationRecord const& record) {
            isAmount(record.sharpening);
 }
 
+/** Reads an int32 at an offset. */
 int32_t readInt(uint8_t const* bytes, size_t offset) {
     int32_t value;
     memcpy(&value, bytes + offset, sizeof(value));
     return value;
 }
 
+/** Writes an int32 at an offset. */
 void writeInt(uint8_t* bytes, size_t offset, int32_t value) {
     memcpy(bytes + offset, &value, sizeof(value));
 }

@@ -15,12 +15,14 @@ inline unsigned packedSample(uint8_t const* group, int index) {
     return static_cast<unsigned>(group[index] << 2 | ((group[4] >> (2 * index)) & 3));
 }
 
+/** The little-endian word of an index. */
 inline unsigned wordAt(uint8_t const* source, int index) {
     uint16_t word;
     memcpy(&word, source + sizeof(word) * static_cast<size_t>(index), sizeof(word));
     return word;
 }
 
+/** Unpacks a row of packed 10-bit samples. */
 void unpackPacked10(uint8_t const* source, int width, int16_t const* evenTable,
                     int16_t const* oddTable, int16_t* even, int16_t* odd) {
     for (int group = 0; group < width / kPixelsPerGroup; ++group) {
@@ -34,6 +36,7 @@ void unpackPacked10(uint8_t const* source, int width, int16_t const* evenTable,
     }
 }
 
+/** Unpacks a row of 16-bit words, clipped to `maximum`. */
 void unpackWords16(uint8_t const* source, int width, unsigned maximum, int16_t const* evenTable,
                    int16_t const* oddTable, int16_t* even, int16_t* odd) {
     for (int pair = 0; pair < width / 2; ++pair) {

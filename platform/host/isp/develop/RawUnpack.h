@@ -23,8 +23,7 @@ using RgbHalfRows = std::array<int16_t*, 3>;
 void unpackBayerRow(RawPicture const& picture, int row, int16_t const* evenTable,
                     int16_t const* oddTable, int16_t* even, int16_t* odd);
 
-/** As above for an RGB image: a table per channel; three half rows for even and odd columns each.
- */
+/** As above for an RGB image: one table per channel, three half rows per column parity. */
 void unpackRgbRow(RawPicture const& picture, int row, int16_t const* const tables[3],
                   RgbHalfRows const& even, RgbHalfRows const& odd);
 

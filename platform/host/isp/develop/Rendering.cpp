@@ -21,6 +21,7 @@ uint8_t toneOf(float light) {
     return static_cast<uint8_t>(255 * std::clamp(value, 0.0f, 1.0f) + 0.5f);
 }
 
+/** The linear light of a companded sample, clamped to its range. */
 inline float linear(int16_t code) {
     float const bounded = std::clamp<int16_t>(code, 0, kCodeWhite);
     return bounded * bounded;
@@ -46,6 +47,7 @@ void applyMatrix(std::array<float, 9> const& m, RgbHalfRows const& samples, int 
     }
 }
 
+/** Clamps companded samples to their range, in place. */
 QUEN_VECTORISED
 void clampCodes(RgbHalfRows const& samples, int count) {
     for (int16_t* const channel : samples) {

@@ -8,10 +8,12 @@ namespace quen::host::isp {
 
 namespace {
 
+/** libyuv's type of strides. */
 int asInt(size_t value) {
     return static_cast<int>(value);
 }
 
+/** Whether the chroma of two pictures is arranged alike. */
 bool haveOneArrangement(YuvPicture const& a, YuvPicture const& b) {
     return a.chromaStep == b.chromaStep && a.isNv21() == b.isNv21();
 }
@@ -52,6 +54,7 @@ int interpolationFor(YuvPicture const& from, YuvPicture const& to) {
     return shrinks ? cv::INTER_AREA : cv::INTER_CUBIC;
 }
 
+/** Scales one plane; `type` is OpenCV's type of a sample. */
 void scalePlane(uint8_t* from, size_t fromStride, cv::Size fromSize, uint8_t* to, size_t toStride,
                 cv::Size toSize, int type, int interpolation) {
     cv::Mat const source(fromSize, type, from, fromStride);
@@ -59,6 +62,7 @@ void scalePlane(uint8_t* from, size_t fromStride, cv::Size fromSize, uint8_t* to
     cv::resize(source, target, toSize, 0, 0, interpolation);
 }
 
+/** Scales chroma between pictures of one arrangement. */
 void scaleChroma(YuvPicture const& from, YuvPicture const& to) {
     int const interpolation = interpolationFor(from, to);
     cv::Size const fromSize(chromaSize(from.width), chromaSize(from.height));

@@ -23,10 +23,12 @@ constexpr std::chrono::milliseconds kClientWaitLimit{50};
 
 using Clock = std::chrono::steady_clock;
 
+/** The time since a point in time. */
 std::chrono::microseconds since(Clock::time_point start) {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
 }
 
+/** Appends an entry of int32 items. */
 template <size_t N>
 void addInts(std::vector<unsigned char>& buffer, uint32_t tag, int32_t (&&values)[N]) {
     add_isp_metadata_entry(buffer, tag, kIspTypeInt32, values, sizeof(values), nullptr);

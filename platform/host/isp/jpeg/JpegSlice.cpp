@@ -22,20 +22,24 @@ struct ErrorManager {
     jmp_buf back;
 };
 
+/** Jumps back to the encoder. */
 void onError(j_common_ptr info) {
     longjmp(reinterpret_cast<ErrorManager*>(info->err)->back, 1);
 }
 
+/** Discards warnings. */
 void onMessage(j_common_ptr /*info*/) {}
 
 // The whole target is handed over at once: a request for more means it is too small.
 void onStart(j_compress_ptr /*info*/) {}
 
+/** Fails: the target is full. */
 boolean onFull(j_compress_ptr info) {
     ERREXIT(info, JERR_BUFFER_SIZE);
     return FALSE;
 }
 
+/** Nothing is buffered. */
 void onEnd(j_compress_ptr /*info*/) {}
 
 /** Repeats the last sample of a row up to the padded width. */
@@ -43,6 +47,7 @@ void padRow(uint8_t* row, int width, int paddedWidth) {
     memset(row + width, row[width - 1], static_cast<size_t>(paddedWidth - width));
 }
 
+/** Sets the parameters of a file: 4:2:0 from raw planes, a restart marker per MCU row. */
 void setUp(jpeg_compress_struct& info, YuvPicture const& picture, int quality) {
     info.image_width = static_cast<JDIMENSION>(picture.width);
     info.image_height = static_cast<JDIMENSION>(picture.height);
