@@ -19,9 +19,6 @@
 /** A function that is called with the locks held, and returns with them held. */
 #define HOST_REQUIRES(...) HOST_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
 
-/** A function that takes the locks itself: its caller must not hold them. */
-#define HOST_EXCLUDES(...) HOST_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
-
 // For the lock types below.
 #define HOST_LOCK_TYPE HOST_THREAD_ATTRIBUTE(capability("mutex"))
 #define HOST_SCOPED_LOCK_TYPE HOST_THREAD_ATTRIBUTE(scoped_lockable)

@@ -6,18 +6,19 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
 
 #include <cutils/properties.h>
+
+#include "host/base/Mutex.h"
 
 namespace {
 
 /** The process's properties. */
 struct PropertyTable {
-    std::shared_mutex lock;
-    std::map<std::string, std::string, std::less<>> values;  // under lock; none is empty
+    quen::host::SharedMutex lock;
+    /** None is empty. */
+    std::map<std::string, std::string, std::less<>> values HOST_GUARDED_BY(lock);
 };
 
 /** Stays until the process ends: a thread may read a property while objects are torn down. */
@@ -55,7 +56,7 @@ bool quen::host::setProperty(std::string_view name, std::string_view value) {
         return false;
     }
     PropertyTable& properties = table();
-    std::unique_lock<std::shared_mutex> const lock(properties.lock);
+    WriterLock const lock(properties.lock);
     auto const found = properties.values.find(name);
     if (found != properties.values.end()) {
         if (value.empty()) {
@@ -78,7 +79,7 @@ int property_get(char const* key, char* value, char const* defaultValue) {
     size_t length = 0;
     {
         PropertyTable& properties = table();
-        std::shared_lock<std::shared_mutex> const lock(properties.lock);
+        quen::host::ReaderLock const lock(properties.lock);
         auto const found = properties.values.find(std::string_view(key));
         if (found != properties.values.end()) {
             length = found->second.copy(value, PROPERTY_VALUE_MAX - 1);

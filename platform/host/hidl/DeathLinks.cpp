@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
 #include <utility>
+
+#include "host/base/Mutex.h"
 
 using android::sp;
 using android::wp;
@@ -14,8 +15,8 @@ namespace quen::host {
 namespace {
 
 struct LinkTable {
-    std::mutex lock;
-    std::vector<DeathLink> links;  // under lock, oldest first
+    Mutex lock;
+    std::vector<DeathLink> links HOST_GUARDED_BY(lock);  // oldest first
 };
 
 /** Stays until the process ends, when objects that link and unlink are torn down in any order. */
@@ -31,7 +32,7 @@ void addDeathLink(DeathLink link) {
     std::vector<DeathLink> outlived;
     std::vector<sp<IBase>> alive;
     LinkTable& deathLinks = table();
-    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    MutexLock const lock(deathLinks.lock);
     auto const firstOutlived = std::stable_partition(
             deathLinks.links.begin(), deathLinks.links.end(), [&](DeathLink const& known) {
                 alive.push_back(known.service.promote());
@@ -46,7 +47,7 @@ bool removeDeathLink(IBase& service, sp<hidl_death_recipient> const& recipient) 
     wp<IBase> const who(&service);
     DeathLink removed;
     LinkTable& deathLinks = table();
-    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    MutexLock const lock(deathLinks.lock);
     auto const found = std::find_if(deathLinks.links.rbegin(), deathLinks.links.rend(),
                                     [&](DeathLink const& link) {
                                         return link.service == who && link.recipient == recipient;
@@ -63,7 +64,7 @@ std::vector<DeathLink> takeDeathLinks(IBase& service) {
     wp<IBase> const who(&service);
     std::vector<DeathLink> taken;
     LinkTable& deathLinks = table();
-    std::lock_guard<std::mutex> const lock(deathLinks.lock);
+    MutexLock const lock(deathLinks.lock);
     auto const firstTaken =
             std::stable_partition(deathLinks.links.begin(), deathLinks.links.end(),
                                   [&](DeathLink const& link) { return link.service != who; });

@@ -1,9 +1,10 @@
 #include "host/hidl/ServiceRegistry.h"
 
 #include <map>
-#include <mutex>
 #include <utility>
 #include <vector>
+
+#include "host/base/Mutex.h"
 
 using android::sp;
 using android::hidl::base::V1_0::IBase;
@@ -14,8 +15,8 @@ namespace {
 using ServiceName = std::pair<std::string, std::string>;  // descriptor, instance
 
 struct Registry {
-    std::mutex lock;
-    std::map<ServiceName, sp<IBase>> services;  // under lock; none is null
+    Mutex lock;
+    std::map<ServiceName, sp<IBase>> services HOST_GUARDED_BY(lock);  // none is null
 };
 
 /**
@@ -40,7 +41,7 @@ android::status_t registerService(std::string_view descriptor, std::string_view 
     }
     ServiceName name = nameOf(descriptor, instance);
     Registry& known = registry();
-    std::lock_guard<std::mutex> const lock(known.lock);
+    MutexLock const lock(known.lock);
     // The service before leaves with the parameter, after the lock.
     std::swap(known.services[std::move(name)], service);
     return android::OK;
@@ -49,7 +50,7 @@ android::status_t registerService(std::string_view descriptor, std::string_view 
 sp<IBase> findService(std::string_view descriptor, std::string_view instance) {
     ServiceName const name = nameOf(descriptor, instance);
     Registry& known = registry();
-    std::lock_guard<std::mutex> const lock(known.lock);
+    MutexLock const lock(known.lock);
     auto const found = known.services.find(name);
     return found == known.services.end() ? nullptr : found->second;
 }
@@ -58,7 +59,7 @@ bool unregisterService(std::string_view descriptor, std::string_view instance) {
     ServiceName const name = nameOf(descriptor, instance);
     sp<IBase> removed;
     Registry& known = registry();
-    std::lock_guard<std::mutex> const lock(known.lock);
+    MutexLock const lock(known.lock);
     auto const found = known.services.find(name);
     if (found == known.services.end()) {
         return false;
@@ -71,7 +72,7 @@ bool unregisterService(std::string_view descriptor, std::string_view instance) {
 bool unregisterService(sp<IBase> const& service) {
     // The caller's reference keeps the object while the registry's go.
     Registry& known = registry();
-    std::lock_guard<std::mutex> const lock(known.lock);
+    MutexLock const lock(known.lock);
     bool removed = false;
     for (auto entry = known.services.begin(); entry != known.services.end();) {
         bool const matches = entry->second == service;

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "host/base/Mutex.h"
 
 namespace quen::host {
 namespace {
@@ -27,7 +28,7 @@ using TagLevels = std::vector<std::pair<std::string, LogLevel>>;
 std::atomic<LogLevel> gLevel{kDefaultLevel};
 std::atomic<TagLevels const*> gTagLevels{nullptr};  // null when no tag has a level of its own
 
-std::mutex gChangeLock;  // held through a change of gLevel, gTagLevels and gWantedLevels
+Mutex gChangeLock;  // held while gLevel, gTagLevels and gWantedLevels change
 
 LogLevel levelOf(TagLevels const* tags, std::string_view tag) {
     if (tags != nullptr) {
@@ -40,7 +41,7 @@ LogLevel levelOf(TagLevels const* tags, std::string_view tag) {
     return gLevel.load(std::memory_order_relaxed);
 }
 
-void publishLocked(TagLevels const* tags) {
+void publishLocked(TagLevels const* tags) HOST_REQUIRES(gChangeLock) {
     LogLevel highest = gLevel.load(std::memory_order_relaxed);
     uint32_t byTag = 0;
     if (tags != nullptr) {
@@ -54,7 +55,7 @@ void publishLocked(TagLevels const* tags) {
 }
 
 /** Keeps a table for good: a thread may be reading it, and tables are few. */
-TagLevels const* keepLocked(TagLevels levels) {
+TagLevels const* keepLocked(TagLevels levels) HOST_REQUIRES(gChangeLock) {
     static auto* const kept = new std::vector<std::unique_ptr<TagLevels const>>;
     kept->push_back(std::make_unique<TagLevels const>(std::move(levels)));
     return kept->back().get();
@@ -82,7 +83,7 @@ LogLevel logLevel() {
 }
 
 void setLogLevel(LogLevel level) {
-    std::lock_guard<std::mutex> const lock(gChangeLock);
+    MutexLock const lock(gChangeLock);
     gLevel.store(level, std::memory_order_relaxed);
     publishLocked(gTagLevels.load(std::memory_order_relaxed));
 }
@@ -96,7 +97,7 @@ bool setLogLevel(std::string_view name) {
 }
 
 void setTagLogLevel(std::string_view tag, LogLevel level) {
-    std::lock_guard<std::mutex> const lock(gChangeLock);
+    MutexLock const lock(gChangeLock);
     TagLevels const* const before = gTagLevels.load(std::memory_order_relaxed);
     TagLevels levels = before == nullptr ? TagLevels() : *before;
     auto const found = std::find_if(levels.begin(), levels.end(),
@@ -110,7 +111,7 @@ void setTagLogLevel(std::string_view tag, LogLevel level) {
 }
 
 void clearTagLogLevels() {
-    std::lock_guard<std::mutex> const lock(gChangeLock);
+    MutexLock const lock(gChangeLock);
     publishLocked(nullptr);
 }
 

@@ -9,11 +9,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
-#include <shared_mutex>
 
 #include <android/log.h>
 
+#include "host/base/Mutex.h"
 #include "host/log/LogControl.h"
 
 namespace quen::host {
@@ -23,7 +22,7 @@ constexpr char kPriorityLetters[] = "??VDIWEF";  // by ANDROID_LOG_*
 constexpr char kCameraLetters[] = "DEWI";        // by the camera's level
 
 std::atomic<LogSink*> gSink{nullptr};
-std::shared_mutex gSinkLock;  // shared by threads in the sink, held alone to replace it
+SharedMutex gSinkLock;  // held for reading in the sink, for writing to replace it
 
 template <size_t N>
 char letterOf(char const (&letters)[N], int index) {
@@ -79,7 +78,7 @@ bool withSink(Use use) {
     if (gSink.load(std::memory_order_relaxed) == nullptr) {
         return false;
     }
-    std::shared_lock<std::shared_mutex> const lock(gSinkLock);
+    ReaderLock const lock(gSinkLock);
     LogSink* const sink = gSink.load(std::memory_order_relaxed);
     if (sink == nullptr) {
         return false;
@@ -93,7 +92,7 @@ bool withSink(Use use) {
 void LogSink::writeAndroid(char const* /*tag*/, int /*priority*/, char const* /*text*/) {}
 
 LogSink* setLogSink(LogSink* sink) {
-    std::unique_lock<std::shared_mutex> const lock(gSinkLock);
+    WriterLock const lock(gSinkLock);
     return gSink.exchange(sink, std::memory_order_relaxed);
 }
 

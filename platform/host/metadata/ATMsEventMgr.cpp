@@ -1,9 +1,8 @@
 #include <nscam/ATMsEventMgr.h>
 
 #include <map>
-#include <mutex>
-#include <shared_mutex>
 
+#include "host/base/Mutex.h"
 #include "host/metadata/EventText.h"
 
 namespace {
@@ -16,7 +15,7 @@ class EventStore final : public NSCam::ATMsEventMgr {
     }
 
     bool getString(std::string const& key, std::string& value) override {
-        std::shared_lock<std::shared_mutex> const lock(mLock);
+        quen::host::ReaderLock const lock(mLock);
         auto const found = mTexts.find(key);
         if (found == mTexts.end()) {
             value.clear();
@@ -27,18 +26,18 @@ class EventStore final : public NSCam::ATMsEventMgr {
     }
 
     void set(std::string const& key, std::string const& value) {
-        std::unique_lock<std::shared_mutex> const lock(mLock);
+        quen::host::WriterLock const lock(mLock);
         mTexts[key] = value;
     }
 
     void clear(std::string const& key) {
-        std::unique_lock<std::shared_mutex> const lock(mLock);
+        quen::host::WriterLock const lock(mLock);
         mTexts.erase(key);
     }
 
   private:
-    std::shared_mutex mLock;
-    std::map<std::string, std::string> mTexts;  // under mLock
+    quen::host::SharedMutex mLock;
+    std::map<std::string, std::string> mTexts HOST_GUARDED_BY(mLock);
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/base/Mutex.h"
 #include "host/threea/ThreeAStore.h"
 
 using quen::host::IThreeAStore;
@@ -11,9 +12,9 @@ namespace {
 
 /** The store that is installed. */
 struct Installed {
-    std::mutex lock;
-    std::shared_ptr<IThreeAStore> store =
-            std::make_shared<SharedMemoryThreeAStore>();  // under lock
+    quen::host::Mutex lock;
+    std::shared_ptr<IThreeAStore> store HOST_GUARDED_BY(lock) =
+            std::make_shared<SharedMemoryThreeAStore>();
 
     static Installed& instance() {
         static Installed installed;
@@ -24,7 +25,7 @@ struct Installed {
 /** Kept alive by the caller, so that a call outlasts the store's replacement. */
 std::shared_ptr<IThreeAStore> currentStore() {
     Installed& installed = Installed::instance();
-    std::lock_guard<std::mutex> const lock(installed.lock);
+    quen::host::MutexLock const lock(installed.lock);
     return installed.store;
 }
 
@@ -35,7 +36,7 @@ std::shared_ptr<IThreeAStore> quen::host::setThreeAStore(std::shared_ptr<IThreeA
         store = std::make_shared<SharedMemoryThreeAStore>();
     }
     Installed& installed = Installed::instance();
-    std::lock_guard<std::mutex> const lock(installed.lock);
+    quen::host::MutexLock const lock(installed.lock);
     return std::exchange(installed.store, std::move(store));
 }
 

@@ -57,7 +57,7 @@ int SharedMemoryThreeAStore::get3AInfoBuf(QIF3ABufferInfo* info, unsigned int si
     if (info == nullptr || size > kBufferBytes) {
         return -EINVAL;
     }
-    std::lock_guard<std::mutex> const lock(mLock);
+    MutexLock const lock(mLock);
     // A buffer that is yet to be made was never handed out: the pool fills up before any is reused.
     auto const next = std::min_element(mBuffers.begin(), mBuffers.end(),
                                        [](Buffer const& left, Buffer const& right) {
@@ -81,7 +81,7 @@ int SharedMemoryThreeAStore::getTuningData(int* fd, unsigned int bufferIndex) {
     if (fd == nullptr) {
         return -EINVAL;
     }
-    std::lock_guard<std::mutex> const lock(mLock);
+    MutexLock const lock(mLock);
     if (bufferIndex < 1 || bufferIndex > mBuffers.size() ||
         mBuffers[bufferIndex - 1].descriptor < 0) {
         return -ENOENT;

@@ -3,9 +3,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include <quen/Quen3AInfoManager.h>
+
+#include "host/base/Mutex.h"
 
 namespace quen::host {
 
@@ -53,9 +54,10 @@ class SharedMemoryThreeAStore final : public IThreeAStore {
         uint64_t lastHandedOut = 0;
     };
 
-    std::mutex mLock;
-    std::array<Buffer, kBuffers> mBuffers;  // under mLock; the buffer of index i is at i - 1
-    uint64_t mHandedOut = 0;                // under mLock
+    Mutex mLock;
+    /** The buffer of index i is at i - 1. */
+    std::array<Buffer, kBuffers> mBuffers HOST_GUARDED_BY(mLock);
+    uint64_t mHandedOut HOST_GUARDED_BY(mLock) = 0;
 };
 
 }  // namespace quen::host
