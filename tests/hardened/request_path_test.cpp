@@ -1,9 +1,9 @@
-#include <future>
 #include <limits>
 
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
 #include "support/ProcessTest.h"
+#include "support/Requests.h"
 
 namespace {
 
@@ -44,9 +44,19 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
                         }),
               0);
 
-    // Another waiting request's result does not end it: 5 was recorded by hand, so nobody waits.
-    mRoad.peer.halInterface()->recordISPRequest(
-            new OfflineRequest{5, new NSCam::IMetadata, {}, {}, false, "YUV2JPEG"}, nullptr);
+    // Another waiting request's result neither changes its status nor ends it: 5 is recorded by
+    // hand, so nobody waits for it.
+    auto const record5 = [&] {
+        mRoad.peer.halInterface()->recordISPRequest(newRequest(5), nullptr);
+    };
+    record5();
+    EXPECT_EQ(encodeOne(777,
+                        [&](auto& request) {
+                            answerThat(request.requestNumber);
+                            answerThat(5, isphal::Status::RESULT_ERROR);
+                        }),
+              777);
+    record5();
     setJpegTimeout("0");
     Transcript transcript;
     memset(mJpegMemory.data(), 0xEE, kJpegBytes);
@@ -99,6 +109,26 @@ TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
     };
     EXPECT_EQ(encode(3, mClient), 0);
     EXPECT_EQ(mClient->calls().size(), 2u);
+    // Refused while a result is at work on it.
+    android::sp<SlowClient> const slow = new SlowClient;
+    std::thread result;
+    isp().onProcess = [&](isphal::ISPRequest const& request) -> StandInDevice::StatusReturn {
+        result = std::thread([&, number = request.requestNumber] { isp().answer(number); });
+        slow->waitUntilTold();
+        return isphal::Status::REQUEST_ERROR;
+    };
+    EXPECT_EQ(encode(4, slow), 0);
+    EXPECT_TRUE(mRoad.isOutstanding(4));
+    slow->letGo();
+    result.join();
+}
+
+TEST_F(HardenedPathTest, SecondRequestOfANumberIsFreedAtOnce) {
+    mRoad.create(mRaw, {mYuv});
+    EXPECT_EQ(develop(1, mClient), 0);
+    mGraphics.mapper->calls.clear();
+    EXPECT_EQ(develop(1, mClient), 0);
+    EXPECT_THAT(mGraphics.mapper->calls, ElementsAre("free"));  // its output tuning buffer
 }
 
 TEST_F(HardenedPathTest, TrailerHasToTellOfAJpegThatFits) {
@@ -203,13 +233,24 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     setJpegTimeout("1000");
     EXPECT_EQ(develop(1, mClient), 0);
     EXPECT_EQ(develop(2, mClient), 0);
+    android::sp<SlowClient> const slow = new SlowClient;
+    EXPECT_EQ(develop(4, slow), 0);
+    std::thread result([&] { isp().answer(4); });
+    slow->waitUntilTold();
     android::sp<HalInterfacePeer::ClientCallback> const callback =
             HalInterfacePeer::callback(*mRoad.peer.halInterface());
     isp().onProcess = [&](auto const&) {
         callback->serviceDied(1, nullptr);
         return StandInDevice::ok();
     };
+    Transcript transcript;
     EXPECT_EQ(develop(3, nullptr), 0);  // released, with a status that is no success
+    EXPECT_TRUE(transcript.has("I all result process done, single waitForRequestDrained"));
+    mGraphics.mapper->calls.clear();
+    slow->letGo();
+    result.join();
+    EXPECT_THAT(mGraphics.mapper->calls, ElementsAre("free"));  // a result keeps what it claimed
+    EXPECT_EQ(slow->calls().size(), 2u);
     std::vector<RecordingCallback::Call> calls = mClient->calls();
     ASSERT_EQ(calls.size(), 2u);
     for (RecordingCallback::Call const& call : calls) {
@@ -217,13 +258,14 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
         EXPECT_EQ(call.status, 7u);
     }
     EXPECT_EQ(calls[0].requestNumber + calls[1].requestNumber, 3u);
-    Transcript transcript;
+    transcript.take();
     (void)callback->processResult({1, {}, isphal::Status::OK}).isOk();
     EXPECT_THAT(transcript.take(), ElementsAre("E cannot find capture request 1"));
 
     // The bridge that outlives the module takes nothing more.
     HalInterface& hal = *mRoad.peer.halInterface();
     OfflineRequest request = {9, nullptr, {}, {}, false, "RAW2YUV"};
+    EXPECT_EQ(callback->record(&request, mClient), quen::RequestTable::Insertion::Closed);
     hal.recordISPRequest(&request, mClient);
     hal.waitForRequestDrained();
     EXPECT_THAT(transcript.take(),

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <future>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -54,6 +54,8 @@ TEST(HalInterface, NumberRecordedTwiceKeepsItsFirstRequest) {
 }
 
 TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
+    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
+    HookedMapper& mapper = *Graphics::fresh().mapper;
     Bridge bridge;
     Transcript transcript;
     bridge.hal->waitForRequestDrained();
@@ -62,11 +64,13 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     android::sp<RecordingCallback> const client = new RecordingCallback;
     OfflineRequest* const requests[] = {newRequest(7), newRequest(9)};
     for (OfflineRequest* const request : requests) {
+        request->inputTuningBuffer = graphic;
         bridge.hal->recordISPRequest(request, client);
     }
     bridge.hal->waitForRequestDrained();
-    ASSERT_GE(transcript.lines().size(), 2u);
-    Lines lines = transcript.take();
+    Lines lines = deviceLines(transcript);
+    ASSERT_GE(lines.size(), 2u);
+    transcript.take();
     std::sort(lines.begin(), lines.begin() + 2);  // the table has no order
     EXPECT_EQ(lines, linesOf(R"(
             I need wait request number 7 process done
@@ -78,6 +82,7 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_THAT(transcript.lines(), ElementsAre("E cannot find capture request 7"));
     EXPECT_EQ(client->calls().size(), 0u);
+    EXPECT_EQ(mapper.calls, quen::kHardened ? (Lines{"free", "free"}) : Lines());
     if (!quen::kHardened) {
         for (OfflineRequest* const request : requests) {
             deleteRequest(request);  // abandoned, so still allocated
@@ -85,28 +90,37 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     }
 }
 
-/** A client that keeps the ISP's thread until it is let go. */
-class SlowClient : public RecordingCallback {
+/** A client that lets go of all it has of the library when it is told. */
+class LeavingClient : public RecordingCallback {
   public:
-    android::hardware::Return<void> notifyRequestResult(uint32_t requestNumber,
-                                                        postproc::Status status) override {
-        mTold.set_value();
-        mLetGo.get_future().wait();
-        return RecordingCallback::notifyRequestResult(requestNumber, status);
+    android::hardware::Return<void> notifyRequestResult(uint32_t, postproc::Status) override {
+        bridge = nullptr;
+        outlivedBridge = callback.promote() != nullptr;
+        return android::hardware::Void();
     }
-    void waitUntilTold() { mTold.get_future().wait(); }
-    void letGo() { mLetGo.set_value(); }
-
-  private:
-    std::promise<void> mTold;
-    std::promise<void> mLetGo;
+    std::unique_ptr<Bridge> bridge = std::make_unique<Bridge>();
+    android::wp<HalInterfacePeer::ClientCallback> const callback = bridge->callback;
+    bool outlivedBridge = false;
 };
+
+TEST(HalInterface, CallbackLivesAsLongAsAResultIsAtWork) {
+    android::sp<LeavingClient> const client = new LeavingClient;
+    client->bridge->hal->recordISPRequest(newRequest(7), client);
+    HalInterfacePeer::ClientCallback& callback = *client->bridge->callback;
+    EXPECT_TRUE(callback.processResult({7, {}, isphal::Status::OK}).isOk());
+    EXPECT_TRUE(client->outlivedBridge);
+    EXPECT_EQ(client->callback.promote(), nullptr);
+}
 
 TEST(HalInterface, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     Bridge bridge;
     android::sp<SlowClient> const slow = new SlowClient;
     android::sp<RecordingCallback> const next = new RecordingCallback;
-    bridge.hal->recordISPRequest(newRequest(7), slow);
+    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
+    HookedMapper& mapper = *Graphics::fresh().mapper;
+    OfflineRequest* const claimed = newRequest(7);
+    claimed->inputTuningBuffer = graphic;
+    bridge.hal->recordISPRequest(claimed, slow);
     std::thread result([&] { EXPECT_TRUE(bridge.deliver(7)); });
     slow->waitUntilTold();
 
@@ -121,8 +135,10 @@ TEST(HalInterface, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     // A drained wait gives the number up, not the record; what comes after it is another request.
     bridge.hal->waitForRequestDrained();
     bridge.hal->recordISPRequest(newRequest(7), next);
+    EXPECT_THAT(mapper.calls, ElementsAre());
     slow->letGo();
     result.join();
+    EXPECT_THAT(mapper.calls, ElementsAre("free"));
     EXPECT_EQ(slow->calls().size(), 2u);
     EXPECT_TRUE(HalInterfacePeer::isOutstanding(*bridge.hal, 7));
     EXPECT_TRUE(bridge.deliver(7));

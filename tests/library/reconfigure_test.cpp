@@ -168,6 +168,8 @@ TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
     peer.halInterface()->recordISPRequest(
             new OfflineRequest{7, new NSCam::IMetadata, {}, {}, true, "RAW2YUV"}, nullptr);
     check(mInput, {mLarge});  // changes nothing, so it does not wait either
+    ImageBuffer input = image(1, kRaw16, 64, 50);
+    ImageBuffer output = mLarge;
     std::atomic<bool> checked{false};
     size_t atAnswer = 0;
     std::thread ispThread([&] {
@@ -177,13 +179,15 @@ TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
         // The line is written on the way to the wait, while the table is being read.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         atAnswer = configurations() + peer.inputStreams().size() + peer.outputStreams().size();
+        output.width = 1;  // what was compared is configured
         isp->answer(7);
     });
-    check(image(1, kRaw16, 64, 50), {mLarge});
+    peer.checkReconfigure(&input, {&output}, nullptr);
     checked = true;
     ispThread.join();
     EXPECT_EQ(atAnswer, 1u + 2u + 2u);  // neither configured anew nor forgotten
-    EXPECT_EQ(configurations(), 2u);
+    ASSERT_EQ(configurations(), 2u);
+    EXPECT_EQ(isp->configurations[1].outputStreams[0].width, 64u);
     EXPECT_TRUE(log.has("I wait all result process done"));
 }
 

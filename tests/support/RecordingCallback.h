@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <vector>
 
@@ -57,6 +58,23 @@ class RecordingCallback : public postproc::IQuenPostProcCallback {
     std::mutex mLock;
     std::condition_variable mArrived;
     std::vector<Call> mCalls;  // guarded by mLock
+};
+
+/** A client that keeps the ISP's thread until it is let go. */
+class SlowClient : public RecordingCallback {
+  public:
+    android::hardware::Return<void> notifyRequestResult(uint32_t requestNumber,
+                                                        postproc::Status status) override {
+        mTold.set_value();
+        mLetGo.get_future().wait();
+        return RecordingCallback::notifyRequestResult(requestNumber, status);
+    }
+    void waitUntilTold() { mTold.get_future().wait(); }
+    void letGo() { mLetGo.set_value(); }
+
+  private:
+    std::promise<void> mTold;
+    std::promise<void> mLetGo;
 };
 
 }  // namespace quentest
