@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <sys/time.h>
 
 #include <ctime>
 
@@ -63,6 +64,12 @@ class QUEN_ANNOTATION(scoped_lockable) MutexLock {
   private:
     Mutex& mMutex;
 };
+
+/** The deadline that lies whole seconds after a time of the realtime clock. */
+inline timespec deadlineAfter(timeval const& start, time_t seconds) {
+    constexpr long kNanosecondsPerMicrosecond = 1000;
+    return {start.tv_sec + seconds, start.tv_usec * kNanosecondsPerMicrosecond};
+}
 
 /** A condition variable on the realtime clock, as long-lived as a Mutex. */
 class Condition {

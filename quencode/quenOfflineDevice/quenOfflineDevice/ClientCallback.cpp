@@ -2,7 +2,6 @@
 
 #include "quenOfflineDevice/ClientCallback.h"
 
-#include <cstring>
 #include <utility>
 
 #include <system/camera_metadata.h>
@@ -28,7 +27,6 @@ using vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback;
 namespace {
 
 constexpr time_t kDrainTimeoutSeconds = 2;
-constexpr long kNanosecondsPerMicrosecond = 1000;
 
 }  // namespace
 
@@ -38,8 +36,8 @@ HalInterface::ClientCallback::ClientCallback(wp<HalInterface> const& parent,
 
 HalInterface::ClientCallback::~ClientCallback() {
     // No result is at work here: each holds a reference until it is done.
-    for (OfflineRequest* const request : mOfflineRequestCallback.clear()) {
-        quen::destroyOfflineRequest(request);
+    for (Claim const& claim : mOfflineRequestCallback.clear()) {
+        quen::destroyOfflineRequest(claim.request);
     }
 }
 
@@ -59,10 +57,10 @@ void HalInterface::ClientCallback::withdraw(uint32_t requestNumber, OfflineReque
  * no overall limit. The caller cannot tell a drained table from one that was given up.
  */
 void HalInterface::ClientCallback::waitForRequestDrained() {
-    std::vector<OfflineRequest*> const abandoned = drain();
+    std::vector<Claim> const givenUp = drain();
     if constexpr (quen::kHardened) {
-        for (OfflineRequest* const request : abandoned) {
-            quen::destroyOfflineRequest(request);
+        for (Claim const& claim : givenUp) {
+            quen::destroyOfflineRequest(claim.request);
         }
     }
 }
@@ -70,21 +68,20 @@ void HalInterface::ClientCallback::waitForRequestDrained() {
 /**
  * Waits for an empty table, or gives up and empties it.
  *
- * @return the requests that were given up and that no result is at work on. Their records stay
- *         allocated, which others rely on; the hardened build destroys them
+ * @return what was given up and no result is at work on: the callbacks are released by the caller,
+ *         without a lock; the records stay allocated, and the hardened build destroys them
  */
-std::vector<OfflineRequest*> HalInterface::ClientCallback::drain() {
-    std::vector<OfflineRequest*> abandoned;
+std::vector<HalInterface::ClientCallback::Claim> HalInterface::ClientCallback::drain() {
+    std::vector<Claim> givenUp;
     MutexLock const lock(mDrainLock);
     while (!mOfflineRequestCallback.empty()) {
         for (uint32_t const number : mOfflineRequestCallback.numbers()) {
             QLOGI("need wait request number %d process done", number);
         }
         gettimeofday(&mDrainStart, nullptr);
-        mDrainDeadline.tv_sec = mDrainStart.tv_sec + kDrainTimeoutSeconds;
-        mDrainDeadline.tv_nsec = mDrainStart.tv_usec * kNanosecondsPerMicrosecond;
+        mDrainDeadline = quen::deadlineAfter(mDrainStart, kDrainTimeoutSeconds);
         if (mDrainCond.waitUntil(mDrainLock, mDrainDeadline) != 0) {
-            abandoned = mOfflineRequestCallback.clear();
+            givenUp = mOfflineRequestCallback.clear();
             QLOGE("wait all result process failed, after remove all result "
                   "mOfflineRequestCallback size is %d",
                   static_cast<int>(mOfflineRequestCallback.size()));
@@ -92,7 +89,7 @@ std::vector<OfflineRequest*> HalInterface::ClientCallback::drain() {
         }
         QLOGI("wait all result process done");
     }
-    return abandoned;
+    return givenUp;
 }
 
 /** Wakes a drained wait when no request is outstanding any more. */
@@ -122,7 +119,7 @@ void HalInterface::ClientCallback::serviceDied(uint64_t cookie, wp<IBase> const&
 void HalInterface::ClientCallback::tellModuleDied() {
     for (Claim const& claim : mOfflineRequestCallback.close()) {
         if (claim.callback == nullptr) {
-            quen::JpegHandover::signal(claim.request,
+            quen::JpegHandover::signal(this, claim.number,
                                        static_cast<int32_t>(ClientStatus::INTERNAL_ERROR));
         } else {
             (void)claim.callback->notifyRequestResult(claim.number, ClientStatus::INTERNAL_ERROR)
@@ -183,7 +180,7 @@ Return<void> HalInterface::ClientCallback::processResult(ISPResult const& result
         if constexpr (quen::kHardened) {
             mOfflineRequestCallback.erase(claim);
         }
-        quen::JpegHandover::signal(claim.request,
+        quen::JpegHandover::signal(this, claim.number,
                                    static_cast<int32_t>(convertStatus(result.status)));
     } else {
         deliverToClient(result, claim);

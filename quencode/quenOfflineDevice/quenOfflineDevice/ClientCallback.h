@@ -89,7 +89,7 @@ class HalInterface::ClientCallback
     bool convertToIMetadata(void const* data, NSCam::IMetadata& out);
 
     void deliverToClient(ISPResult const& result, Claim const& claim);
-    std::vector<OfflineRequest*> drain() QUEN_EXCLUDES(mDrainLock);
+    std::vector<Claim> drain() QUEN_EXCLUDES(mDrainLock);
     void signalWhenDrained() QUEN_EXCLUDES(mDrainLock);
     void tellModuleDied();
 

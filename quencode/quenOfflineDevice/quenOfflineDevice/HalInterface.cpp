@@ -64,13 +64,17 @@ sp<HalInterface::ClientCallback> HalInterface::takeCallback() {
 RequestTable::Insertion HalInterface::record(OfflineRequest* request,
                                              sp<IQuenPostProcCallback> callback) {
     sp<ClientCallback> const results = this->callback();
-    if constexpr (quen::kHardened) {
-        if (results == nullptr) {
-            QLOGE("recordISPRequest after the ISP module has died");
-            return RequestTable::Insertion::Closed;
-        }
+    if constexpr (!quen::kHardened) {
+        return results->record(request, std::move(callback));
     }
-    return results->record(request, std::move(callback));
+    // The module may die between the two steps.
+    RequestTable::Insertion const insertion = results == nullptr
+                                                      ? RequestTable::Insertion::Closed
+                                                      : results->record(request, callback);
+    if (insertion == RequestTable::Insertion::Closed) {
+        QLOGE("recordISPRequest after the ISP module has died");
+    }
+    return insertion;
 }
 
 /**

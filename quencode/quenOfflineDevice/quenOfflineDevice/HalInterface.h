@@ -32,7 +32,8 @@ class HalInterface : public virtual android::RefBase {
      * Puts a request into the table of outstanding requests, before it is submitted.
      *
      * A number that is outstanding already keeps its first request; the new one is then neither
-     * recorded nor deleted.
+     * recorded nor deleted. Nor is one that comes after the ISP module's death, in the hardened
+     * build.
      *
      * @param request owned by the table once recorded
      * @param callback the client's, null when `process` waits for the result itself
@@ -46,7 +47,7 @@ class HalInterface : public virtual android::RefBase {
     QUEN_EXPORT void waitForRequestDrained();
 
   private:
-    friend class quenOfflineDevice;  // hands the callback to the ISP device, touches mReserved
+    friend class quenOfflineDevice;  // records, withdraws, hands the callback to the ISP device
     friend class HalInterfacePeer;   // the tests' way to the members below
 
     android::sp<ClientCallback> callback() const QUEN_EXCLUDES(mCallbackLock);

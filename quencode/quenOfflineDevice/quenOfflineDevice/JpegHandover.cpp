@@ -12,7 +12,6 @@ namespace {
 
 constexpr char kTimeoutProperty[] = "vendor.debug.camera.jpeg.timeout";
 constexpr int32_t kDefaultTimeoutSeconds = 4;
-constexpr long kNanosecondsPerMicrosecond = 1000;
 
 }  // namespace
 
@@ -24,7 +23,8 @@ timespec gJpegDeadline = {};
 
 JpegHandover* JpegHandover::sWaiting = nullptr;
 
-JpegHandover::JpegHandover(OfflineRequest const* request) : mRequest(request) {
+JpegHandover::JpegHandover(void const* bridge, uint32_t requestNumber)
+    : mBridge(bridge), mRequestNumber(requestNumber) {
     if constexpr (kHardened) {
         MutexLock const lock(gJpegMutex);
         mNext = sWaiting;
@@ -46,8 +46,7 @@ JpegHandover::~JpegHandover() {
 void JpegHandover::startTimeout() {
     int32_t const timeoutSeconds = property_get_int32(kTimeoutProperty, kDefaultTimeoutSeconds);
     gettimeofday(&gJpegDeadlineBase, nullptr);
-    gJpegDeadline.tv_sec = gJpegDeadlineBase.tv_sec + timeoutSeconds;
-    gJpegDeadline.tv_nsec = gJpegDeadlineBase.tv_usec * kNanosecondsPerMicrosecond;
+    gJpegDeadline = deadlineAfter(gJpegDeadlineBase, timeoutSeconds);
     mDeadline = gJpegDeadline;
 }
 
@@ -66,7 +65,7 @@ int32_t JpegHandover::status() const {
     return kHardened ? mStatus : gJpegResultStatus;
 }
 
-void JpegHandover::signal(OfflineRequest const* request, int32_t clientStatus) {
+void JpegHandover::signal(void const* bridge, uint32_t requestNumber, int32_t clientStatus) {
     MutexLock const lock(gJpegMutex);
     gJpegResultStatus = clientStatus;
     QLOGI("JPEG callback signal process");
@@ -75,12 +74,12 @@ void JpegHandover::signal(OfflineRequest const* request, int32_t clientStatus) {
         return;
     }
     for (JpegHandover* waiting = sWaiting; waiting != nullptr; waiting = waiting->mNext) {
-        if (waiting->mRequest == request) {
+        if (waiting->mBridge == bridge && waiting->mRequestNumber == requestNumber) {
             waiting->mHasResult = true;
             waiting->mStatus = clientStatus;
         }
     }
-    gJpegCond.broadcast();  // several devices' calls may wait
+    gJpegCond.broadcast();  // a client that breaks the contract may have several calls wait
 }
 
 }  // namespace quen

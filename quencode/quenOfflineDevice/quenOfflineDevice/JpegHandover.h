@@ -6,14 +6,14 @@
 #include <ctime>
 
 #include "quenCommon/Mutex.h"
-#include "quenOfflineDevice/OfflineRequest.h"
 
 /**
  * The hand-over of a result to the `process` call that waits for it: one for the whole process.
  *
  * There is no flag that says a result has arrived: a signal sent before the wait has begun is lost,
  * any result's signal ends the wait, and so does its time-out, with the status that the latest
- * result left. In the hardened build each waiting call has a flag and a status of its own.
+ * result left. In the hardened build each waiting call has a flag and a status of its own, by the
+ * number of its request.
  *
  * gJpegMutex is never held together with another lock.
  */
@@ -34,19 +34,19 @@ class JpegHandover {
     /**
      * In the hardened build the request's result is kept from here on: construct before recording.
      *
-     * @param request names the request; not read, and not owned
+     * @param bridge tells devices apart: numbers are a device's own. Compared, never read
      */
-    explicit JpegHandover(OfflineRequest const* request) QUEN_EXCLUDES(gJpegMutex);
+    JpegHandover(void const* bridge, uint32_t requestNumber) QUEN_EXCLUDES(gJpegMutex);
     ~JpegHandover() QUEN_EXCLUDES(gJpegMutex);
 
     JpegHandover(JpegHandover const&) = delete;
     JpegHandover& operator=(JpegHandover const&) = delete;
 
     /**
-     * Sets the deadline: "vendor.debug.camera.jpeg.timeout" seconds (4 by default) from now. Read
-     * and counted before the lock is taken.
+     * Sets the deadline: "vendor.debug.camera.jpeg.timeout" seconds (4 by default) from now. Called
+     * without the lock.
      */
-    void startTimeout();
+    void startTimeout() QUEN_EXCLUDES(gJpegMutex);
 
     /**
      * Waits for the result until the deadline.
@@ -59,13 +59,14 @@ class JpegHandover {
     int32_t status() const QUEN_REQUIRES(gJpegMutex);
 
     /** Stores a result's client status and wakes who waits for it. A thread of the ISP HAL. */
-    static void signal(OfflineRequest const* request, int32_t clientStatus)
+    static void signal(void const* bridge, uint32_t requestNumber, int32_t clientStatus)
             QUEN_EXCLUDES(gJpegMutex);
 
   private:
     static JpegHandover* sWaiting QUEN_GUARDED_BY(gJpegMutex);  // a list, through mNext
 
-    OfflineRequest const* const mRequest;
+    void const* const mBridge;
+    uint32_t const mRequestNumber;
     timespec mDeadline = {};
     JpegHandover* mNext QUEN_GUARDED_BY(gJpegMutex) = nullptr;
     bool mHasResult QUEN_GUARDED_BY(gJpegMutex) = false;

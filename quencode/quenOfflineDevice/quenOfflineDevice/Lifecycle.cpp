@@ -117,15 +117,15 @@ void quenOfflineDevice::releaseConnection() {
 
 /**
  * Whether `create` has connected the object and the ISP module still lives; says so in the log when
- * not. The hardened build asks before every operation.
+ * not. The hardened build asks before every operation but `create`.
  */
 bool quenOfflineDevice::isConnected(char const* operation) const {
     if (mDevice == nullptr || mHalInterface == nullptr || mMetadataConverter == nullptr) {
-        QLOGE("%s failed: no ISP device is open, call create first", operation);
+        QLOGE("%s: no ISP device is open, call create first", operation);
         return false;
     }
     if (mHalInterface->callback() == nullptr) {
-        QLOGE("%s failed: the ISP module has died, destroy this object", operation);
+        QLOGE("%s: the ISP module has died, its ISP device can only be released", operation);
         return false;
     }
     return true;

@@ -78,7 +78,7 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
     }
     QLOGI("needReconfigure %d", needReconfigure);
     if (needReconfigure && mHalInterface != nullptr) {
-        // Before the wait: the client's buffers are those that were compared.
+        // Before the wait: the client may change its records meanwhile.
         std::vector<StreamConfig> const outputStreams = describeOutputs(outputs);
         mHalInterface->waitForRequestDrained();
         mInputStreams.clear();

@@ -11,6 +11,7 @@
 #include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
 #include "quenGralloc/MapperHelper.h"
+#include "quenOfflineDevice/ClientCallback.h"
 #include "quenOfflineDevice/JpegCopy.h"
 #include "quenOfflineDevice/JpegHandover.h"
 #include "quenOfflineDevice/RequestNumbers.h"
@@ -90,7 +91,7 @@ int quenOfflineDevice::process(PostProcessParams const* params,
         if (!isConnected("process")) {
             return kNoDevice;
         }
-        char const* const fault = quen::findRequestFault(*params);
+        char const* const fault = quen::findRequestFault(*params, callback == nullptr);
         if (fault != nullptr) {
             QLOGE("process request failed: %s", fault);
             return kInvalidArgument;
@@ -109,7 +110,7 @@ int quenOfflineDevice::process(PostProcessParams const* params,
  * told.
  *
  * The record goes into the request table before the ISP device sees the request, so no result can
- * come too early; it stays there when the ISP device refuses.
+ * come too early; in the default build it stays there when the ISP device refuses.
  *
  * @return what `process` returns
  */
@@ -171,7 +172,7 @@ int quenOfflineDevice::recordAndSubmit(PostProcessParams const& params,
     ISPRequest const& request = requests[0];
     std::optional<quen::JpegHandover> handover;
     if (callback == nullptr) {
-        handover.emplace(record);
+        handover.emplace(mHalInterface->callback().get(), request.requestNumber);
     }
     RequestTable::Insertion const insertion = mHalInterface->record(record, callback);
     if constexpr (quen::kHardened) {

@@ -29,9 +29,7 @@ RequestTable::Claim RequestTable::claim(uint32_t number) {
         return {};
     }
     Entry& entry = found->second;
-    entry.isClaimed = true;
-    return {number, entry.serial, entry.recorded.request, std::move(entry.recorded.callback),
-            std::move(entry.stage)};
+    return claimOf(number, entry);
 }
 
 void RequestTable::erase(Claim const& claim) {
@@ -54,29 +52,15 @@ bool RequestTable::withdraw(uint32_t number, OfflineRequest const* request) {
     return true;
 }
 
-std::vector<OfflineRequest*> RequestTable::clear() {
-    std::vector<OfflineRequest*> requests;
-    for (auto const& [number, entry] : takeAll()) {
-        if (!entry.isClaimed) {
-            requests.push_back(entry.recorded.request);
-        }
-    }
-    return requests;
+std::vector<RequestTable::Claim> RequestTable::clear() {
+    MutexLock const lock(mLock);
+    return takeAllLocked();
 }
 
 std::vector<RequestTable::Claim> RequestTable::close() {
-    {
-        MutexLock const lock(mLock);
-        mIsClosed = true;
-    }
-    std::vector<Claim> claims;
-    for (auto& [number, entry] : takeAll()) {
-        if (!entry.isClaimed) {
-            claims.push_back({number, entry.serial, entry.recorded.request,
-                              std::move(entry.recorded.callback), std::move(entry.stage)});
-        }
-    }
-    return claims;
+    MutexLock const lock(mLock);
+    mIsClosed = true;
+    return takeAllLocked();
 }
 
 bool RequestTable::empty() const {
@@ -99,11 +83,23 @@ std::vector<uint32_t> RequestTable::numbers() const {
     return numbers;
 }
 
-RequestTable::Entries RequestTable::takeAll() {
-    Entries taken;
-    MutexLock const lock(mLock);
-    taken.swap(mEntries);
-    return taken;
+/** Takes an entry over; its number stays taken until the entry is erased. */
+RequestTable::Claim RequestTable::claimOf(uint32_t number, Entry& entry) {
+    entry.isClaimed = true;
+    return {number, entry.serial, entry.recorded.request, std::move(entry.recorded.callback),
+            std::move(entry.stage)};
+}
+
+/** Empties the table. What a result has claimed is left to it. */
+std::vector<RequestTable::Claim> RequestTable::takeAllLocked() {
+    std::vector<Claim> claims;
+    for (auto& [number, entry] : mEntries) {
+        if (!entry.isClaimed) {
+            claims.push_back(claimOf(number, entry));
+        }
+    }
+    mEntries.clear();  // no callback is left in it
+    return claims;
 }
 
 }  // namespace quen

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -75,10 +76,10 @@ class RequestTable {
      */
     bool withdraw(uint32_t number, OfflineRequest const* request) QUEN_EXCLUDES(mLock);
 
-    /** Empties the table. Returns the records that no result is at work on. */
-    std::vector<OfflineRequest*> clear() QUEN_EXCLUDES(mLock);
+    /** Empties the table. Claims, and returns, what no result is at work on. */
+    std::vector<Claim> clear() QUEN_EXCLUDES(mLock);
 
-    /** As clear, returning the entries; and nothing is recorded from now on. */
+    /** As clear, and nothing is recorded from now on. */
     std::vector<Claim> close() QUEN_EXCLUDES(mLock);
 
     bool empty() const QUEN_EXCLUDES(mLock);
@@ -96,7 +97,8 @@ class RequestTable {
     };
     using Entries = std::unordered_map<uint32_t, Entry>;
 
-    Entries takeAll() QUEN_EXCLUDES(mLock);
+    static Claim claimOf(uint32_t number, Entry& entry);
+    std::vector<Claim> takeAllLocked() QUEN_REQUIRES(mLock);
 
     mutable Mutex mLock;
     Entries mEntries QUEN_GUARDED_BY(mLock);

@@ -1,6 +1,7 @@
 #include "quenOfflineDevice/RequestValidation.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 
@@ -40,14 +41,26 @@ int64_t pictureBytes(ImageBuffer const& buffer) {
     return 0;
 }
 
+/** Bytes of the memory behind a descriptor; negative when the memory does not tell. */
+int64_t memoryBytes(int descriptor) {
+    struct stat memory = {};
+    if (fstat(descriptor, &memory) != 0) {
+        return -1;
+    }
+    if (S_ISREG(memory.st_mode)) {
+        return memory.st_size;
+    }
+    off_t const end = lseek(descriptor, 0, SEEK_END);  // of a dma-buf its size
+    return end > 0 ? end : -1;
+}
+
 /**
  * Whether the memory behind a buffer's descriptor ends before the buffer does: an access would
- * raise SIGBUS. Memory that states no size of its own passes.
+ * raise SIGBUS.
  */
 bool isMemoryShort(ImageBuffer const& buffer) {
-    struct stat memory = {};
-    return fstat(buffer.buffer->data[0], &memory) == 0 && S_ISREG(memory.st_mode) &&
-           memory.st_size < buffer.size;
+    int64_t const bytes = memoryBytes(buffer.buffer->data[0]);
+    return bytes >= 0 && bytes < buffer.size;
 }
 
 /** @param isMapped whether the library itself reads or writes the buffer */
@@ -72,7 +85,7 @@ char const* findBufferFault(ImageBuffer const& buffer, bool isMapped) {
 
 }  // namespace
 
-char const* findRequestFault(PostProcessParams const& params) {
+char const* findRequestFault(PostProcessParams const& params, bool waits) {
     if (params.input_buffer == nullptr) {
         return "there is no input buffer; a request needs one";
     }
@@ -90,7 +103,7 @@ char const* findRequestFault(PostProcessParams const& params) {
             return "an output buffer is null";
         }
         char const* const outputFault =
-                findBufferFault(*output, output->format == HAL_PIXEL_FORMAT_BLOB);
+                findBufferFault(*output, waits && output->format == HAL_PIXEL_FORMAT_BLOB);
         if (outputFault != nullptr) {
             return outputFault;
         }

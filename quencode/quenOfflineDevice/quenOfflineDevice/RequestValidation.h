@@ -8,8 +8,9 @@ namespace quen {
  * Looks for what makes a request impossible to serve: a missing buffer, a size below 1, a buffer
  * smaller than its picture. The hardened build refuses such requests before anything is allocated.
  *
+ * @param waits no callback: the JPEG is copied into the client's buffer
  * @return what is wrong and what is wanted instead; null when nothing is
  */
-char const* findRequestFault(PostProcessParams const& params);
+char const* findRequestFault(PostProcessParams const& params, bool waits);
 
 }  // namespace quen

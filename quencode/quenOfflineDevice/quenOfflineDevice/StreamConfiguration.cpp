@@ -182,7 +182,7 @@ void quenOfflineDevice::config(std::vector<StreamConfig> const& in,
             return;
         }
         if (out.empty()) {
-            QLOGE("config failed: there are no output streams; the first one decides the stage");
+            QLOGE("config: there are no output streams; the first one decides the stage");
             return;
         }
     }

@@ -69,9 +69,12 @@ class quenOfflineDevice {
      *
      * With a callback the call does not wait for the result, which goes to the callback. Without
      * one it blocks until the result is there, for "vendor.debug.camera.jpeg.timeout" seconds at
-     * most (4 by default); a result that comes before the wait begins does not end it. A JPEG is
-     * then copied into the client's first BLOB buffer. Either way the call blocks for outstanding
-     * requests first when it has to configure anew.
+     * most (4 by default); in the default build a result that comes before the wait begins does not
+     * end it. A JPEG is then copied into the client's first BLOB buffer. Either way the call blocks
+     * for outstanding requests first when it has to configure anew.
+     *
+     * The hardened build answers -19 without a connected ISP device, -22 for a request that cannot
+     * be served and -110 when no result came in time.
      *
      * @param params read during the call only
      * @param callback may be null
