@@ -1,0 +1,7 @@
+#pragma once
+
+namespace android::hidl::manager::V1_0 {
+
+struct IServiceNotification;
+
+}  // namespace android::hidl::manager::V1_0

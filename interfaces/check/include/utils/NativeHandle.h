@@ -1,0 +1,3 @@
+#pragma once
+
+// Included by what hidl-gen writes, which uses nothing of it.
