@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Checks the two HAL packages in interfaces/: their hashes, their build rules, and that platform/api is
-# what Debian's hidl-gen makes of them, in layout, in the slots of operations, and to the compiler.
+# what Debian's hidl-gen makes of them, in layout, in the slots of operations, and to the compiler. Of the
+# library's Android.bp it checks the form only.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh hidl-gen
+scripts/setup.sh hidl-gen blueprint-tools
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -37,6 +38,9 @@ for package in "${packages[@]}"; do
     hidl-gen -L c++-headers "${roots[@]}" -o "$work/generated" "$name"
 done
 hidl-gen -L c++-headers "${roots[@]}" -o "$work/generated" android.hidl.base@1.0
+
+unformatted=$(git ls-files -z -- '*.bp' | xargs -0 bpfmt -l) || fail "an Android.bp does not parse"
+[ -z "$unformatted" ] || fail "not formatted as bpfmt does: $unformatted"
 
 flags=(-std=c++17 -Wall -Wextra -Werror)
 own=(-I platform -isystem platform/api)
