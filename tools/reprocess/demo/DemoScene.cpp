@@ -154,13 +154,17 @@ void drawFoliage(cv::Mat scene) {
     scene.setTo(cv::Scalar(52, 74, 40));
     cv::RNG random(20);
     for (int i = 0; i < 2600; ++i) {
-        cv::Point const middle(random.uniform(0, scene.cols), random.uniform(0, scene.rows));
-        cv::Size const axes(random.uniform(8, 34), random.uniform(4, 12));
+        // One draw a statement: in which order a call evaluates its arguments is the compiler's
+        // choice.
+        int const y = random.uniform(0, scene.rows);
+        int const x = random.uniform(0, scene.cols);
+        int const thickness = random.uniform(4, 12);
+        int const length = random.uniform(8, 34);
         double const light = random.uniform(0.6, 1.5);
         double const brown = random.uniform(0.0, 1.0) < 0.2 ? 40 : 0;
         cv::Scalar const colour(62 * light + brown, 100 * light, 46 * light);
-        cv::ellipse(scene, middle, axes, random.uniform(0, 180), 0, 360, colour, cv::FILLED,
-                    cv::LINE_AA);
+        cv::ellipse(scene, cv::Point(x, y), cv::Size(length, thickness), random.uniform(0, 180), 0,
+                    360, colour, cv::FILLED, cv::LINE_AA);
     }
 }
 
