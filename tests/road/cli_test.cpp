@@ -145,7 +145,7 @@ class CliTest : public testing::Test {
     }
 
     Outcome run(std::string const& arguments) const {
-        std::string const command = "cd '" + mFolder.string() + "' && '" QUEN_REPROCESS "' " +
+        std::string const command = "cd '" + mFolder.string() + "' && " QUEN_REPROCESS " " +
                                     arguments + " >out.txt 2>err.txt";
         int const status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, get("out.txt"), get("err.txt")};
@@ -355,7 +355,7 @@ TEST_F(CliTest, AWrongCommandLineDoesNothing) {
     EXPECT_EQ(0, run("--help").exitCode);
     // Without the three standard descriptors no file of the run takes their place.
     std::string const bare =
-            "'" QUEN_REPROCESS "' " + path("in.dng") + " -o " + path("x.nv21") + " 0<&- 1>&- 2>&-";
+            QUEN_REPROCESS " " + path("in.dng") + " -o " + path("x.nv21") + " 0<&- 1>&- 2>&-";
     EXPECT_EQ(0, std::system(bare.c_str()));
     expectColour("x.nv21", kGrey);
 }
