@@ -1,0 +1,117 @@
+#!/usr/bin/env bash
+# Checks the project against a checkout of Android's public tree, release 11: the library compiles with the
+# tree's headers (g++, clang), the HAL packages have the same layouts on the tree's base, and the tree's
+# camera metadata library and the host's read each other's random buffers alike. Does not link: a desk
+# compiler's standard library is not the tree's. What needs no tree is checked by check_interfaces.sh and
+# check_android_headers.sh.
+# Usage: scripts/check_phone_tree.sh TREE
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+fail() {
+    echo "phone tree: $*" >&2
+    exit 1
+}
+
+readonly include_folders=(
+    system/core/libutils/include
+    system/core/libcutils/include
+    system/core/liblog/include
+    system/core/libsystem/include
+    system/core/libsync/include
+    system/core/base/include
+    system/libhidl/base/include
+    system/libhidl/transport/include
+    system/libhwbinder/include
+    system/libfmq/base
+    system/media/camera/include
+    system/media/private/camera/include
+    frameworks/native/libs/gralloc/types/include
+)
+readonly android_packages=(
+    android.hidl.base@1.0
+    android.hidl.manager@1.0
+    android.hardware.graphics.common@1.0
+    android.hardware.graphics.common@1.1
+    android.hardware.graphics.common@1.2
+    android.hardware.graphics.mapper@4.0
+    android.hardware.graphics.allocator@4.0
+)
+readonly own_packages=(
+    vendor.mediatek.hardware.camera.isphal@1.0
+    vendor.quen.hardware.camera.quenpostproc@1.0
+)
+readonly metadata_source=system/media/camera/src/camera_metadata.c
+
+[ $# -eq 1 ] || fail "which tree? Usage: scripts/check_phone_tree.sh TREE"
+[ -d "$1" ] || fail "there is no tree at $1"
+tree=$(realpath "$1")
+for wanted in "${include_folders[@]}" hardware/interfaces/graphics/mapper/4.0 $metadata_source; do
+    [ -e "$tree/$wanted" ] || fail "$1 is no checkout of Android 11: it has no $wanted"
+done
+
+scripts/setup.sh hidl-gen android-liblog-dev
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+roots=(-R -p "$PWD" -r "android.hidl:$tree/system/libhidl/transport"
+    -r "android.hardware:$tree/hardware/interfaces"
+    -r vendor.mediatek.hardware.camera.isphal:interfaces/isphal
+    -r vendor.quen.hardware.camera.quenpostproc:interfaces/quenpostproc)
+for package in "${android_packages[@]}" "${own_packages[@]}"; do
+    hidl-gen -L c++-headers "${roots[@]}" -o "$work/generated" "$package" ||
+        fail "hidl-gen makes nothing of $package"
+done
+
+# Of platform/api only the makers' headers stay, and the AIDL records: the tree's compiler for them is
+# built from the tree.
+mkdir "$work/makers"
+for folder in nscam mtkcam quen aidl; do
+    ln -s "$PWD/platform/api/$folder" "$work/makers/$folder"
+done
+headers=(-isystem "$work/generated")
+for folder in "${include_folders[@]}"; do
+    headers+=(-isystem "$tree/$folder")
+done
+headers+=(-isystem "$work/makers" -isystem platform/android/include)
+
+library=quencode/quenOfflineDevice
+flags=(-std=c++17 -Wall -Wextra -Werror)
+for compiler in g++ clang++-14; do
+    for variant in -UQUEN_HARDENED -DQUEN_HARDENED; do
+        for source in "$library"/quen*/*.cpp; do
+            "$compiler" "${flags[@]}" $variant -fno-exceptions -fno-rtti -fsyntax-only -I "$library" \
+                "${headers[@]}" "$source" || fail "$source does not compile ($compiler, $variant)"
+        done
+    done
+done
+
+print_layouts() {
+    g++ "${flags[@]}" -Wno-invalid-offsetof "${@:2}" -c interfaces/check/layouts.cpp -o "$work/$1.o"
+    g++ "$work/$1.o" -Wl,--unresolved-symbols=ignore-all -o "$work/layouts"
+    "$work/layouts" >"$work/$1.txt"
+}
+print_layouts tree "${headers[@]}" -DQUEN_GENERATED_HEADERS
+print_layouts own -isystem platform/api
+diff "$work/tree.txt" "$work/own.txt" || fail "platform/api has other layouts ('>') than the tree ('<')"
+
+cmake --preset release >/dev/null
+cmake --build --preset release --target quen_host >/dev/null
+host=$PWD/build/release/platform/host
+exchange=interfaces/check/metadata_exchange.cpp
+g++ "${flags[@]}" -I platform/api "$exchange" "$host/libquen_host.so" -Wl,-rpath,"$host" -o "$work/host"
+gcc -D_GNU_SOURCE "${headers[@]}" -c "$tree/$metadata_source" -o "$work/camera_metadata.o"
+logs=$(dirname "$(find /usr/lib -name liblog.so -path '*/android/*' -print -quit)")
+g++ "${flags[@]}" "${headers[@]}" "$exchange" "$work/camera_metadata.o" -L "$logs" -llog \
+    -Wl,-rpath,"$logs" -o "$work/tree"
+for writer in tree host; do
+    "$work/$writer" write 1 10000 >"$work/$writer.bin"
+    for reader in tree host; do
+        "$work/$reader" read <"$work/$writer.bin" >"$work/$writer-$reader.txt"
+    done
+    [ "$(tail -n 1 "$work/$writer-host.txt")" = "10000 buffers" ] || fail "$writer wrote too little"
+    cmp "$work/$writer-tree.txt" "$work/$writer-host.txt" ||
+        fail "the tree and the host read the metadata that $writer wrote differently"
+done
+cmp "$work/tree.bin" "$work/host.bin" || fail "the tree and the host write other bytes"
+echo "phone tree: the library compiles with it, layouts agree, 10000 metadata buffers go both ways alike"
