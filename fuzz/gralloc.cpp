@@ -221,7 +221,7 @@ class Session {
                            [&](Error error, uint32_t, auto const& buffers) {
                                require(buffers.size() == (error == Error::NONE ? count : 0),
                                        "all buffers or none");
-                               if (error == Error::NONE) {
+                               if (buffers.size() != 0) {
                                    mRaw = buffers[0];
                                }
                            })

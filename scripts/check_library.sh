@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
-# Checks that the library fits a phone's tree: its sources compile with the headers of platform/api
-# alone, and it exports exactly what its clients may link. Needs the release build.
+# Checks that the library fits a phone's tree, in both of its builds: its sources compile with the headers of
+# platform/api alone, without a warning, and it exports exactly what its clients may link. Needs the release
+# and the hardened build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 library=quencode/quenOfflineDevice
 for compiler in g++ clang++; do
     command -v "$compiler" >/dev/null || continue
-    for source in "$library"/quen*/*.cpp; do
-        "$compiler" -std=c++17 -fsyntax-only -Wall -Wextra -Werror -fno-exceptions -fno-rtti \
-            -I platform/api -I "$library" "$source"
+    for build in -UQUEN_HARDENED -DQUEN_HARDENED; do
+        for source in "$library"/quen*/*.cpp; do
+            "$compiler" -std=c++17 -fsyntax-only -Wall -Wextra -Wconversion -Wsign-conversion -Werror \
+                "$build" -fno-exceptions -fno-rtti -I platform/api -I "$library" "$source"
+        done
     done
     echo "library: every source compiles with platform/api alone ($compiler)"
 done
@@ -19,10 +22,13 @@ if grep -rnE '#\s*include\s*[<"]host/' "$library"; then
     exit 1
 fi
 
-built=build/release/$library/libquenOfflineDevice.so
-exported=$(nm -D --defined-only "$built" | awk '{print $3}' | c++filt | sed 's/@.*//' | sort -u)
-if ! diff <(printf '%s\n' "$exported") "$library/exports.txt"; then
-    echo "library: exports differ from $library/exports.txt ('<' is exported, '>' is listed)" >&2
-    exit 1
-fi
-echo "library: exports are those of exports.txt"
+for build in release hardened; do
+    built=build/$build/$library/libquenOfflineDevice.so
+    exported=$(nm -D --defined-only "$built" | awk '{print $3}' | c++filt | sed 's/@.*//' | sort -u)
+    if ! diff <(printf '%s\n' "$exported") "$library/exports.txt"; then
+        echo "library: exports of the $build build differ from $library/exports.txt" \
+            "('<' is exported, '>' is listed)" >&2
+        exit 1
+    fi
+done
+echo "library: exports are those of exports.txt, in both builds"

@@ -346,7 +346,8 @@ TEST_F(CliTest, AWrongCommandLineDoesNothing) {
          {"", "in.dng", "in.dng -o x", "in.dng -o x.jpg --format yuv",
           "in.dng -o x.jpg --quality 0", "in.dng -o x.jpg --set nosuchtag=1",
           "in.dng -o x.jpg --set currentMode=abc", "in.dng -o x.jpg --set 0x000d0000=1,2",
-          "in.dng -o x.jpg --bayer rggb", "demo in.dng"}) {
+          "in.dng -o x.jpg --set ispFeatureHint=28", "in.dng -o x.jpg --bayer rggb",
+          "demo in.dng"}) {
         Outcome const outcome = run(arguments);
         EXPECT_EQ(2, outcome.exitCode) << arguments;
         EXPECT_FALSE(outcome.err.empty()) << arguments;

@@ -116,6 +116,10 @@ TagAssignment parseAssignment(std::string const& text) {
         throw Failure("--set " + text + ": is no assignment", kAdvice);
     }
     host::TagInfo const& info = parseTag(text.substr(0, equals), text);
+    if (get_camera_metadata_tag_type(info.tag) < 0) {
+        throw Failure("--set " + text + ": a request cannot carry " + std::string(info.name),
+                      "the library sets this tag for the ISP itself");
+    }
     ItemParser const& parser = kItemParsers[info.type];
     TagAssignment assignment;
     assignment.tag = info.tag;
