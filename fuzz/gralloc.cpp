@@ -293,8 +293,9 @@ class Session {
                                          : input.ConsumeIntegral<int64_t>();
         gMapper->get(takeBuffer(input), type,
                      [](Error error, hidl_vec<uint8_t> const& encoded) {
-                         require((error == Error::NONE) == (encoded.size() != 0),
-                                 "a property comes with success");
+                         // A property that is not set comes empty, with success.
+                         require(error == Error::NONE || encoded.size() == 0,
+                                 "a failure gives no property");
                          decodeProperties(encoded);
                      })
                 .isOk();
