@@ -2,7 +2,7 @@
 
 #include <numeric>
 
-#include <quenOfflineDevice/CameraBlob.h>
+#include <quenOfflineDevice/jpeg/CameraBlob.h>
 
 #include "support/Require.h"
 

@@ -69,8 +69,8 @@ void decodeProperties(hidl_vec<uint8_t> const& bytes) {
     if (arePlanes) {
         uint8_t memory[64];
         android_ycbcr layout;
-        describeYCbCr(planes, nullptr, layout);
-        describeYCbCr(planes, memory, layout);
+        quen::describeYCbCr(planes, nullptr, layout);
+        quen::describeYCbCr(planes, memory, layout);
     }
 }
 

@@ -6,7 +6,7 @@
 #include <nscam/IMetadata.h>
 
 #include <host/metadata/IspMetadataReader.h>
-#include <quenOfflineDevice/IspMetadataDecoder.h>
+#include <quenOfflineDevice/metadata/IspMetadata.h>
 
 #include "support/Require.h"
 
@@ -30,7 +30,7 @@ void compare(IspMetadataReader const& reader, IMetadata const& decoded) {
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     IMetadata decoded;
-    require(quen::decodeIspMetadata(data, size, decoded),
+    require(quen::convertCheckedToIMetadata(data, size, decoded),
             "a buffer is taken in, what is broken apart");
     IspMetadataReader reader;
     if (reader.parse(data, size)) {

@@ -13,8 +13,8 @@
 #include <host/metadata/IspMetadataReader.h>
 #include <host/metadata/MetadataText.h>
 #include <host/metadata/VendorTags.h>
+#include <quenOfflineDevice/metadata/IspMetadata.h>
 
-#include "support/Peers.h"
 #include "support/Require.h"
 
 using NSCam::IMetadata;
@@ -53,10 +53,9 @@ void readEveryItem(camera_metadata const* metadata) {
     }
 }
 
-void sendToIsp(IMetadata& metadata) {
-    static quenOfflineDevice device;
+void sendToIsp(IMetadata const& metadata) {
     static std::vector<unsigned char> encoded;
-    quenOfflineDevicePeer(device).convertToISPMetadata(&metadata, encoded);
+    quen::convertToISPMetadata(&metadata, encoded);
     quen::host::IspMetadataReader reader;
     require(reader.parse(encoded.data(), encoded.size()), "the ISP gets a sound buffer");
     require(reader.count() <= metadata.count(), "an entry is one record at most");

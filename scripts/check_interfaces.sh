@@ -60,7 +60,8 @@ diff "$work/generated.txt" "$work/own.txt" ||
 
 # Whoever calls the interfaces, and whoever implements them.
 library=quencode/quenOfflineDevice
-for source in "$library"/quenOfflineDevice/*.cpp platform/host/isp/device/SoftwareIsp*.cpp; do
+for source in "$library"/quenOfflineDevice/*.cpp "$library"/quenOfflineDevice/*/*.cpp \
+    platform/host/isp/device/SoftwareIsp*.cpp; do
     g++ "${flags[@]}" -fsyntax-only "${generated[@]}" -I "$library" "$source" ||
         fail "$source does not compile with the headers that hidl-gen makes"
 done

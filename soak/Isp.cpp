@@ -9,7 +9,7 @@
 #include <utility>
 
 #include <hidl/Status.h>
-#include <quenOfflineDevice/ClientCallback.h>
+#include <quenOfflineDevice/bridge/ClientCallback.h>
 
 #include "Graphics.h"
 

@@ -9,10 +9,10 @@
 
 #include <quenGralloc/AllocatorHelper.h>
 #include <quenGralloc/MapperHelper.h>
+#include <quenOfflineDevice/request/DeviceBuffer.h>
 
 #include "device_copy/ByteLoop.h"
 #include "device_copy/Pictures.h"
-#include "support/Peers.h"
 #include "support/Table.h"
 
 using android::hardware::graphics::common::V1_0::PixelFormat;
@@ -100,13 +100,11 @@ void addTouched(Cases& cases, PictureSize const& size, ChromaLayout const& layou
     };
     add("ours", [size](Stage const& stage) {
         Graphics& graphics = Graphics::get();
-        quenOfflineDevice device;
         hidl_handle handle;
         graphics.present(&stage.target);
-        unsigned int stride = 0;
-        quenOfflineDevicePeer(device).allocGraphicBuffer(handle, stage.source->data(), size.width,
-                                                         size.height, kNv21Format, kDeviceUsage,
-                                                         stride);
+        uint32_t stride = 0;
+        quen::allocGraphicBuffer(handle, stage.source->data(), size.width, size.height, kNv21Format,
+                                 kDeviceUsage, stride);
         graphics.present(nullptr);
         return graphics.secondsLocked();
     });
@@ -156,10 +154,9 @@ void addFresh(Cases& cases, PictureSize const& size, ChromaLayout const& layout)
                          }});
     };
     add("ours", [size](hidl_handle& handle, void const* source) {
-        quenOfflineDevice device;
-        unsigned int stride = 0;
-        quenOfflineDevicePeer(device).allocGraphicBuffer(handle, source, size.width, size.height,
-                                                         kNv21Format, kDeviceUsage, stride);
+        uint32_t stride = 0;
+        quen::allocGraphicBuffer(handle, source, size.width, size.height, kNv21Format, kDeviceUsage,
+                                 stride);
     });
     add("memcpy",
         [size](hidl_handle& handle, void const* source) { fillFreshBuffer(handle, size, source); });

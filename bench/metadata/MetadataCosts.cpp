@@ -6,9 +6,11 @@
 #include <utility>
 
 #include <nscam/IMetadataConverter.h>
+#include <quenOfflineDevice/metadata/IspMetadata.h>
+#include <quenOfflineDevice/metadata/RequestMetadata.h>
+#include <quenOfflineDevice/session/Stage.h>
 
 #include "metadata/Requests.h"
-#include "support/Peers.h"
 #include "support/Section.h"
 #include "support/Table.h"
 
@@ -31,19 +33,15 @@ constexpr size_t kLargeBatch = 4;
 struct Forms {
     explicit Forms(RequestShape const& shape)
         : batch(shape.tuningBytes ? kLargeBatch : kBatch), client(makeRequest(shape)) {
-        quenOfflineDevicePeer(device).setStage("RAW2YUV");
         converter->convert(client.get(), request);
         result = makeResult(request.count());
         // The ISP's result has as many entries, in the order of the client's.
-        IMetadata encoded = request;
-        quenOfflineDevicePeer(device).convertToISPMetadata(&encoded, flat);
+        quen::convertToISPMetadata(&request, flat);
     }
 
     size_t const batch;
     android::sp<IMetadataConverter> const converter =
             IMetadataConverter::createInstance(benchTagSet());
-    quenOfflineDevice device;
-    android::sp<HalInterface> const hal = new HalInterface(converter);
     ClientMetadata const client;
     IMetadata request;
     IMetadata result;
@@ -68,20 +66,18 @@ double toIMetadata(Forms& forms) {
 
 double prepare(Forms& forms) {
     return measuredBatch(std::vector<IMetadata>(forms.batch, forms.request), [&](IMetadata& one) {
-        quenOfflineDevicePeer(forms.device).updateMetaData(&one, 4000, 3000);
+        quen::updateMetaData(&one, 4000, 3000, quen::kStageRawToYuv, false);
     });
 }
 
 double encode(Forms& forms) {
-    return measuredBatch(std::vector<std::vector<unsigned char>>(forms.batch), [&](auto& out) {
-        quenOfflineDevicePeer(forms.device).convertToISPMetadata(&forms.request, out);
-    });
+    return measuredBatch(std::vector<std::vector<unsigned char>>(forms.batch),
+                         [&](auto& out) { quen::convertToISPMetadata(&forms.request, out); });
 }
 
 double decode(Forms& forms) {
-    return measuredBatch(std::vector<IMetadata>(forms.batch), [&](IMetadata& out) {
-        HalInterfacePeer::convertToIMetadata(*forms.hal, forms.flat.data(), out);
-    });
+    return measuredBatch(std::vector<IMetadata>(forms.batch),
+                         [&](IMetadata& out) { quen::convertToIMetadata(forms.flat.data(), out); });
 }
 
 double merge(Forms& forms) {

@@ -1,5 +1,6 @@
 #include "request/BenchSession.h"
 
+#include <quenOfflineDevice/metadata/IspMetadata.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,7 +10,6 @@
 
 #include "host/base/Properties.h"
 #include "host/hidl/ServiceRegistry.h"
-#include "support/Peers.h"
 
 using android::hardware::Return;
 using android::hardware::Void;
@@ -125,9 +125,8 @@ void Responder::loop() {
 }
 
 BenchIsp::BenchIsp(Answering answering) : mAnswering(answering) {
-    NSCam::IMetadata result = makeResult(kResultEntries);
-    quenOfflineDevice encoder;
-    quenOfflineDevicePeer(encoder).convertToISPMetadata(&result, mResultBytes);
+    NSCam::IMetadata const result = makeResult(kResultEntries);
+    quen::convertToISPMetadata(&result, mResultBytes);
     mResult.resultMetadata.setToExternal(mResultBytes.data(), mResultBytes.size());
     mResult.status = isphal::Status::OK;
     if (answering == Answering::FromThread) {

@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include <quenOfflineDevice/bridge/ClientCallback.h>
+#include <quenOfflineDevice/bridge/HalInterface.h>
+
 #include "request/BenchSession.h"
-#include "support/Peers.h"
 #include "support/Table.h"
 
 namespace quenbench {
@@ -77,7 +79,7 @@ Run prepareTable(size_t outstanding) {
     return [=] {
         isphal::ISPResult result;
         result.status = isphal::Status::OK;
-        auto const callback = HalInterfacePeer::callback(*hal);
+        auto const callback = hal->callback();
         return measuredRounds(
                 order,
                 [&] {

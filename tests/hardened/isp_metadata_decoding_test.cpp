@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <quenOfflineDevice/IspMetadataDecoder.h>
+#include <quenOfflineDevice/metadata/IspMetadata.h>
 
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
@@ -29,7 +29,7 @@ TEST(HardenedDecoding, RecordsThatCannotBeReadAreLeftOutWithOneWarningEach) {
 
     NSCam::IMetadata out;
     Transcript transcript;
-    EXPECT_TRUE(quen::decodeIspMetadata(bytes.data(), bytes.size(), out));
+    EXPECT_TRUE(quen::convertCheckedToIMetadata(bytes.data(), bytes.size(), out));
     Lines warnings;
     for (std::string const& line : transcript.lines()) {
         if (line[0] == 'W') {
@@ -56,7 +56,8 @@ TEST(HardenedDecoding, RecordsThatCannotBeReadAreLeftOutWithOneWarningEach) {
             std::fill(header.begin() + 12, header.end(), uint8_t{0xFF});
         }
         NSCam::IMetadata none;
-        EXPECT_EQ(quen::decodeIspMetadata(header.data(), size, none), header.data() != nullptr);
+        EXPECT_EQ(quen::convertCheckedToIMetadata(header.data(), size, none),
+                  header.data() != nullptr);
         EXPECT_EQ(none.count(), 0u);
     }
 }

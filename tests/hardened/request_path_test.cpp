@@ -81,7 +81,7 @@ TEST_F(HardenedPathTest, RecordLeavesTheTableBeforeItsCallIsReleased) {
         void write(char const* tag, int level, char const* text) override {
             Transcript::write(tag, level, text);
             if (std::string(text).find("JPEG callback signal process") != std::string::npos) {
-                outstanding = HalInterfacePeer::outstanding(*road.peer.halInterface());
+                outstanding = bridge::outstanding(*road.peer.halInterface());
             }
         }
         Road& road;
@@ -100,7 +100,7 @@ TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
         };
         EXPECT_EQ(encode(1), 0);
         EXPECT_EQ(encode(2, mClient), 0);
-        EXPECT_EQ(HalInterfacePeer::outstanding(*mRoad.peer.halInterface()), 0u);
+        EXPECT_EQ(bridge::outstanding(*mRoad.peer.halInterface()), 0u);
     }
     // Refused, and answered all the same: the result has the record.
     isp().onProcess = [&](isphal::ISPRequest const& request) -> StandInDevice::StatusReturn {
@@ -208,7 +208,7 @@ TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
         device.destroy();
         Lines lines = transcript.take();
         EXPECT_EQ(lines.front(),
-                  "I reprocess request stage " + quenOfflineDevicePeer(device).stage() + " E");
+                  "I reprocess request stage " + DeviceInternals(device).stage() + " E");
         lines.erase(lines.begin());
         Lines expected;
         for (char const* const call :
@@ -221,9 +221,9 @@ TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
 
     // A dead module's device is not closed, only let go of.
     mRoad.create(mYuv, {mJpeg});
-    (void)HalInterfacePeer::callback(*mRoad.peer.halInterface())->serviceDied(1, nullptr);
+    (void)mRoad.peer.halInterface()->callback()->serviceDied(1, nullptr);
     callAll(mRoad.device, "the ISP module has died, its ISP device can only be released");
-    EXPECT_FALSE(mRoad.peer.connected());
+    EXPECT_FALSE(mRoad.peer.isConnected());
     EXPECT_EQ(isp().closes, 0);
     callAll(mRoad.device, "no ISP device is open, call create first");
 }
@@ -237,8 +237,8 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     EXPECT_EQ(develop(4, slow), 0);
     std::thread result([&] { isp().answer(4); });
     slow->waitUntilTold();
-    android::sp<HalInterfacePeer::ClientCallback> const callback =
-            HalInterfacePeer::callback(*mRoad.peer.halInterface());
+    android::sp<HalInterface::ClientCallback> const callback =
+            mRoad.peer.halInterface()->callback();
     isp().onProcess = [&](auto const&) {
         callback->serviceDied(1, nullptr);
         return StandInDevice::ok();

@@ -42,7 +42,7 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
             EXPECT_THAT(std::vector<int>(&handle->data[1], &handle->data[3]), ElementsAre(7, 8));
             EXPECT_NE(handle->data[0], memory.fd());
             EXPECT_EQ(Mapping(handle->data[0]).size(), 16u);
-            EXPECT_EQ(transcript.lines(), linesOf(R"(
+            EXPECT_EQ(transcript.linesOfTag("quenGralloc"), linesOf(R"(
                     I MapperHelper createDescriptor is succeeded 1
                     D stride(704)
                     I allocateGraphicBuffer is ok 1)"));
@@ -68,7 +68,7 @@ TEST(AllocatorHelper, LeavesTheHandleAloneWithoutABuffer) {
     EXPECT_EQ(handle.getNativeHandle(), memory.handle());
     graphics.allocator->onAllocate = losing();
     allocate(&handle, nullptr);
-    EXPECT_EQ(transcript.lines().back(), "I allocateGraphicBuffer is ok 0");
+    EXPECT_EQ(transcript.linesOfTag("quenGralloc").back(), "I allocateGraphicBuffer is ok 0");
 }
 
 TEST(AllocatorHelper, ServicesAreThoseOfTheFirstUse) {

@@ -4,12 +4,11 @@
 #include <numeric>
 #include <optional>
 
-#include <quenOfflineDevice/TuningHandle.h>
+#include <quenOfflineDevice/request/BufferConversion.h>
 
 #include "support/Buffers.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
-#include "support/Peers.h"
 #include "support/ScriptedThreeA.h"
 
 namespace {
@@ -29,6 +28,7 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, void cons
 namespace {
 
 using namespace quentest;
+using quen::Direction;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -44,7 +44,6 @@ class BufferConversionTest : public testing::Test {
   protected:
     BufferConversionTest() {
         std::iota(mClient.data(), mClient.data() + mClient.size(), uint8_t{1});
-        mPeer.setStage("RAW2YUV");
     }
 
     ImageBuffer client(int format) const { return mClient.image(3, format, 4, 2); }
@@ -55,7 +54,8 @@ class BufferConversionTest : public testing::Test {
                  bool tuned, std::string const& lines) {
         uint32_t const size = image.format == kBlob ? 0 : kTuningBytes;
         Transcript transcript;
-        mPeer.convertToISPBuffer(&image, settings, &mResult, &mUsed, mTuning, direction);
+        quen::convertToISPBuffer(&image, {"RAW2YUV", settings, mTuningHandles}, &mResult, &mUsed,
+                                 mTuning, direction);
         EXPECT_EQ(deviceLines(transcript),
                   linesOf("I reprocess stage RAW2YUV convertToISPBuffer E\n" + lines +
                           "\nI tuningData is nullptr " + (tuned ? "0" : "1") +
@@ -83,10 +83,8 @@ class BufferConversionTest : public testing::Test {
     ScriptedThreeA::Guard const mInstalled{mThreeA};
     MemoryBuffer const mClient{12};
     MemoryBuffer const m3A{kTuningBytes};
-    quenOfflineDevice mDevice;
-    quenOfflineDevicePeer mPeer{mDevice};
-    TuningHandleScope const mScope;  // outlives the handles that records carry
-    quenOfflineDevicePeer::ISPBuffer mResult{};
+    quen::TuningHandles mTuningHandles;  // outlives what records carry
+    vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer mResult{};
     hidl_handle mTuning;
     bool mUsed = false;
 };
@@ -95,7 +93,7 @@ TEST_F(BufferConversionTest, NullRecordsAreRefused) {
     ImageBuffer const image = client(kYuv);
     for (bool const withImage : {false, true}) {
         Transcript transcript;
-        mPeer.convertToISPBuffer(withImage ? &image : nullptr, nullptr,
+        quen::convertToISPBuffer(withImage ? &image : nullptr, {"RAW2YUV", nullptr, mTuningHandles},
                                  withImage ? nullptr : &mResult, &mUsed, mTuning, Direction::Input);
         EXPECT_EQ(deviceLines(transcript), linesOf(R"(
                 I reprocess stage RAW2YUV convertToISPBuffer E

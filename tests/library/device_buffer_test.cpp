@@ -3,8 +3,9 @@
 #include <iterator>
 #include <numeric>
 
+#include <quenOfflineDevice/request/DeviceBuffer.h>
+
 #include "support/Lines.h"
-#include "support/Peers.h"
 #include "support/PlaneLayouts.h"
 
 namespace {
@@ -21,14 +22,12 @@ class DeviceBufferTest : public testing::Test {
   protected:
     hidl_handle allocate(void const* source, int width, int height, int format) {
         hidl_handle handle;
-        quenOfflineDevicePeer(mDevice).allocGraphicBuffer(handle, source, width, height, format,
-                                                          0x20033, mStride);
+        quen::allocGraphicBuffer(handle, source, width, height, format, 0x20033, mStride);
         return handle;
     }
 
     HookedMapper& mMapper = *Graphics::fresh().mapper;
-    quenOfflineDevice mDevice;
-    unsigned int mStride = 0;
+    uint32_t mStride = 0;
 };
 
 TEST_F(DeviceBufferTest, PictureIsCopiedRowByRow) {

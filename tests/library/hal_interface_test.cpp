@@ -25,9 +25,9 @@ TEST(HalInterface, HookIsStoredAndNeverCalled) {
     Bridge bridge;
     EXPECT_TRUE(HalInterface::requestCallback());
     EXPECT_TRUE(bridge.hal->registerRequestCB(&HalInterface::requestCallback));
-    EXPECT_TRUE(HalInterfacePeer::hasHook(*bridge.hal));
+    EXPECT_TRUE(bridge::hasHook(*bridge.hal));
     EXPECT_TRUE(bridge.hal->registerRequestCB(&hook));
-    EXPECT_FALSE(HalInterfacePeer::hasHook(*bridge.hal));
+    EXPECT_FALSE(bridge::hasHook(*bridge.hal));
     EXPECT_TRUE(bridge.hal->requestCallback());
 }
 
@@ -50,7 +50,7 @@ TEST(HalInterface, NumberRecordedTwiceKeepsItsFirstRequest) {
     EXPECT_EQ(second->calls().size(), 0u);
     EXPECT_EQ(first->getStrongCount(), 1);
     EXPECT_TRUE(bridge.deliver(8));
-    EXPECT_EQ(HalInterfacePeer::outstanding(*bridge.hal), 0u);
+    EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
 }
 
 TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
@@ -76,7 +76,7 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
             I need wait request number 7 process done
             I need wait request number 9 process done
             E wait all result process failed, after remove all result mOfflineRequestCallback size is 0)"));
-    EXPECT_EQ(HalInterfacePeer::outstanding(*bridge.hal), 0u);
+    EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
     EXPECT_EQ(client->getStrongCount(), 1);
 
     EXPECT_TRUE(bridge.deliver(7));
@@ -99,14 +99,14 @@ class LeavingClient : public RecordingCallback {
         return android::hardware::Void();
     }
     std::unique_ptr<Bridge> bridge = std::make_unique<Bridge>();
-    android::wp<HalInterfacePeer::ClientCallback> const callback = bridge->callback;
+    android::wp<HalInterface::ClientCallback> const callback = bridge->callback;
     bool outlivedBridge = false;
 };
 
 TEST(HalInterface, CallbackLivesAsLongAsAResultIsAtWork) {
     android::sp<LeavingClient> const client = new LeavingClient;
     client->bridge->hal->recordISPRequest(newRequest(7), client);
-    HalInterfacePeer::ClientCallback& callback = *client->bridge->callback;
+    HalInterface::ClientCallback& callback = *client->bridge->callback;
     EXPECT_TRUE(callback.processResult({7, {}, isphal::Status::OK}).isOk());
     EXPECT_TRUE(client->outlivedBridge);
     EXPECT_EQ(client->callback.promote(), nullptr);
@@ -140,7 +140,7 @@ TEST(HalInterface, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     result.join();
     EXPECT_THAT(mapper.calls, ElementsAre("free"));
     EXPECT_EQ(slow->calls().size(), 2u);
-    EXPECT_TRUE(HalInterfacePeer::isOutstanding(*bridge.hal, 7));
+    EXPECT_TRUE(bridge::isOutstanding(*bridge.hal, 7));
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_EQ(next->calls().size(), 2u);
 }
@@ -187,7 +187,7 @@ TEST(HalInterface, DrainedWaitEndsWithTheLastResult) {
             std::this_thread::yield();
         }
         if (cycle < 3) {
-            auto const [start, deadline] = HalInterfacePeer::wakeDrainedWait(*bridge.hal);
+            auto const [start, deadline] = bridge::wakeDrainedWait(*bridge.hal);
             EXPECT_EQ(deadline - start, 2000000);
             EXPECT_NE(start, std::exchange(lastCycle, start));
         }
@@ -211,7 +211,7 @@ TEST(HalInterface, DeathOfTheModuleDropsTheCallbackAlone) {
     Transcript transcript;
     bridge.callback->serviceDied(1ull << 32, nullptr);
     EXPECT_THAT(transcript.take(), ElementsAre("I ISPModule(4294967296) has died"));
-    EXPECT_EQ(HalInterfacePeer::callback(*bridge.hal), nullptr);
+    EXPECT_EQ(bridge.hal->callback(), nullptr);
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_FALSE(transcript.has("E cannot find capture request 7"));  // it was in the table still
 

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 
 #include <mtkcam/isp_metadata.h>
+#include <quenOfflineDevice/metadata/IspMetadata.h>
 
 #include "support/DeviceTest.h"
 #include "support/MetadataBuilder.h"
@@ -30,11 +31,11 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-class IspMetadataEncodingTest : public DeviceTest {
+class IspMetadataEncodingTest : public testing::Test {
   protected:
     Bytes encode() {
         Bytes out{1, 2, 3};  // gone afterwards
-        peer.convertToISPMetadata(&metadata, out);
+        quen::convertToISPMetadata(&metadata, out);
         return out;
     }
 
@@ -119,9 +120,8 @@ TEST_F(IspMetadataEncodingDeathTest, TheWriterFails) {
 
 class IspMetadataDecodingTest : public testing::Test {
   protected:
-    bool decode(void const* data) { return HalInterfacePeer::convertToIMetadata(*hal, data, out); }
+    bool decode(void const* data) { return quen::convertToIMetadata(data, out); }
 
-    android::sp<HalInterface> hal = new HalInterface(nullptr);
     IMetadata out;
 };
 
@@ -186,13 +186,11 @@ TEST_F(IspMetadataDecodingTest, TheDataSizeAloneEndsTheItems) {
 }
 
 TEST(IspMetadataDecodingDeathTest, DataOfAnUnknownTypeHasNoEnd) {
-    android::sp<HalInterface> const hal = new HalInterface(nullptr);
     IMetadata out;
     for (uint32_t const type : {4u, 0x101u}) {
         Bytes const buffer = ispBuffer({{0x20, type, 4, {1, 2, 3, 4}}});
         EXPECT_EXIT(ualarm(200000, 0);
-                    HalInterfacePeer::convertToIMetadata(*hal, buffer.data(), out),
-                    KilledBySignal(SIGALRM), "");
+                    quen::convertToIMetadata(buffer.data(), out), KilledBySignal(SIGALRM), "");
     }
 }
 

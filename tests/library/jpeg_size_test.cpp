@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <quenCommon/Hardened.h>
+#include <quenOfflineDevice/jpeg/JpegCopy.h>
+
 #include "support/Lines.h"
-#include "support/Peers.h"
 #include "support/PlaneLayouts.h"
 
 namespace {
@@ -14,12 +16,11 @@ constexpr int kSize = 64;
 
 class JpegSizeTest : public testing::Test {
   protected:
-    int probe(int size = kSize) { return quenOfflineDevicePeer(mDevice).getJpegSize(mBlob, size); }
+    int probe(int size = kSize) { return quen::getJpegSize(mBlob, size); }
 
     hidl_handle const mBlob = allocateGraphic(kSize, 1, 0x21);
     Mapping const mMemory{mBlob->data[0]};
     HookedMapper& mMapper = *Graphics::fresh().mapper;
-    quenOfflineDevice mDevice;
 };
 
 TEST_F(JpegSizeTest, TrailerIsReadAndToldWhateverItsId) {

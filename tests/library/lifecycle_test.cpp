@@ -7,7 +7,7 @@
 #include <thread>
 
 #include <quenCommon/Log.h>
-#include <quenOfflineDevice/RequestNumbers.h>
+#include <quenOfflineDevice/ProcessState.h>
 
 #include "support/DeviceTest.h"
 #include "support/Transcript.h"
@@ -40,21 +40,19 @@ TEST_F(LifecycleTest, CreateConnectsFirstAndNamesWhatIsMissing) {
                                              "E pCreateParams is nullptr " + flags +
                                                      ", constructISPStream failed",
                                              "I create X"));
-        EXPECT_TRUE(quenOfflineDevicePeer(fresh).connected());
-        EXPECT_EQ(quenOfflineDevicePeer(fresh).stage(), "");
+        EXPECT_TRUE(DeviceInternals(fresh).isConnected());
+        EXPECT_EQ(DeviceInternals(fresh).stage(), "");
     }
     EXPECT_THAT(isp->configurations, IsEmpty());
 }
 
 TEST_F(LifecycleTest, ASecondInitReplacesEverythingAndClosesNothing) {
-    peer.init();
+    device->create(nullptr);
     sp<HalInterface> const hal = peer.halInterface();
-    sp<NSCam::IMetadataConverter> const converter = peer.converter();
     sp<StandInModule> const other = new StandInModule;
     other->registerAsService("internal/0");
-    peer.init();
+    device->create(nullptr);
     EXPECT_NE(peer.halInterface(), hal);
-    EXPECT_NE(peer.converter(), converter);
     device->flush();
     EXPECT_EQ(isp->flushes, 0);
     EXPECT_EQ(other->device->flushes, 1);
@@ -81,7 +79,7 @@ class ReleaseTest : public DeviceTest {
         isp = nullptr;
         module->device = new Noting<StandInDevice>([this] { note("device"); });
         module->registerAsService("internal/0");
-        peer.init();
+        device->create(nullptr);
         mHal = peer.halInterface();
         forgetModule();
         module->device = nullptr;
@@ -99,10 +97,9 @@ class ReleaseTest : public DeviceTest {
 };
 
 TEST_F(ReleaseTest, UinitReleasesDeviceThenModuleThenHalInterface) {
-    peer.uinit();
+    device->destroy();
     EXPECT_THAT(order, ElementsAre("device before hal", "module before hal"));
     EXPECT_EQ(peer.halInterface(), nullptr);
-    EXPECT_EQ(peer.converter(), nullptr);
     device = nullptr;
     EXPECT_EQ(order.size(), 2u);
 }
@@ -115,22 +112,22 @@ TEST_F(ReleaseTest, TheDestructorReleasesTheModuleFirstAndTheDeviceLast) {
 TEST_F(LifecycleTest, DestroyClosesOnceAndKeepsTheConfiguration) {
     SessionParams params{{{1, 0x20, 64, 48, false}}, {{2, 0x23, 64, 48, true}}, nullptr};
     device->create(&params);
-    gFastDisplayQueue.push(1);
-    gPendingJpegRequestNos.push(7);
+    quen::gFastDisplayQueue.push(1);
+    quen::gPendingJpegRequestNos.push(7);
     device->destroy();
-    EXPECT_FALSE(peer.connected());
+    EXPECT_FALSE(peer.isConnected());
     // Both queues are the process's: a device that never used them empties them too.
-    EXPECT_TRUE(gFastDisplayQueue.empty());
-    EXPECT_TRUE(gPendingJpegRequestNos.empty());
+    EXPECT_TRUE(quen::gFastDisplayQueue.empty());
+    EXPECT_TRUE(quen::gPendingJpegRequestNos.empty());
     EXPECT_THAT(peer.inputStreams(), SizeIs(1));
     EXPECT_THAT(peer.outputStreams(), SizeIs(1));
-    EXPECT_TRUE(peer.raw14bit());
+    EXPECT_TRUE(peer.isNeedRaw14bit());
     device = nullptr;
     EXPECT_EQ(isp->closes, 1);
 }
 
 TEST_F(LifecycleTest, FlushIgnoresEveryOutcomeInSilence) {
-    peer.init();
+    device->create(nullptr);
     Transcript log;
     isp->onFlush = &StandInDevice::transportError;
     device->flush();
@@ -141,22 +138,22 @@ TEST_F(LifecycleTest, FlushIgnoresEveryOutcomeInSilence) {
 }
 
 TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
-    peer.init();
+    device->create(nullptr);
     HalInterface& hal = *peer.halInterface();
-    EXPECT_FALSE(HalInterfacePeer::hasHook(hal));
-    sp<isphal::ICallback> const callback = HalInterfacePeer::callback(hal);
+    EXPECT_FALSE(bridge::hasHook(hal));
+    sp<isphal::ICallback> const callback = hal.callback();
     int32_t const references = callback->getStrongCount();
     alarm(10);  // for a lock that is not given back
     peer.lock().lock();
     std::thread waits([&] { device->setOfflineCallback(callback); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(HalInterfacePeer::hasHook(hal));  // the call has to wait for the lock
+    EXPECT_FALSE(bridge::hasHook(hal));  // the call has to wait for the lock
     peer.lock().unlock();
     waits.join();
     device->setOfflineCallback(callback);
     alarm(0);
-    EXPECT_TRUE(HalInterfacePeer::hasHook(hal));
-    EXPECT_TRUE(HalInterfacePeer::reservedIsNull(hal));
+    EXPECT_TRUE(bridge::hasHook(hal));
+    EXPECT_TRUE(hal.reserved() == nullptr);
     EXPECT_EQ(callback->getStrongCount(), references);
 }
 
@@ -169,36 +166,36 @@ struct MuteModule : StandInModule {
 
 TEST_F(LifecycleDeathTest, InitFails) {
     module->transportFails = true;
-    EXPECT_FATAL(peer.init(),
+    EXPECT_FATAL(device->create(nullptr),
                  "Transaction error in openISPDevice from ISPModule:.*stand-in lost.*");
     module->transportFails = false;
     module->status = isphal::Status::RESOURCE_ERROR;
-    EXPECT_FATAL(peer.init(), "openISPDevice failed:RESOURCE_ERROR");
+    EXPECT_FATAL(device->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
     module->device = nullptr;  // the status stands before the device
-    EXPECT_FATAL(peer.init(), "openISPDevice failed:RESOURCE_ERROR");
+    EXPECT_FATAL(device->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
     module->status = isphal::Status::OK;
-    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is \\(nil\\)");
+    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
     forgetModule();
-    EXPECT_FATAL(peer.init(), "no ISP module service, instance internal/0");
+    EXPECT_FATAL(device->create(nullptr), "no ISP module service, instance internal/0");
     sp<StandInModule> const mute = new MuteModule;
     mute->registerAsService("internal/0");
-    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is \\(nil\\)");
+    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
     module->registerAsService("internal/0");
     module->device = isp;
-    peer.init();
+    device->create(nullptr);
     module->device = nullptr;
     std::ostringstream old;
     old << static_cast<isphal::IDevice*>(isp.get());
-    EXPECT_FATAL(peer.init(), "invalid ISP device, mDevice is " + old.str());
+    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is " + old.str());
 }
 
 TEST_F(LifecycleDeathTest, UinitFails) {
-    peer.init();
+    device->create(nullptr);
     isp->onClose = &StandInDevice::transportError;
     EXPECT_FATAL(device->destroy(),
                  "Transaction error in closeISPDevice from ISPDevice:.*stand-in lost.*");
     isp->onClose = answering(static_cast<isphal::Status>(6));  // has no name
-    EXPECT_FATAL(peer.uinit(), "closeISPDevice failed:[0x]*6");
+    EXPECT_FATAL(device->destroy(), "closeISPDevice failed:[0x]*6");
 }
 
 TEST(LogTest, ALineNamesItsPlaceAndIsCutAt1023Characters) {

@@ -79,14 +79,14 @@ TEST_F(MapperHelperTest, ImportGoesOnForFiveAttempts) {
                         ", importedBuffer is nullptr " +
                         (isNull ? "1\nI debug wait 5ms and import buffer again\n" : "0\n");
         }
-        EXPECT_EQ(transcript.lines(), linesOf(expected));
+        EXPECT_EQ(transcript.linesOfTag("quenGralloc"), linesOf(expected));
     }
 }
 
 TEST_F(MapperHelperTest, DescriptorsAndFreesReportTheTransportAlone) {
     Transcript transcript;
     mHelper.freeBuffer(nullptr);
-    EXPECT_THAT(transcript.lines(), ElementsAre());
+    EXPECT_THAT(transcript.linesOfTag("quenGralloc"), ElementsAre());
     EXPECT_THAT(mapper().calls, ElementsAre());
     mapper().onFree = [] { return Error::BAD_BUFFER; };
     mHelper.freeBuffer(&mBuffer);
@@ -103,7 +103,7 @@ TEST_F(MapperHelperTest, DescriptorsAndFreesReportTheTransportAlone) {
     mapper().onCreateDescriptor = giving(Error::NONE, hidl_vec<uint8_t>());
     mHelper.createDescriptor({}, descriptor);
     EXPECT_THAT(descriptor, ElementsAre());
-    EXPECT_THAT(transcript.lines(),
+    EXPECT_THAT(transcript.linesOfTag("quenGralloc"),
                 ElementsAre("I MapperHlper freeBuffer is OK 1", "I MapperHlper freeBuffer is OK 0",
                             "I MapperHelper createDescriptor is succeeded 1",
                             "I MapperHelper createDescriptor is succeeded 0",
@@ -140,7 +140,7 @@ TEST_F(MapperHelperTest, LockConsumesItsFenceAndReportsNothing) {
         EXPECT_EQ(mHelper.lock(&mBuffer, 0x33, {1, 2, 3, 4}, c.fenced ? fence.fd : -1, address), 0);
         EXPECT_EQ(address, c.address);
         EXPECT_EQ(fence.isOpen(), !c.fenced);
-        EXPECT_THAT(transcript.lines(), ElementsAre(c.line));
+        EXPECT_THAT(transcript.linesOfTag("quenGralloc"), ElementsAre(c.line));
     }
     EXPECT_EQ(open("/dev/null", O_RDONLY), 0);
 }
@@ -267,7 +267,8 @@ TEST_F(MapperHelperTest, UnlockHandsOutADuplicateOfOneFence) {
     gCanDuplicate = false;
     EXPECT_EQ(unlock(give), -1);
     gCanDuplicate = true;
-    EXPECT_THAT(transcript.lines(), ElementsAre("D failed to dup unlock release fence"));
+    EXPECT_THAT(transcript.linesOfTag("quenGralloc"),
+                ElementsAre("D failed to dup unlock release fence"));
     EXPECT_THAT(gWaited, ElementsAre(first.fd, -1));
     EXPECT_TRUE(first.isOpen() && second.isOpen());
 }

@@ -117,7 +117,7 @@ TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
     settings.i32(tags::kUiMode, 16);
     check(mInput, {mLarge}, settings.get());
     EXPECT_TRUE(log.has("I current snapshot IsNeedRaw14bit 0, last snapshot IsNeedRaw14bit 1"));
-    EXPECT_FALSE(peer.raw14bit());
+    EXPECT_FALSE(peer.isNeedRaw14bit());
     ASSERT_EQ(configurations(), 2u);
     // The flag changes before the configuration is made: no 14-bit entry in it.
     EXPECT_EQ(std::vector<uint8_t>(isp->configurations[1].sessionSettings),
@@ -127,7 +127,7 @@ TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
     EXPECT_EQ(configurations(), 2u);
     check(mInput, {mLarge});
     EXPECT_EQ(configurations(), 3u);
-    EXPECT_TRUE(peer.raw14bit());
+    EXPECT_TRUE(peer.isNeedRaw14bit());
 }
 
 TEST_F(ReconfigureTest, OfTwoEmptyTablesOnlyTheOutputsForcesAConfiguration) {
@@ -150,7 +150,7 @@ TEST_F(ReconfigureTest, AnUnconnectedDeviceOnlyNotesTheRawDepth) {
     EXPECT_TRUE(log.has("I needReconfigure 1"));
     EXPECT_EQ(configurations(), 1u);
     EXPECT_EQ(peer.inputStreams().size() + peer.outputStreams().size(), 4u);
-    EXPECT_FALSE(peer.raw14bit());
+    EXPECT_FALSE(peer.isNeedRaw14bit());
 }
 
 TEST_F(ReconfigureTest, AnRgbInputIsConfiguredForEveryRequest) {

@@ -1,3 +1,5 @@
+#include <quenOfflineDevice/metadata/RequestMetadata.h>
+
 #include "support/DeviceTest.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
@@ -14,9 +16,8 @@ using List = std::vector<int32_t>;
 
 class RequestMetadataTest : public DeviceTest {
   protected:
-    void prepare(char const* stage, int width = 0, int height = 0) {
-        peer.setStage(stage);
-        peer.updateMetaData(&metadata, width, height);
+    void prepare(char const* stage, int width = 0, int height = 0, bool isNeedRaw14bit = false) {
+        quen::updateMetaData(&metadata, width, height, stage, isNeedRaw14bit);
     }
 
     List int32s(uint32_t tag) { return int32sOf(metadata, tag); }
@@ -32,8 +33,8 @@ class RequestMetadataTest : public DeviceTest {
     IMetadata metadata;
 };
 
-TEST_F(RequestMetadataTest, ARawRequestWithEveryFact) {
-    std::pair<uint32_t, List> const facts[] = {
+TEST_F(RequestMetadataTest, ARawRequestWithEveryTag) {
+    std::pair<uint32_t, List> const others[] = {
             {tags::kFeedback, {17}},
             {tags::kUiMode, {-1}},
             {tags::kEngineerMode, {-2147483640}},  // bit 31 and 0x08
@@ -49,12 +50,11 @@ TEST_F(RequestMetadataTest, ARawRequestWithEveryFact) {
             {tags::kNeedMsnr, {5}},
     };
     setItems<NSCam::MRect>(metadata, tags::kCrop, {NSCam::MRect({1, 2}, {3, 4})});
-    for (auto const& [tag, items] : facts) {
+    for (auto const& [tag, items] : others) {
         setItems<int32_t>(metadata, tag, items);
     }
     setItems<int64_t>(metadata, tags::kCurrentMode, {INT64_MIN | int64_t{1} << 51});
-    peer.setRaw14bit(true);
-    prepare("RAW2YUV");
+    prepare("RAW2YUV", 0, 0, true);
     EXPECT_THAT(log.take(),
                 ElementsAre("D QUEN_FEEDBACK_TUNNINGMODE 17",
                             "I reprocess currentMode -9221120237041090560",
@@ -89,7 +89,7 @@ TEST_F(RequestMetadataTest, ARawRequestWithoutAnyFact) {
                   "MTK_SCALER_CROP_APP_REGION");
         EXPECT_THAT(cropRect(), ElementsAre(1, 2, 3, 4));
     }
-    peer.updateMetaData(nullptr, 0, 0);
+    quen::updateMetaData(nullptr, 0, 0, "RAW2YUV", false);
     EXPECT_THAT(log.lines(), ElementsAre("E metadata is nullptr, update metadata failed"));
 }
 
@@ -135,8 +135,7 @@ TEST_F(RequestMetadataTest, EveryStageSetsTheDepthAndRemovesTheTuningBlobs) {
             setItems<int32_t>(metadata, tags::kRawBitDepth, {1, 2, 3});
             setItems<uint8_t>(metadata, kTuningBlobs[0], {1, 2});
             setItems<uint8_t>(metadata, kTuningBlobs[1], {3});
-            peer.setRaw14bit(raw14bit);
-            prepare(stage.c_str());
+            prepare(stage.c_str(), 0, 0, raw14bit);
             EXPECT_EQ(int32s(tags::kRawBitDepth), List{raw14bit ? 14 : 10});
             EXPECT_FALSE(hasTag(metadata, kTuningBlobs[0]) || hasTag(metadata, kTuningBlobs[1]));
             EXPECT_EQ(metadata.count() > 1, stage == "RAW2YUV" || stage == "YUV2JPEG");

@@ -3,7 +3,7 @@
 
 #include <numeric>
 
-#include <quenOfflineDevice/JpegHandover.h>
+#include <quenOfflineDevice/jpeg/JpegHandover.h>
 
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
@@ -60,13 +60,18 @@ class ResultDispatchTest : public testing::Test {
     camera_metadata_ro_entry_t mEntry;
 };
 
+uint32_t clientStatus(uint32_t status) {
+    return static_cast<uint32_t>(
+            HalInterface::ClientCallback::convertStatus(static_cast<isphal::Status>(status)));
+}
+
 TEST_F(ResultDispatchTest, StatusMapping) {
     uint32_t const mapping[] = {0, 1, 2, 3, 4, 5, 0, 7, 0};
     for (uint32_t status = 0; status < 9; ++status) {
-        EXPECT_EQ(HalInterfacePeer::convertStatus(status), mapping[status]);
+        EXPECT_EQ(clientStatus(status), mapping[status]);
     }
-    EXPECT_EQ(HalInterfacePeer::convertStatus(0x80000000), 0u);
-    EXPECT_EQ(HalInterfacePeer::convertStatus(0xFFFFFFFF), 0u);
+    EXPECT_EQ(clientStatus(0x80000000), 0u);
+    EXPECT_EQ(clientStatus(0xFFFFFFFF), 0u);
 }
 
 TEST_F(ResultDispatchTest, UnknownAndEarlyResultsChangeNothing) {
@@ -77,7 +82,7 @@ TEST_F(ResultDispatchTest, UnknownAndEarlyResultsChangeNothing) {
     EXPECT_TRUE(mBridge.callback->processEarlyResult({7, {}, isphal::Status(6)}).isOk());
     EXPECT_THAT(transcript.take(),
                 ElementsAre("E cannot find capture request 8", "E processResult 7 failed"));
-    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 1u);
+    EXPECT_EQ(bridge::outstanding(*mBridge.hal), 1u);
     EXPECT_EQ(mClient->calls().size(), 0u);
     EXPECT_TRUE(mBridge.deliver(7));
     transcript.take();
@@ -130,7 +135,7 @@ class LostClient : public RecordingCallback {
 TEST_F(ResultDispatchTest, LostClientIsIgnored) {
     mBridge.hal->recordISPRequest(newRequest(7), new LostClient);
     EXPECT_TRUE(mBridge.deliver(7, 0, ispBuffer({})));
-    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 0u);
+    EXPECT_EQ(bridge::outstanding(*mBridge.hal), 0u);
 }
 
 TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
@@ -256,7 +261,7 @@ TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {
                 I reprocess result stage RAW2YUV number 7 Result callback, result.status is OK 0 X)"));
         }
     }
-    EXPECT_EQ(HalInterfacePeer::outstanding(*mBridge.hal), 0u);
+    EXPECT_EQ(bridge::outstanding(*mBridge.hal), 0u);
 }
 
 }  // namespace

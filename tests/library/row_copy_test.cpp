@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include <quenOfflineDevice/RowCopy.h>
+#include <quenOfflineDevice/request/RowCopy.h>
 
 namespace {
 
@@ -47,9 +47,9 @@ TEST(RowCopy, RowsOfEverySizeAndPlace) {
             auto* target = memory.data();
             target += -reinterpret_cast<uintptr_t>(target) % 16;
             uint8_t* const first = target + c.offset;
-            Rows const rows{first, c.stride, c.rows};
-            isSwapped ? copySwappedRows(source.data(), c.rowBytes / 2, rows, c.endBytes)
-                      : copyRows(source.data(), c.rowBytes, rows, c.endBytes);
+            quen::Rows const rows{first, c.stride, c.rows};
+            isSwapped ? quen::copySwappedRows(source.data(), c.rowBytes / 2, rows, c.endBytes)
+                      : quen::copyRows(source.data(), c.rowBytes, rows, c.endBytes);
             std::vector<uint8_t> const wanted =
                     expected(source, c.rowBytes, c.offset, c.stride, c.rows, c.endBytes, isSwapped);
             EXPECT_TRUE(std::equal(wanted.begin(), wanted.end(), target)) << isSwapped;

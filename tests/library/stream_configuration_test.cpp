@@ -1,3 +1,5 @@
+#include <quenOfflineDevice/session/IspStreams.h>
+
 #include "support/DeviceTest.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
@@ -48,7 +50,7 @@ TEST_F(StreamConfigurationTest, Raw14bitIsForEveryFormatButRaw10AndEveryUiModeBu
             expected.push_back("I current ui mode " + std::to_string(c.uiMode[0]));
         }
         expected.push_back("I isNeedRaw14bit " + std::to_string(c.result));
-        EXPECT_EQ(peer.isNeedRaw14bit(metadata.get(), c.format), c.result);
+        EXPECT_EQ(quen::isNeedRaw14bit(metadata.get(), c.format), c.result);
         EXPECT_EQ(log.take(), expected);
     }
 }
@@ -119,25 +121,25 @@ TEST_F(StreamConfigurationTest, CreateTellsTheWholeSession) {
                       I create X)"));
 
     ASSERT_THAT(isp->configurations, SizeIs(1));
-    EXPECT_EQ(isp->callback, HalInterfacePeer::callback(*peer.halInterface()));
+    EXPECT_EQ(isp->callback, peer.halInterface()->callback());
     EXPECT_EQ(told().inputStreams[1].id, 6u);
     EXPECT_EQ(told().outputStreams[0].id, 0xfffffffffffffffeu);
     EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(tags::kCameraId, 1, {3}),
                                          ispRecord<int32_t>(tags::kUiMode, 1, {2}),
                                          ispRecord<int32_t>(0x800b001b, 1, {14}),
                                          ispRecord<int32_t>(0xc0000005, 1, {3})}));
-    EXPECT_TRUE(peer.raw14bit());
+    EXPECT_TRUE(peer.isNeedRaw14bit());
 }
 
 TEST_F(StreamConfigurationTest, StageAndSettingsFollowOutputFlagAndCamera) {
-    peer.init();
+    device->create(nullptr);
     configure({}, {{1, kBlob, 64, 1, true}, {2, kYuv, 64, 48, true}});
     EXPECT_EQ(peer.stage(), "YUV2JPEG");
     EXPECT_THAT(told().inputStreams, SizeIs(0));
     EXPECT_EQ(toldSettings(), ispBuffer({}));
     EXPECT_TRUE(log.has("E get cameraId failed"));
 
-    peer.setRaw14bit(true);
+    peer.isNeedRaw14bit() = true;
     configure({}, {{1, kYuv, 64, 48, true}, {2, kBlob, 64, 1, true}});
     EXPECT_EQ(peer.stage(), "RAW2YUV");
     EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(0x800b001b, 1, {14})}));
@@ -146,7 +148,7 @@ TEST_F(StreamConfigurationTest, StageAndSettingsFollowOutputFlagAndCamera) {
         return;  // refuses to configure without a module
     }
     // The module's death takes the callback, but not the configuration, away.
-    HalInterfacePeer::callback(*peer.halInterface())->serviceDied(0, nullptr);
+    peer.halInterface()->callback()->serviceDied(0, nullptr);
     configure({}, {{1, kYuv, 64, 48, true}});
     EXPECT_THAT(isp->configurations, SizeIs(3));
     EXPECT_EQ(isp->callback, nullptr);
@@ -184,7 +186,7 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
             // Unsigned, wraps.
             {kRaw10, 3u << 30, 4, kYuv, {1u << 30, 4, kBlob, 1u << 31, 0, 0, 0, kJfif, 0x10002, 0}},
     };
-    peer.init();
+    device->create(nullptr);
     for (auto const& c : cases) {
         bool const input = c.outputFormat != 0;
         StreamConfig const stream{-5, c.format, c.width, c.height, !input};
@@ -206,7 +208,7 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
 }
 
 TEST_F(StreamConfigurationTest, StreamsAreKeptByPositionAndOldOnesStay) {
-    peer.init();
+    device->create(nullptr);
     configure({{10, kRaw16, 100, 48, false}},
               {{11, kYuv, 101, 48, true}, {12, kYuv, 102, 48, true}});
 
@@ -221,7 +223,7 @@ TEST_F(StreamConfigurationTest, StreamsAreKeptByPositionAndOldOnesStay) {
 }
 
 TEST_F(StreamConfigurationDeathTest, TheIspDeviceRejectsTheConfiguration) {
-    peer.init();
+    device->create(nullptr);
     isp->onConfigure = &StandInDevice::transportError;
     EXPECT_FATAL(device->config({}, {{}}, nullptr),
                  "Transaction error in configureISPDevice from ISPDevice:.*stand-in lost.*");

@@ -1,5 +1,6 @@
 #include <host/metadata/EventText.h>
 
+#include <quenOfflineDevice/metadata/RequestMetadata.h>
 #include <optional>
 
 #include "support/DeviceTest.h"
@@ -12,7 +13,7 @@ namespace {
 
 using Bits = std::vector<int>;
 using List = std::vector<int32_t>;
-using Facts = std::vector<std::pair<uint32_t, int32_t>>;  // tags other than the mode
+using Tags = std::vector<std::pair<uint32_t, int32_t>>;  // tags other than the mode
 
 constexpr bool kRaw14bit = true;
 
@@ -21,9 +22,9 @@ class TuningTest : public testing::Test {
     ~TuningTest() override { quen::host::clearEventString("APP_NAME"); }
 
     /** Prepares a raw request whose mode has these bits, or that has no mode at all. */
-    void expect(std::optional<Bits> const& bits, Facts const& facts, int32_t tuningMode,
+    void expect(std::optional<Bits> const& bits, Tags const& others, int32_t tuningMode,
                 List const& features, bool raw14bit = false) {
-        SCOPED_TRACE(testing::PrintToString(std::pair(bits, facts)));
+        SCOPED_TRACE(testing::PrintToString(std::pair(bits, others)));
         NSCam::IMetadata metadata;
         if (bits) {
             uint64_t mode = 0;
@@ -32,14 +33,10 @@ class TuningTest : public testing::Test {
             }
             setItems<int64_t>(metadata, tags::kCurrentMode, {static_cast<int64_t>(mode)});
         }
-        for (auto const& [tag, value] : facts) {
+        for (auto const& [tag, value] : others) {
             setItems<int32_t>(metadata, tag, {value});
         }
-        quenOfflineDevice device;
-        quenOfflineDevicePeer peer(device);
-        peer.setStage("RAW2YUV");
-        peer.setRaw14bit(raw14bit);
-        peer.updateMetaData(&metadata, 0, 0);
+        quen::updateMetaData(&metadata, 0, 0, "RAW2YUV", raw14bit);
         EXPECT_EQ(int32sOf(metadata, tags::kTuningMode), List{tuningMode});
         EXPECT_EQ(int32sOf(metadata, tags::kFeatureHint), features);
         EXPECT_TRUE(hasTag(metadata, tags::kFeatureHint));
@@ -116,9 +113,9 @@ TEST_F(TuningTest, EachSceneByFeedback) {
             for (int32_t const scene : row.scenes) {
                 bool const clear = (feedbacks[i] & 0x18) == 0;
                 int32_t const feature = scene == 0x400000 ? (clear ? 24 : 26) : (clear ? 29 : 31);
-                Facts const facts{{tags::kSceneMode, scene}, {tags::kFeedback, feedbacks[i]}};
-                expect(Bits{27}, facts, row.tuningModes[i], {31});
-                expect(Bits{51}, facts, row.tuningModes[i], {feature});
+                Tags const others{{tags::kSceneMode, scene}, {tags::kFeedback, feedbacks[i]}};
+                expect(Bits{27}, others, row.tuningModes[i], {31});
+                expect(Bits{51}, others, row.tuningModes[i], {feature});
             }
         }
     }

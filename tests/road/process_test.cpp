@@ -1,6 +1,6 @@
 #include <fstream>
 
-#include <quenOfflineDevice/RequestNumbers.h>
+#include <quenOfflineDevice/request/RequestNumbers.h>
 
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
@@ -233,13 +233,13 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
                  c.tag, c.tag != -1, c.number, c.frame);
         EXPECT_TRUE(transcript.has(line)) << line;
         EXPECT_EQ(isp().requests.back().requestNumber, c.number);
-        EXPECT_EQ(gFastDisplayQueue.size(), c.markers) << line;
-        EXPECT_EQ(gPendingJpegRequestNos.size(), c.pending) << line;
-        EXPECT_TRUE(c.markers == 0 || gFastDisplayQueue.front() == 1);
+        EXPECT_EQ(quen::gFastDisplayQueue.size(), c.markers) << line;
+        EXPECT_EQ(quen::gPendingJpegRequestNos.size(), c.pending) << line;
+        EXPECT_TRUE(c.markers == 0 || quen::gFastDisplayQueue.front() == 1);
     }
     mRoad.device.destroy();  // forgets what is queued
-    EXPECT_TRUE(gFastDisplayQueue.empty());
-    EXPECT_TRUE(gPendingJpegRequestNos.empty());
+    EXPECT_TRUE(quen::gFastDisplayQueue.empty());
+    EXPECT_TRUE(quen::gPendingJpegRequestNos.empty());
 }
 
 }  // namespace

@@ -86,7 +86,7 @@ class SoftwareIspTest : public testing::Test {
         android::sp<RecordingCallback> const client = new RecordingCallback;
         ImageBuffer const input = imageOf(1, format, kWidth, kHeight, raw);
         ImageBuffer const output = imageOf(2, kYuv, width, height, yuv);
-        if (!mRoad.peer.connected()) {
+        if (!mRoad.peer.isConnected()) {
             mRoad.create(input, {output}, settings.get());
         }
         EXPECT_EQ(mRoad.process(++mFrame, input, {output}, settings.get(), client), 0);

@@ -1,6 +1,8 @@
 #include <fstream>
 #include <iterator>
 
+#include <quenOfflineDevice/metadata/IspMetadata.h>
+
 #include "support/Lines.h"
 #include "support/ProcessTest.h"
 #include "support/Requests.h"
@@ -64,7 +66,7 @@ TEST_F(TranscriptsTest, FirstRawRequestWithACallback) {
     EXPECT_EQ(request.outputBuffers[0].tuningData->data[1], debug.fd());
     EXPECT_EQ(request.inputBuffers[0].reservedSize + request.outputBuffers[0].reservedSize, 0u);
     NSCam::IMetadata told;
-    HalInterfacePeer::convertToIMetadata(*mRoad.peer.halInterface(), request.settings.data(), told);
+    quen::convertToIMetadata(request.settings.data(), told);
     EXPECT_THAT(int32sOf(told, 0xc00c0018), testing::ElementsAre(7));
     note("result 100", [&](auto&) {
         isp().answer(100, isphal::Status::OK,
@@ -155,7 +157,7 @@ TEST_F(TranscriptsTest, DrainedWaitThatGivesUp) {
     mRoad.create(mRaw, {mYuv});
     develop(1, mClient);
     // A result takes request 1 over and is at work on it for longer than the drained wait lasts.
-    auto const claimed = HalInterfacePeer::table(*mRoad.peer.halInterface()).claim(1);
+    auto const claimed = bridge::table(*mRoad.peer.halInterface()).claim(1);
     note("process 2", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
     note("result 1, which nobody waits for", [&](auto&) { isp().answer(1); });
     expectScene("abandoned_request");

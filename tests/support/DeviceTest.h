@@ -11,7 +11,7 @@
 #include <host/hidl/ServiceRegistry.h>
 #include <host/log/LogControl.h>
 
-#include "support/Peers.h"
+#include "support/Internals.h"
 #include "support/StandInIsp.h"
 
 namespace quentest {
@@ -29,7 +29,7 @@ class DeviceTest : public testing::Test {
     android::sp<StandInModule> module = new StandInModule;
     android::sp<StandInDevice> isp = module->device;
     std::unique_ptr<quenOfflineDevice> device = std::make_unique<quenOfflineDevice>();
-    quenOfflineDevicePeer peer{*device};
+    DeviceInternals peer{*device};
 };
 
 /** Answers with a status, as a call of the stand-in. */

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -38,14 +39,8 @@ inline std::string steady(std::string const& line) {
 
 /** The lines that the device object and its callback wrote, not the helpers below; steady ones. */
 inline Lines deviceLines(Transcript const& transcript) {
-    Lines const lines = transcript.lines();
-    Lines const raw = transcript.rawLines();
-    Lines result;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        if (raw[i].find("[quenOfflineDevice] ") != std::string::npos) {
-            result.push_back(steady(lines[i]));
-        }
-    }
+    Lines result = transcript.linesOfTag("quenOfflineDevice");
+    std::transform(result.begin(), result.end(), result.begin(), steady);
     return result;
 }
 

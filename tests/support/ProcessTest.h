@@ -9,7 +9,7 @@
 #include <thread>
 #include <utility>
 
-#include <quenOfflineDevice/JpegHandover.h>
+#include <quenOfflineDevice/jpeg/JpegHandover.h>
 
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"

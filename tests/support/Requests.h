@@ -5,7 +5,7 @@
 #include <nscam/IMetadataConverter.h>
 #include <nscam/IMetadataTagSet.h>
 
-#include "support/Peers.h"
+#include "support/Internals.h"
 #include "support/StandInIsp.h"
 
 namespace quentest {
@@ -14,7 +14,7 @@ namespace quentest {
 struct Bridge {
     android::sp<HalInterface> hal = new HalInterface(NSCam::IMetadataConverter::createInstance(
             NSCam::IDefaultMetadataTagSet::singleton()->getTagSet()));
-    android::sp<HalInterfacePeer::ClientCallback> const callback = HalInterfacePeer::callback(*hal);
+    android::sp<HalInterface::ClientCallback> const callback = hal->callback();
 
     /** Delivers a result. Returns whether its transport was told that all is well. */
     bool deliver(uint32_t number, uint32_t status = 0, std::vector<uint8_t> const& metadata = {}) {

@@ -12,7 +12,7 @@
 #include "host/log/LogControl.h"
 #include "support/Buffers.h"
 #include "support/Graphics.h"
-#include "support/Peers.h"
+#include "support/Internals.h"
 #include "support/StandInIsp.h"
 
 namespace quentest {
@@ -58,20 +58,20 @@ class Road {
     }
 
     bool isOutstanding(uint32_t number) {
-        return HalInterfacePeer::isOutstanding(*peer.halInterface(), number);
+        return bridge::isOutstanding(*peer.halInterface(), number);
     }
 
     /**
      * Waits until every request has left the table, which it does after its client was told.
      */
     void waitUntilDrained() {
-        while (HalInterfacePeer::outstanding(*peer.halInterface()) != 0) {
+        while (bridge::outstanding(*peer.halInterface()) != 0) {
             std::this_thread::yield();
         }
     }
 
     quenOfflineDevice device;
-    quenOfflineDevicePeer peer{device};
+    DeviceInternals peer{device};
 };
 
 /** A road to a stand-in ISP; every request is answered before it ends. */
@@ -79,7 +79,7 @@ class StandInRoad : public Road {
   public:
     StandInRoad() { EXPECT_EQ(mModule->registerAsService("internal/0"), 0); }
     ~StandInRoad() {
-        if (peer.connected()) {
+        if (peer.isConnected()) {
             answerOutstanding();
             device.destroy();
         }

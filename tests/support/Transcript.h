@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -20,7 +19,7 @@ namespace quentest {
  * log is as it was. Lines of other tags are dropped. One at a time; lines may come from any thread.
  *
  * A line reads "<level letter> <message>": what comes before the message, the source line for one,
- * is left out, but has to name the line's level and the tag that goes with its source file.
+ * is left out, but has to name the line's level and tag.
  */
 class Transcript : public quen::host::LogSink {
   public:
@@ -43,9 +42,9 @@ class Transcript : public quen::host::LogSink {
         }
         std::string const head = g_logInfoLv[level & 3].prefix + ("[" + name + "] ");
         EXPECT_EQ(std::string(text).substr(0, head.size()), head);
-        EXPECT_EQ(name, strstr(text, "Helper.cpp:") ? "quenGralloc" : "quenOfflineDevice") << text;
         std::lock_guard<std::mutex> lock(mLock);
         mRaw.emplace_back(text);
+        mTags.push_back(name);
         mLines.push_back(std::string(1, "DEWI"[level & 3]) + " " + messageOf(text));
         mThreads.push_back(std::this_thread::get_id());
     }
@@ -56,16 +55,15 @@ class Transcript : public quen::host::LogSink {
         return mLines;
     }
 
+    /** Those of one log tag: quenGralloc's are the helpers', quenOfflineDevice's all the others. */
+    std::vector<std::string> linesOfTag(std::string const& tag) const {
+        return linesWhere([&](size_t i) { return mTags[i] == tag; });
+    }
+
     /** The calling thread's lines, or those of all the others. */
     std::vector<std::string> linesOfThisThread(bool ofThis = true) const {
-        std::lock_guard<std::mutex> lock(mLock);
-        std::vector<std::string> lines;
-        for (size_t i = 0; i < mLines.size(); ++i) {
-            if ((mThreads[i] == std::this_thread::get_id()) == ofThis) {
-                lines.push_back(mLines[i]);
-            }
-        }
-        return lines;
+        return linesWhere(
+                [&](size_t i) { return (mThreads[i] == std::this_thread::get_id()) == ofThis; });
     }
 
     /** The same lines, as they were written. */
@@ -78,6 +76,7 @@ class Transcript : public quen::host::LogSink {
     std::vector<std::string> take() {
         std::lock_guard<std::mutex> lock(mLock);
         mRaw.clear();
+        mTags.clear();
         mThreads.clear();
         return std::exchange(mLines, {});
     }
@@ -90,6 +89,18 @@ class Transcript : public quen::host::LogSink {
     bool has(std::string const& line) const { return count(line) != 0; }
 
   private:
+    template <typename Wanted>
+    std::vector<std::string> linesWhere(Wanted&& wanted) const {
+        std::lock_guard<std::mutex> lock(mLock);
+        std::vector<std::string> lines;
+        for (size_t i = 0; i < mLines.size(); ++i) {
+            if (wanted(i)) {
+                lines.push_back(mLines[i]);
+            }
+        }
+        return lines;
+    }
+
     /** What follows "prefix[tag] file:line function() ". */
     static std::string messageOf(std::string const& text) {
         size_t const tagEnd = text.find("] ");
@@ -100,6 +111,7 @@ class Transcript : public quen::host::LogSink {
     mutable std::mutex mLock;
     std::vector<std::string> mLines;        // guarded by mLock
     std::vector<std::string> mRaw;          // guarded by mLock
+    std::vector<std::string> mTags;         // guarded by mLock
     std::vector<std::thread::id> mThreads;  // guarded by mLock
     quen::host::LogLevel mOldLevel;
     quen::host::LogSink* mOldSink;

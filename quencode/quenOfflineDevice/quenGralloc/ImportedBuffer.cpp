@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+namespace quen {
+
 ImportedBuffer::ImportedBuffer(native_handle const* raw)
     : mMapper(MapperHelper::getInstance()), mHandle(raw) {
     mMapper.importBuffer(mHandle);
@@ -27,3 +29,5 @@ android_ycbcr ImportedBuffer::lockYCbCr(uint64_t cpuUsage, int32_t width, int32_
     mMapper.lockYCbCr_4_0(mHandle, cpuUsage, {0, 0, width, height}, -1, planes);
     return planes;
 }
+
+}  // namespace quen

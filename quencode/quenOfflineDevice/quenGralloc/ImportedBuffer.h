@@ -7,6 +7,8 @@
 
 #include "quenGralloc/MapperHelper.h"
 
+namespace quen {
+
 /** Gralloc usage bits of the CPU. */
 inline constexpr uint64_t kCpuReadOften = 0x3;
 inline constexpr uint64_t kCpuWriteOften = 0x30;
@@ -37,3 +39,5 @@ class ImportedBuffer {
     MapperHelper mMapper;
     native_handle const* mHandle;
 };
+
+}  // namespace quen

@@ -141,7 +141,7 @@ int MapperHelper::lockYCbCr_4_0(native_handle const* handle, uint64_t cpuUsage,
     }
     void* base = nullptr;
     lock(handle, cpuUsage, accessRegion, acquireFence, base);
-    return describeYCbCr(layouts, base, ycbcr) ? 0 : kInvalidArgument;
+    return quen::describeYCbCr(layouts, base, ycbcr) ? 0 : kInvalidArgument;
 }
 
 void MapperHelper::unlock(native_handle const* handle, int& releaseFence) const {

@@ -10,6 +10,7 @@ using aidl::android::hardware::graphics::common::PlaneLayout;
 using aidl::android::hardware::graphics::common::PlaneLayoutComponent;
 using aidl::android::hardware::graphics::common::PlaneLayoutComponentType;
 
+namespace quen {
 namespace {
 
 constexpr int64_t kBitsPerByte = 8;
@@ -108,3 +109,5 @@ bool describeYCbCr(std::vector<PlaneLayout> const& layouts, void* base, android_
     }
     return true;
 }
+
+}  // namespace quen

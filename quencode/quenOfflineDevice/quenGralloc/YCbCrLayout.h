@@ -5,6 +5,8 @@
 #include <aidl/android/hardware/graphics/common/PlaneLayout.h>
 #include <system/graphics.h>
 
+namespace quen {
+
 /**
  * States gralloc4 plane layouts as an `android_ycbcr`: 8-bit luma samples in a plane of their own,
  * chroma samples one or two bytes apart, both alike.
@@ -16,3 +18,5 @@
 bool describeYCbCr(
         std::vector<aidl::android::hardware::graphics::common::PlaneLayout> const& layouts,
         void* base, android_ycbcr& ycbcr);
+
+}  // namespace quen

@@ -50,3 +50,10 @@ struct PostProcessParams {
      */
     camera_metadata* settings;
 };
+
+namespace quen {
+
+/** Which side of the ISP a stream or a buffer is on. */
+enum class Direction : uint32_t { Input = 0, Output = 1 };
+
+}  // namespace quen

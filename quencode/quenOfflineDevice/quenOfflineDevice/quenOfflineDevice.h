@@ -18,15 +18,13 @@
 #include "quenCommon/Export.h"
 #include "quenCommon/Mutex.h"
 #include "quenOfflineDevice/ClientRecords.h"
-#include "quenOfflineDevice/HalInterface.h"
-#include "quenOfflineDevice/Stage.h"
+#include "quenOfflineDevice/bridge/HalInterface.h"
+#include "quenOfflineDevice/session/Stage.h"
 
 namespace quen {
 class JpegHandover;
-}
-
-/** Which side of the ISP a stream or a buffer is on. */
-enum class Direction : uint32_t { Input = 0, Output = 1 };
+class TuningHandles;
+}  // namespace quen
 
 /**
  * One offline session: adapts frames that were captured already to the chip's offline ISP.
@@ -107,60 +105,43 @@ class quenOfflineDevice {
                     callback);
 
   private:
-    friend class quenOfflineDevicePeer;  // the tests' way to the operations below
-
+    using Direction = quen::Direction;
     using ISPBuffer = vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
     using ISPRequest = vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest;
     using ISPStream = vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
+    using ISPStreamConfiguration =
+            vendor::mediatek::hardware::camera::isphal::V1_0::ISPStreamConfiguration;
+    using IQuenPostProcCallback =
+            vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback;
 
-    // Lifecycle.cpp
     void init();
     void uinit();
     void releaseConnection();
     bool isConnected(char const* operation) const;
-
-    // StreamConfiguration.cpp
-    bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
-    std::vector<unsigned char> encodeSessionSettings(camera_metadata const* meta);
-
-    // ReconfigureCheck.cpp
+    void rememberStreams(ISPStreamConfiguration const& configuration);
     void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> outputs,
                           camera_metadata const* settings);
 
-    // BufferConversion.cpp
-    void convertToISPBuffer(ImageBuffer const* imageBuffer, camera_metadata const* settings,
-                            ISPBuffer* ispBuffer, bool* used3ADebugInfo,
-                            android::hardware::hidl_handle& tuningData, Direction direction);
-    void convertImage(ImageBuffer const& imageBuffer, ISPBuffer& ispBuffer, Direction direction);
-    void attachTuningData(ImageBuffer const& imageBuffer, camera_metadata const* settings,
-                          bool* used3ADebugInfo, android::hardware::hidl_handle& tuningData,
-                          Direction direction);
-
-    // DeviceBuffer.cpp
-    void allocGraphicBuffer(android::hardware::hidl_handle& handle, void const* source, int width,
-                            int height, int format, unsigned long usage, unsigned int& stride,
-                            int unused);
-
-    // RequestMetadata.cpp
-    void updateMetaData(NSCam::IMetadata* meta, int width, int height);
-
-    // RequestProcessing.cpp
-    int submitRequest(
-            PostProcessParams const& params,
-            android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>
-                    callback);
+    int submitRequest(PostProcessParams const& params, android::sp<IQuenPostProcCallback> callback);
     int recordAndSubmit(PostProcessParams const& params,
                         android::hardware::hidl_vec<ISPRequest> const& requests,
-                        OfflineRequest* record,
-                        android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::
-                                            IQuenPostProcCallback> const& callback);
+                        OfflineRequest* record, android::sp<IQuenPostProcCallback> const& callback);
     int waitForResult(PostProcessParams const& params, ISPRequest const& request,
                       quen::JpegHandover& handover);
 
-    int getJpegSize(native_handle const* handle, int size);
-
-    // IspMetadataEncoder.cpp
-    void convertToISPMetadata(NSCam::IMetadata* meta, std::vector<unsigned char>& out);
+    // The steps that need little or nothing of the object hand on to a module, which has the
+    // contract. Where a module calls another one itself, the step stands here for completeness.
+    static bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
+    void convertToISPBuffer(ImageBuffer const* imageBuffer, camera_metadata const* settings,
+                            ISPBuffer* ispBuffer, bool* used3ADebugInfo,
+                            android::hardware::hidl_handle& tuningData, Direction direction,
+                            quen::TuningHandles& tuningHandles);
+    static void allocGraphicBuffer(android::hardware::hidl_handle& handle, void const* source,
+                                   int width, int height, int format, unsigned long usage,
+                                   unsigned int& stride, int unused);
+    static int getJpegSize(native_handle const* handle, int size);
+    void updateMetaData(NSCam::IMetadata* meta, int width, int height);
+    static void convertToISPMetadata(NSCam::IMetadata* meta, std::vector<unsigned char>& out);
 
     android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IDevice> mDevice;
     android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule> mISPModule;
@@ -175,7 +156,7 @@ class quenOfflineDevice {
     quen::Mutex mLock;  // taken by setOfflineCallback only, before the HalInterface's own
 
     // "RAW2YUV" or "YUV2JPEG", of the last configuration. Every OfflineRequest points at it.
-    char mStage[kStageBytes];
+    char mStage[quen::kStageBytes];
 
     bool IsNeedRaw14bit;  // raw input is processed at 14 bits
 };

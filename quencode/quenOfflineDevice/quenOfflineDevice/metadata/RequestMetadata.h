@@ -1,0 +1,22 @@
+#pragma once
+
+#include <nscam/IMetadata.h>
+
+namespace quen {
+
+/**
+ * Decides from what the client tells of a capture what the ISP is told, and writes it into the
+ * request's metadata: raw depth in every stage; tuning mode, feature hint, crop and switches as the
+ * stage wants them. Tuning data that travels in the metadata is removed. Any thread.
+ *
+ * @param meta changed in place; null is logged
+ * @param width of the whole picture in pixels, which a JPEG is cropped to; unused in the other
+ *        stage
+ * @param height as `width`
+ * @param stage the request's stage text; one that is neither stage gets the raw depth alone
+ * @param isNeedRaw14bit whether raw input is processed at 14 bits
+ */
+void updateMetaData(NSCam::IMetadata* meta, int width, int height, char const* stage,
+                    bool isNeedRaw14bit);
+
+}  // namespace quen
