@@ -3,9 +3,9 @@
 /**
  * The one switch of the hardened build: the compile definition QUEN_HARDENED.
  *
- * Off, the library keeps its neighbours' contract to the letter, hazards included. On, it survives
- * neighbours that break the contract; well-behaved ones see no difference. docs/reliability.md says
- * what each build promises.
+ * Off, the library behaves as its callers and the ISP HAL know it, hazards included. On, it
+ * survives callers and ISPs that break the contract; well-behaved ones see no difference.
+ * docs/reliability.md says what each build promises.
  */
 
 namespace quen {

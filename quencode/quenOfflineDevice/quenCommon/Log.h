@@ -5,8 +5,8 @@
 
 /**
  * The library's log lines. A source file defines LOG_TAG before it includes this header and logs
- * with QLOGD, QLOGE, QLOGW and QLOGI. A line that nobody wants costs a test: neither its arguments
- * are evaluated nor its text formatted.
+ * with QLOGD, QLOGE, QLOGW and QLOGI. A disabled line costs one test: its
+ * arguments are not evaluated and its text is not formatted.
  */
 
 namespace quen {
@@ -22,7 +22,7 @@ inline constexpr LogLevel kLogError{1, 'E'};
 inline constexpr LogLevel kLogWarning{2, 'W'};
 inline constexpr LogLevel kLogInfo{3, 'I'};
 
-/** Whether a line of a tag and level is wanted. Any thread. */
+/** Whether lines of a tag and level are enabled. Any thread. */
 inline bool logEnabled(char const* tag, LogLevel level) {
     return mtkcam_testLog(tag, level.letter) && g_logInfoLv[level.number].enabled;
 }

@@ -80,7 +80,7 @@ class Condition {
     Condition& operator=(Condition const&) = delete;
 
     /**
-     * Waits once: a signal and a spurious wake-up end it alike.
+     * Waits once; a signal and a spurious wake-up both end the wait.
      *
      * @param deadline absolute
      * @return 0, or the error: ETIMEDOUT when the deadline has passed

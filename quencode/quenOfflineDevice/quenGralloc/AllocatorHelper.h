@@ -24,7 +24,7 @@ class AllocatorHelper {
     QUEN_EXPORT void init();
 
     /**
-     * Allocates one buffer. The outcome shows in the handle alone.
+     * Allocates one buffer. A failure shows only in the handle.
      *
      * @param width pixels; bytes for a BLOB
      * @param usage gralloc usage bits

@@ -160,6 +160,6 @@ void MapperHelper::unlock(native_handle const* handle, int& releaseFence) const 
                 QLOGD("failed to dup unlock release fence");
                 sync_wait(raw->data[0], -1);
             });
-    // Not reported, but an outcome that nobody looks at can abort the process.
+    // The error is not reported, but a Return that is never checked can abort the process.
     (void)transport.isOk();
 }

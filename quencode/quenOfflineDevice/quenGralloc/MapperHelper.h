@@ -16,7 +16,7 @@
  * The process's access to the graphics mapper service: descriptors, import, CPU locks, layouts.
  *
  * Holds nothing but the service's reference; a copy shares it. Any thread: calls go straight to the
- * service. Few outcomes are reported: what failed shows in a null handle or address.
+ * service. Few errors are reported: a failure shows as a null handle or address.
  */
 class MapperHelper {
   public:
@@ -26,11 +26,11 @@ class MapperHelper {
     /** A copy of the one instance, which is made on first use and fetches the service then. */
     QUEN_EXPORT static MapperHelper getInstance();
 
-    /** Fetches the service. Without one every later call crashes: nobody fetches it again. */
+    /** Fetches the service. Without a service every later call crashes; it is not fetched again. */
     QUEN_EXPORT void init();
 
     /**
-     * Encodes what is to be allocated into the bytes that the allocator takes.
+     * Encodes a buffer description into the bytes that the allocator takes.
      *
      * @param descriptor the mapper's answer, whatever its error; left alone when the mapper could
      *                   not be reached
@@ -46,7 +46,7 @@ class MapperHelper {
      */
     QUEN_EXPORT void importBuffer(native_handle const*& handle);
 
-    /** Frees an imported handle; null is let pass. */
+    /** Frees an imported handle; null is ignored. */
     QUEN_EXPORT void freeBuffer(native_handle const* handle) const;
 
     /**
@@ -72,9 +72,9 @@ class MapperHelper {
      * Locks an imported YCbCr buffer of 8-bit samples for the CPU.
      *
      * @param ycbcr addresses, strides in bytes and chroma step in bytes
-     * @param acquireFence as for lock; left open when the layouts cannot be had
+     * @param acquireFence as for lock; left open when the layouts cannot be read
      * @return 0; getPlaneLayouts' error, nothing locked; or -22 for a layout that `android_ycbcr`
-     *         cannot state: the buffer is locked then, and the caller unlocks it
+     *         cannot express: the buffer is locked then, and the caller unlocks it
      */
     QUEN_EXPORT int lockYCbCr_4_0(native_handle const* handle, uint64_t cpuUsage,
                                   IMapper::Rect const& accessRegion, int acquireFence,

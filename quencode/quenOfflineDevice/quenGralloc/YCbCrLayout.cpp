@@ -38,7 +38,7 @@ class Description {
     }
 
   private:
-    // Counted as a number: the offsets are the mapper's, and may lead anywhere.
+    // Added as an integer: the mapper's offsets may point anywhere.
     uint8_t* addressOf(int64_t offsetInBytes, int64_t offsetInBits) const {
         uint64_t const offset = static_cast<uint64_t>(offsetInBytes) +
                                 static_cast<uint64_t>(offsetInBits / kBitsPerByte);
@@ -59,7 +59,7 @@ class Description {
         return true;
     }
 
-    // Both chroma planes have one stride and one step: the first one seen states them.
+    // Both chroma planes have one stride and one step: the first one seen sets them.
     bool addChroma(PlaneLayout const& plane, uint8_t* address, void*& sample, bool& has) {
         if (plane.sampleIncrementInBits != kBitsPerByte &&
             plane.sampleIncrementInBits != 2 * kBitsPerByte) {

@@ -84,9 +84,9 @@ void logBuffers(PostProcessParams const& params) {
     }
 }
 
-/** Frees what a scratch record's image handle stands for, whosever buffer it is. */
-void freeImage(ISPBuffer const& scratch) {
-    native_handle const* const handle = scratch.buffer.getNativeHandle();
+/** Frees the buffer behind an image handle, the client's own included. */
+void freeImage(ISPBuffer const& buffer) {
+    native_handle const* const handle = buffer.buffer.getNativeHandle();
     if (handle != nullptr) {
         MapperHelper::getInstance().freeBuffer(handle);
     }
@@ -96,9 +96,9 @@ void freeImage(ISPBuffer const& scratch) {
  * Frees the device buffers of a synchronous request: the input's and, of several outputs, the last
  * one's. The hardened build frees the other outputs' device buffers too.
  */
-void freeImages(ISPBuffer const& inputScratch, ISPBuffer const& outputScratch,
-                hidl_vec<ISPBuffer> const& outputs, PostProcessParams const& params) {
-    freeImage(inputScratch);
+void freeImages(ISPRequest const& request, PostProcessParams const& params) {
+    freeImage(request.inputBuffers[0]);
+    hidl_vec<ISPBuffer> const& outputs = request.outputBuffers;
     if constexpr (quen::kHardened) {
         for (size_t i = 0; i + 1 < outputs.size(); ++i) {
             if (params.output_buffers[i]->format == HAL_PIXEL_FORMAT_BLOB) {
@@ -106,7 +106,9 @@ void freeImages(ISPBuffer const& inputScratch, ISPBuffer const& outputScratch,
             }
         }
     }
-    freeImage(outputScratch);
+    if (outputs.size() != 0) {
+        freeImage(outputs[outputs.size() - 1]);
+    }
 }
 
 }  // namespace
@@ -324,7 +326,7 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
     }
     QLOGI("needReconfigure %d", needReconfigure);
     if (needReconfigure && mHalInterface != nullptr) {
-        // Before the wait: the client may change its records meanwhile.
+        // Taken before the wait: the client may change its records meanwhile.
         std::vector<StreamConfig> const outputStreams = describeOutputs(outputs);
         mHalInterface->waitForRequestDrained();
         mInputStreams.clear();
@@ -335,19 +337,17 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
 }
 
 /**
- * Converts, records and submits one request, and waits for its result when nobody else will be
- * told.
+ * Converts, records and submits one request, and waits for its result when there is no client
+ * callback.
  *
  * The record goes into the request table before the ISP device sees the request, so no result can
- * come too early; in the default build it stays there when the ISP device refuses.
+ * arrive for an unknown request; in the default build it stays there when the ISP device refuses.
  *
  * @return what `process` returns
  */
 int quenOfflineDevice::submitRequest(PostProcessParams const& params,
                                      sp<IQuenPostProcCallback> callback) {
     quen::TuningHandles tuningHandles;
-    ISPBuffer inputScratch = {};
-    ISPBuffer outputScratch = {};
     hidl_handle inputTuning;
     hidl_handle outputTuning;
     bool used3ADebugInfo = false;
@@ -357,13 +357,12 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
     ISPRequest& request = requests[0];
     request.inputBuffers.resize(1);
     request.outputBuffers.resize(params.output_buffers.size());
-    convertToISPBuffer(params.input_buffer, params.settings, &inputScratch, &used3ADebugInfo,
-                       inputTuning, Direction::Input, tuningHandles);
-    request.inputBuffers[0] = inputScratch;
+    // Filled in place: a copy of a record would duplicate the descriptors of its handles.
+    convertToISPBuffer(params.input_buffer, params.settings, &request.inputBuffers[0],
+                       &used3ADebugInfo, inputTuning, Direction::Input, tuningHandles);
     for (size_t i = 0; i < params.output_buffers.size(); ++i) {
-        convertToISPBuffer(params.output_buffers[i], params.settings, &outputScratch,
+        convertToISPBuffer(params.output_buffers[i], params.settings, &request.outputBuffers[i],
                            &used3ADebugInfo, outputTuning, Direction::Output, tuningHandles);
-        request.outputBuffers[i] = outputScratch;
     }
 
     auto metadata = std::make_unique<NSCam::IMetadata>();
@@ -376,14 +375,14 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
     updateMetaData(metadata.get(), picture->width, picture->height);
     std::vector<unsigned char> settings;
     convertToISPMetadata(metadata.get(), settings);
-    // The bytes outlive the request's submission: no second copy is made of them.
+    // The bytes outlive the submission, so they are not copied again.
     request.settings.setToExternal(settings.data(), settings.size());
 
     auto* const record = new OfflineRequest{request.requestNumber, metadata.release(), inputTuning,
                                             outputTuning,          used3ADebugInfo,    mStage};
     int const result = recordAndSubmit(params, requests, record, callback);
     if (callback == nullptr) {
-        freeImages(inputScratch, outputScratch, request.outputBuffers, params);
+        freeImages(request, params);
     }
     return result;
 }
@@ -500,7 +499,7 @@ void quenOfflineDevice::flush() {
             return;
         }
     }
-    // Ignored on purpose, but an outcome that nobody looks at can abort the process.
+    // The outcome is ignored on purpose, but a Return that is never checked can abort the process.
     (void)mDevice->flush().isOk();
 }
 
@@ -535,8 +534,8 @@ void quenOfflineDevice::destroy() {
 
 /**
  * Closes the ISP device and releases what `init` acquired; every failure aborts. Outstanding
- * requests are not waited for. The process-wide request numbers go too, also those of other device
- * objects.
+ * requests are not waited for. The process-wide request numbers are cleared too, those of other
+ * device objects included.
  */
 void quenOfflineDevice::uinit() {
     QLOGI("quenOfflineDevice uinit E");
@@ -553,7 +552,7 @@ void quenOfflineDevice::uinit() {
     QLOGI("quenOfflineDevice uinit X");
 }
 
-/** Lets go of what `init` acquired, without closing it. */
+/** Releases what `init` acquired, without closing the ISP device. */
 void quenOfflineDevice::releaseConnection() {
     mDevice = nullptr;
     mISPModule = nullptr;
@@ -563,7 +562,7 @@ void quenOfflineDevice::releaseConnection() {
 }
 
 /**
- * Whether `create` has connected the object and the ISP module still lives; says so in the log when
+ * Whether `create` has connected the object and the ISP module is alive; logs the reason when
  * not. The hardened build asks before every operation but `create`.
  */
 bool quenOfflineDevice::isConnected(char const* operation) const {

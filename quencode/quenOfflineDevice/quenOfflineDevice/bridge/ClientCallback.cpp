@@ -68,8 +68,8 @@ void HalInterface::ClientCallback::waitForRequestDrained() {
 /**
  * Waits for an empty table, or gives up and empties it.
  *
- * @return what was given up and no result is at work on: the callbacks are released by the caller,
- *         without a lock; the records stay allocated, and the hardened build destroys them
+ * @return the entries given up that no result has claimed: their callbacks are released by the
+ * caller, without a lock; the records stay allocated, and the hardened build destroys them
  */
 std::vector<HalInterface::ClientCallback::Claim> HalInterface::ClientCallback::drain() {
     std::vector<Claim> givenUp;
@@ -101,7 +101,7 @@ void HalInterface::ClientCallback::signalWhenDrained() {
     }
 }
 
-/** In the default build whoever waits already runs into a time-out of its own. */
+/** In the default build calls that already wait end by their own time-outs. */
 void HalInterface::ClientCallback::serviceDied(uint64_t cookie, wp<IBase> const& /*who*/) {
     // The parent's reference may be the last one.
     sp<ClientCallback> const self = this;
@@ -115,7 +115,7 @@ void HalInterface::ClientCallback::serviceDied(uint64_t cookie, wp<IBase> const&
     }
 }
 
-/** Ends every outstanding request as failed: nobody answers them any more. */
+/** Ends every outstanding request as failed: no result will come for it. */
 void HalInterface::ClientCallback::tellModuleDied() {
     for (Claim const& claim : mOfflineRequestCallback.close()) {
         if (claim.callback == nullptr) {
@@ -146,7 +146,7 @@ HalInterface::ClientCallback::ClientStatus HalInterface::ClientCallback::convert
     return known ? kClientStatus[index] : ClientStatus::OK;
 }
 
-/** The text is the final result's on purpose: log readers look for one text. */
+/** The same text as for a final result, on purpose: log readers search for it. */
 Return<void> HalInterface::ClientCallback::processEarlyResult(ISPResult const& result) {
     if (result.status != IspStatus::OK) {
         QLOGE("processResult %u failed", result.reqNumber);
@@ -159,7 +159,7 @@ Return<void> HalInterface::ClientCallback::processEarlyResult(ISPResult const& r
  * under the same number can find the number taken; in the hardened build the record leaves first.
  */
 Return<void> HalInterface::ClientCallback::processResult(ISPResult const& result) {
-    // The client may destroy the device, and the ISP let go of this object, as soon as it was told.
+    // Once notified, the client may destroy the device and the ISP may release this object.
     sp<ClientCallback> const self = this;
     Claim claim = mOfflineRequestCallback.claim(result.reqNumber);
     if (!claim) {
@@ -216,7 +216,7 @@ void HalInterface::ClientCallback::deliverToClient(ISPResult const& result, Clai
     hidl_vec<uint8_t> clientMetadata;  // points at the converter's buffer without owning it
     mMetadataConverter->convert(resultMetadata, clientMetadata);
     ClientStatus const status = convertStatus(result.status);
-    // Ignored on purpose, but an outcome that nobody looks at can abort the process.
+    // The outcome is ignored on purpose, but a Return that is never checked can abort the process.
     (void)claim.callback->notifyResultMetadata(result.reqNumber, clientMetadata, status).isOk();
     (void)claim.callback->notifyRequestResult(result.reqNumber, status).isOk();
     free_camera_metadata(reinterpret_cast<camera_metadata*>(clientMetadata.data()));

@@ -39,7 +39,7 @@ class HalInterface::ClientCallback
     ClientCallback(android::wp<HalInterface> const& parent,
                    android::sp<NSCam::IMetadataConverter> const& converter);
 
-    /** Destroys the records that are still in the table: nobody answers them any more. */
+    /** Destroys the records that are still in the table: no result can reach them any more. */
     QUEN_EXPORT ~ClientCallback() override;
 
     /**

@@ -49,7 +49,7 @@ class HalInterface : public virtual android::RefBase {
     /** The callback object; null after the ISP module's death. Any thread. */
     android::sp<ClientCallback> callback() const QUEN_EXCLUDES(mCallbackLock);
 
-    /** As recordISPRequest, and tells what became of the request. The client's thread. */
+    /** As recordISPRequest, and returns what became of the request. The client's thread. */
     quen::RequestTable::Insertion record(
             OfflineRequest* request,
             android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>

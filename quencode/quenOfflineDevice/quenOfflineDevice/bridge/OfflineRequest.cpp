@@ -11,7 +11,7 @@ using android::hardware::hidl_handle;
 namespace quen {
 namespace {
 
-/** Frees a tuning buffer that is a graphic buffer; null is let pass. */
+/** Frees a tuning buffer that is a graphic buffer; null is ignored. */
 void freeTuningBuffer(hidl_handle const& handle) {
     MapperHelper::getInstance().freeBuffer(handle.getNativeHandle());
 }

@@ -26,7 +26,7 @@ struct OfflineRequest {
 
 namespace quen {
 
-/** Frees a record's tuning buffers and metadata and deletes it; null is let pass. Any thread. */
+/** Frees a record's tuning buffers and metadata and deletes it; null is ignored. Any thread. */
 void destroyOfflineRequest(OfflineRequest* request);
 
 }  // namespace quen

@@ -5,7 +5,7 @@
 namespace quen {
 
 RequestTable::Insertion RequestTable::insert(OfflineRequest* request, Callback callback) {
-    // What the log prints for a text that is not there.
+    // What the log prints for a null text.
     char const* const stage = request->stage == nullptr ? "(null)" : request->stage;
     Entry entry = {{request, std::move(callback)}, stage, 0, false};
     MutexLock const lock(mLock);
@@ -90,7 +90,7 @@ RequestTable::Claim RequestTable::claimOf(uint32_t number, Entry& entry) {
             std::move(entry.stage)};
 }
 
-/** Empties the table. What a result has claimed is left to it. */
+/** Empties the table. Records that a result has claimed are left to that result. */
 std::vector<RequestTable::Claim> RequestTable::takeAllLocked() {
     std::vector<Claim> claims;
     for (auto& [number, entry] : mEntries) {

@@ -12,7 +12,7 @@
 #include "quenCommon/Mutex.h"
 #include "quenOfflineDevice/bridge/OfflineRequest.h"
 
-/** An outstanding request and who is to be told of its result. */
+/** An outstanding request and the client callback for its result. */
 struct offlineRequestCallback {
     OfflineRequest* request;
     /** Null: `process` waits for the result. */
@@ -76,7 +76,7 @@ class RequestTable {
      */
     bool withdraw(uint32_t number, OfflineRequest const* request) QUEN_EXCLUDES(mLock);
 
-    /** Empties the table. Claims, and returns, what no result is at work on. */
+    /** Empties the table. Claims and returns the entries that no result has claimed. */
     std::vector<Claim> clear() QUEN_EXCLUDES(mLock);
 
     /** As clear, and nothing is recorded from now on. */

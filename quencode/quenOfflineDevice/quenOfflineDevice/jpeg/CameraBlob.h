@@ -8,8 +8,8 @@ namespace quen {
 enum class CameraBlobId : uint16_t { JPEG = 0x00FF };
 
 /**
- * The camera blob trailer: the last eight bytes of a JPEG buffer, little-endian. The ISP tells by
- * it how many bytes of JPEG it wrote at the start of the buffer.
+ * The camera blob trailer: the last eight bytes of a JPEG buffer, little-endian. It holds
+ * how many bytes of JPEG the ISP wrote at the start of the buffer.
  */
 struct CameraBlob {
     CameraBlobId blobId;
@@ -25,7 +25,7 @@ struct CameraBlob {
  */
 CameraBlob readCameraBlob(void const* address, int size);
 
-/** Whether a trailer tells of a JPEG that fits in front of it into a buffer of `size` bytes. */
+/** Whether a trailer describes a JPEG that fits in front of it in a buffer of `size` bytes. */
 bool holdsJpeg(CameraBlob const& blob, int size);
 
 }  // namespace quen

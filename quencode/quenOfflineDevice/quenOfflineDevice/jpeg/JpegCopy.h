@@ -17,7 +17,7 @@ namespace quen {
  * @param handle the device's buffer, raw
  * @param size bytes of the buffer
  * @return the JPEG's size in bytes; 0 when the trailer cannot be read; -1 in the hardened build
- *         when it tells of no JPEG that the buffer can hold
+ *         when it describes no JPEG that fits the buffer
  */
 int getJpegSize(native_handle const* handle, int size);
 

@@ -43,7 +43,7 @@ void JpegHandover::startTimeout() {
     mDeadline = gJpegDeadline;
 }
 
-/** One wait, whatever ends it, in the default build: others rely on its time-outs. */
+/** The default build waits once, whatever ends the wait: clients rely on its time-outs. */
 bool JpegHandover::wait() {
     if constexpr (!kHardened) {
         gJpegCond.waitUntil(gJpegMutex, mDeadline);

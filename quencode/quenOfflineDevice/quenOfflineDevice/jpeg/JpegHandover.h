@@ -25,7 +25,8 @@ class JpegHandover {
     /**
      * In the hardened build the request's result is kept from here on: construct before recording.
      *
-     * @param bridge tells devices apart: numbers are a device's own. Compared, never read
+     * @param bridge identifies the device: request numbers are per device. Compared, never
+     * dereferenced
      */
     JpegHandover(void const* bridge, uint32_t requestNumber) QUEN_EXCLUDES(gJpegMutex);
     ~JpegHandover() QUEN_EXCLUDES(gJpegMutex);

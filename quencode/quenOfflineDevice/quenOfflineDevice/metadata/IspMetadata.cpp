@@ -16,14 +16,14 @@ using NSCam::Type2Type;
 namespace quen {
 namespace {
 
-/** How the items of one IMetadata type travel to the ISP. */
+/** How items of one IMetadata type are encoded for the ISP. */
 struct TypeMapping {
     int metadataType;
     uint32_t ispType;
     uint32_t bytesPerItem;
 };
 
-// Float and int64 swap their codes; a rectangle travels as four int32.
+// Float and int64 swap their codes; a rectangle is encoded as four int32.
 constexpr TypeMapping kTypeMappings[] = {
         {IMetadata::TYPE_MUINT8, kIspTypeByte, 1},  {IMetadata::TYPE_MINT32, kIspTypeInt32, 4},
         {IMetadata::TYPE_MFLOAT, kIspTypeFloat, 4}, {IMetadata::TYPE_MINT64, kIspTypeInt64, 8},
@@ -116,7 +116,7 @@ void pushItem(IMetadata::IEntry& entry, uint32_t type, uint8_t const* item) {
  * Reads the items that start within the first `dataSize` bytes of a record's data.
  *
  * A trusted record with data of an unknown type keeps the reader here for good: its step is 0, and
- * such records must not be sent. Volatile, so that no compiler makes up another end for it.
+ * such records must not be sent. Volatile, so that no compiler assumes that the loop ends.
  */
 IMetadata::IEntry decodeItems(uint8_t const* record, uint32_t type,
                               uint32_t const volatile& dataSize) {
@@ -128,7 +128,7 @@ IMetadata::IEntry decodeItems(uint8_t const* record, uint32_t type,
     return entry;
 }
 
-/** What is wrong with a record, in words; null when nothing is. */
+/** Describes what is wrong with a record; null when it is sound. */
 char const* findRecordFault(uint32_t type, uint32_t dataSize) {
     uint32_t const step = bytesPerItem(type);
     if (step == 0) {
@@ -206,7 +206,7 @@ bool convertCheckedToIMetadata(void const* data, size_t bytes, IMetadata& out) {
         return true;
     }
     auto const* const buffer = static_cast<uint8_t const*>(data);
-    // The buffer may be shared with its writer: what was checked is not read again.
+    // The buffer may be shared with its writer: checked values are not read again.
     uint32_t const entryCount = load<uint32_t>(buffer + offsetof(Header, entryCount));
     size_t const firstRecordOffset = load<uint32_t>(buffer + offsetof(Header, firstRecordOffset));
     QLOGD("ISPMeta entry count : %d", entryCount);

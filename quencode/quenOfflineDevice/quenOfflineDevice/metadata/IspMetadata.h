@@ -49,9 +49,9 @@ void convertToISPMetadata(NSCam::IMetadata const* meta, std::vector<unsigned cha
 bool convertToIMetadata(void const* data, NSCam::IMetadata& out);
 
 /**
- * As convertToIMetadata, for a buffer of a known size that nothing is believed of. A record that
+ * As convertToIMetadata, for an untrusted buffer of known size. A record that
  * does not fit the buffer or its own data area, is of an unknown type or holds no whole number of
- * items is left out, with a warning line; all records behind the buffer's end share one.
+ * items is left out, with a warning line; all records beyond the buffer's end share one line.
  *
  * @param bytes size of the buffer
  */

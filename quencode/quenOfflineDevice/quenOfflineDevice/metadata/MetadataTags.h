@@ -3,11 +3,11 @@
 #include <cstdint>
 
 /**
- * The metadata tags that the library reads and writes. Items are int32 where nothing else is said.
+ * The metadata tags that the library reads and writes. Items are int32 unless noted.
  */
 namespace quen::tag {
 
-// What the client tells of a capture.
+// Set by the client, about the capture.
 inline constexpr uint32_t currentMode = 0xc0030014;  // int64, bit set
 inline constexpr uint32_t engineerMode = 0xc0030022;
 inline constexpr uint32_t fusion = 0xc0030092;
@@ -22,7 +22,7 @@ inline constexpr uint32_t cropRegionSat = 0xc00c0012;  // four int32: a rectangl
 inline constexpr uint32_t bufferIndex3A = 0xc00c0018;
 inline constexpr uint32_t feedbackTuningMode = 0xc00e0032;
 
-// What the ISP is told.
+// Set for the ISP.
 inline constexpr uint32_t ispFeatureHint = 0x00010038;  // list of feature codes
 inline constexpr uint32_t cropAppRegion = 0x000d0000;   // raw: four int32; JPEG: one rectangle
 inline constexpr uint32_t needMsnr = 0x800b000b;

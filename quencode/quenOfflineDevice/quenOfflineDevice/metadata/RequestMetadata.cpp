@@ -26,7 +26,7 @@ constexpr int32_t kBypassEngineerModes = 0x87;
 constexpr int32_t kTuningModeBypassFusion = 6001;
 constexpr int kMsnrModeBit = 24;
 
-/** What the request tells of its capture; absent tags have their defaults. */
+/** What the client's tags say about the capture; absent tags have their defaults. */
 struct RequestParameters {
     CaptureParameters capture;
     int32_t engineerMode = -1;
@@ -54,7 +54,7 @@ void writeInt32(IMetadata& metadata, uint32_t tag, int32_t value) {
     metadata.update(tag, entry);
 }
 
-/** For "%lld" lines that print an int32 without its sign: a negative one prints large. */
+/** For "%lld" lines that print an int32 zero-extended: a negative value prints as a large one. */
 long long zeroExtended(int32_t value) {
     return static_cast<long long>(static_cast<uint32_t>(value));
 }
@@ -130,7 +130,7 @@ void writeSatCrop(IMetadata& metadata) {
               "MTK_SCALER_CROP_APP_REGION");
         return;
     }
-    (void)sat.itemAt(0, Type2Type<MRect>());  // fetched as a rectangle too, and dropped
+    (void)sat.itemAt(0, Type2Type<MRect>());  // also read as a rectangle, and discarded
     IMetadata::IEntry crop(tag::cropAppRegion);
     int32_t region[4];
     for (size_t i = 0; i < 4; ++i) {
@@ -172,7 +172,7 @@ void prepareRawToYuv(IMetadata& metadata, RequestParameters const& parameters, c
     QLOGI("update tuningMode %d", tuningMode);
     writeInt32(metadata, tag::tuningMode, tuningMode);
 
-    // The raw depth decides nothing here: MSNR is on either way.
+    // MSNR is on at either raw depth.
     int32_t const needMsnr =
             parameters.capture.isNeedRaw14bit ? parameters.capture.isNeedRaw14bit : 1;
     QLOGI("reprocessStage %s needMsnr %d", stage, needMsnr);

@@ -5,9 +5,9 @@
 namespace quen {
 
 /**
- * Decides from what the client tells of a capture what the ISP is told, and writes it into the
- * request's metadata: raw depth in every stage; tuning mode, feature hint, crop and switches as the
- * stage wants them. Tuning data that travels in the metadata is removed. Any thread.
+ * Prepares a request's metadata for the ISP from the client's tags about the capture: raw depth in
+ * every stage; tuning mode, feature hint, crop and switches as the stage wants them. Tuning data
+ * that travels in the metadata is removed. Any thread.
  *
  * @param meta changed in place; null is logged
  * @param width of the whole picture in pixels, which a JPEG is cropped to; unused in the other

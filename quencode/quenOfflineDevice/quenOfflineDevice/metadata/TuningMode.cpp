@@ -9,7 +9,7 @@ constexpr uint64_t bit(int number) {
     return uint64_t{1} << number;
 }
 
-// Feedback tuning bits, as masks that must be set altogether.
+// Feedback tuning bits, as masks whose bits must all be set.
 constexpr int32_t kFbNone = 0x0;
 constexpr int32_t kFb0 = 0x1;
 constexpr int32_t kFb3 = 0x8;

@@ -142,28 +142,32 @@ void convertImage(ImageBuffer const& imageBuffer, ISPBuffer& ispBuffer, Directio
     }
 }
 
-/** Finds or makes the tuning-data buffer that goes with an image. */
-void attachTuningData(ImageBuffer const& imageBuffer, ConversionContext const& context,
+/**
+ * Finds or makes the tuning-data buffer that goes with an image.
+ *
+ * @return whether it is a 3A buffer, whose handle belongs to the context
+ */
+bool attachTuningData(ImageBuffer const& imageBuffer, ConversionContext const& context,
                       bool* used3ADebugInfo, hidl_handle& tuningData, Direction direction) {
     bool const used = direction == Direction::Output ? getOutputTuningData(context, tuningData)
                                                      : getInputTuningData(context, tuningData);
     *used3ADebugInfo = used;
     QLOGI("get 3ADebugInfo result is %d used3ADebugInfo %d", used, used);
     if (used) {
-        return;
+        return true;
     }
     QLOGI("no used3ADebugInfo, get inputTuningData from input metadata and alloc gralloc for "
           "outputTuningData");
     if (direction == Direction::Output) {
         allocOutputTuningData(tuningData);
-        return;
+        return false;
     }
     bool const isYuv = imageBuffer.format == HAL_PIXEL_FORMAT_YCBCR_420_888;
     QLOGI("tuningData type is %d", isYuv ? 0 : 1);
     camera_metadata_entry_t entry;
     if (!findEntry(context.settings, isYuv ? tag::yuvTuningData : tag::rawTuningData, entry)) {
         QLOGE("get inputTuningData from input metadata failed");
-        return;
+        return false;
     }
     uint32_t stride = 0;
     // Only pictures are copied: this buffer is allocated and stays as the allocator gave it.
@@ -171,6 +175,7 @@ void attachTuningData(ImageBuffer const& imageBuffer, ConversionContext const& c
                        deviceBufferUsage(), stride);
     QLOGI("alloc gralloc for inputTuningData success, tuningData requestNo %d, stride %d",
           entry.data.i32[0], stride);
+    return false;
 }
 
 }  // namespace
@@ -187,14 +192,20 @@ void convertToISPBuffer(ImageBuffer const* imageBuffer, ConversionContext const&
     bool const isBlob = imageBuffer->format == HAL_PIXEL_FORMAT_BLOB;
     ispBuffer->streamId = static_cast<uint32_t>(imageBuffer->streamId);
     convertImage(*imageBuffer, *ispBuffer, direction);
+    bool is3ABuffer = false;
     if (context.settings != nullptr && !isBlob) {
-        attachTuningData(*imageBuffer, context, used3ADebugInfo, tuningData, direction);
+        is3ABuffer =
+                attachTuningData(*imageBuffer, context, used3ADebugInfo, tuningData, direction);
     }
     if (isBlob) {
         ispBuffer->tuningData = nullptr;
         ispBuffer->tuningDataSize = 0;
     } else {
-        ispBuffer->tuningData = tuningData;
+        if (is3ABuffer) {
+            ispBuffer->tuningData = tuningData.getNativeHandle();  // the context's, not cloned
+        } else {
+            ispBuffer->tuningData = tuningData;
+        }
         ispBuffer->tuningDataSize = kTuningDataBytes;
     }
     QLOGI("tuningData is nullptr %d, tuningData size = %d",

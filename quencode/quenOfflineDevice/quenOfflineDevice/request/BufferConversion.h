@@ -17,11 +17,11 @@ struct ConversionContext {
 };
 
 /**
- * States a client buffer as the ISP wants it and attaches tuning data. The client's thread.
+ * Converts a client buffer to an ISP buffer and attaches tuning data. The client's thread.
  *
  * A YUV input is copied into a new device buffer, a BLOB output gets a new one, everything else
- * passes through as the client's own. The conversion goes on with what it has; what failed is
- * logged for tuning data only.
+ * passes through as the client's own. A failure does not stop the conversion; only
+ * failures of tuning data are logged.
  *
  * @param imageBuffer null is logged; nothing is filled then
  * @param context the 3A buffer index in its settings is overwritten for an output

@@ -23,8 +23,8 @@ namespace {
 constexpr size_t kSemiPlanarStep = 2;
 
 /**
- * Fills a plane from packed rows: as many bytes of each row as both sides have, the rest 0. Rows
- * without an address are passed over.
+ * Fills a plane from packed rows: as many bytes of each row as both sides have, the rest 0. A
+ * plane without an address is skipped.
  *
  * @return the source behind what was read
  */
@@ -37,7 +37,7 @@ uint8_t const* fillPlane(uint8_t const* source, size_t sourceBytes, Rows const& 
     return source + copied * plane.count;
 }
 
-/** Sets one chroma sample; a plane without an address is passed over. */
+/** Sets one chroma sample; a plane without an address is skipped. */
 void setSample(uint8_t* plane, size_t offset, uint8_t value) {
     if (plane != nullptr) {
         plane[offset] = value;
@@ -46,7 +46,7 @@ void setSample(uint8_t* plane, size_t offset, uint8_t value) {
 
 /**
  * Copies pairs (V, U) into two planes of samples a step apart, each pair's Cr and Cb in turn; row
- * ends are set to 0. The planes may overlap: what is written last stands.
+ * ends are set to 0. The planes may overlap: the last write wins.
  */
 void copyPairs(uint8_t const* source, size_t sourcePairs, uint8_t* cr, uint8_t* cb,
                size_t targetPairs, size_t stride, size_t rows) {

@@ -10,7 +10,7 @@ namespace quen {
  * Allocates a buffer for the ISP device and, for NV21, fills it from a packed picture.
  *
  * A source of any other format is not copied: the buffer is imported and freed again, and stays as
- * the allocator gave it. No outcome is checked; what cannot be accessed is left out.
+ * the allocator gave it. No outcome is checked; what cannot be accessed is skipped.
  *
  * @param handle receives the new, raw buffer; it stays alive for the caller
  * @param source null: allocate only; MAP_FAILED: all steps but the copy

@@ -12,7 +12,7 @@ namespace {
 
 enum class Sampling { Whole, Chroma420 };
 
-/** Formats whose packed pictures have a size that can be told from width and height. */
+/** Formats whose packed size follows from width and height. */
 struct PackedFormat {
     int32_t format;
     int64_t bitsPerSample;
@@ -26,7 +26,7 @@ constexpr PackedFormat kPackedFormats[] = {
         {HAL_PIXEL_FORMAT_YCRCB_420_SP, 8, Sampling::Chroma420},
 };
 
-/** Bytes of a buffer's picture; 0 where its format does not tell. */
+/** Bytes of a buffer's picture; 0 for a format of unknown size. */
 int64_t pictureBytes(ImageBuffer const& buffer) {
     for (PackedFormat const& packed : kPackedFormats) {
         if (packed.format != buffer.format) {
@@ -41,7 +41,7 @@ int64_t pictureBytes(ImageBuffer const& buffer) {
     return 0;
 }
 
-/** Bytes of the memory behind a descriptor; negative when the memory does not tell. */
+/** Bytes of the memory behind a descriptor; negative when unknown. */
 int64_t memoryBytes(int descriptor) {
     struct stat memory = {};
     if (fstat(descriptor, &memory) != 0) {
@@ -50,7 +50,7 @@ int64_t memoryBytes(int descriptor) {
     if (S_ISREG(memory.st_mode)) {
         return memory.st_size;
     }
-    off_t const end = lseek(descriptor, 0, SEEK_END);  // of a dma-buf its size
+    off_t const end = lseek(descriptor, 0, SEEK_END);  // gives the size of a dma-buf
     return end > 0 ? end : -1;
 }
 

@@ -5,7 +5,7 @@
 namespace quen {
 
 /**
- * Looks for what makes a request impossible to serve: a missing buffer, a size below 1, a buffer
+ * Checks whether a request can be served: a missing buffer, a size below 1, a buffer
  * smaller than its picture. The hardened build refuses such requests before anything is allocated.
  *
  * @param waits no callback: the JPEG is copied into the client's buffer

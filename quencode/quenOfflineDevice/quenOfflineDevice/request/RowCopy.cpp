@@ -36,8 +36,8 @@ struct Swapped {
 
 #if defined(__SSE2__)
 
-// An x86 core reads every line that it writes, unless told not to; an Arm core sees by itself that
-// whole lines are written. Several rows in turn keep more of the memory busy than one.
+// An x86 core reads a cache line before it writes it unless the store is non-temporal; an Arm core
+// detects that whole lines are written. Interleaving several rows keeps more memory channels busy.
 constexpr size_t kStreamedBytes = 16 << 20;
 constexpr size_t kRowsInTurn = 8;
 constexpr size_t kLineBytes = 64;
@@ -50,7 +50,7 @@ void streamLine(uint8_t const* source, uint8_t* target) {
     }
 }
 
-/** Copies as many rows as are copied in turn. */
+/** Copies kRowsInTurn rows, a cache line of each in turn. */
 template <typename Bytes>
 void streamRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t stride,
                 size_t endBytes) {
@@ -67,7 +67,8 @@ void streamRows(uint8_t const* source, size_t rowBytes, uint8_t* target, size_t 
     }
 }
 
-/** Copies the first rows past the caches. Returns how many: none where it cannot or need not be. */
+/** Copies the first rows with non-temporal stores. Returns how many; 0 where that does not apply.
+ */
 template <typename Bytes>
 size_t copyStreamed(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes) {
     bool const isAligned =

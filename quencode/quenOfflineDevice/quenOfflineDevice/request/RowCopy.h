@@ -15,7 +15,7 @@ struct Rows {
 /**
  * Copies packed rows of bytes, row after row, and sets what follows in each row to 0.
  *
- * Rows larger together than what the caches hold are written past them: somebody else reads them
+ * Pictures larger than the caches are written with non-temporal stores: another device reads them
  * next.
  *
  * @param rowBytes of a packed row
@@ -23,7 +23,7 @@ struct Rows {
  */
 void copyRows(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes);
 
-/** As copyRows, for rows of pairs: the two bytes of each come in the other order. */
+/** As copyRows, for rows of pairs: swaps the two bytes of each pair. */
 void copySwappedRows(uint8_t const* source, size_t rowPairs, Rows const& target, size_t endBytes);
 
 }  // namespace quen

@@ -1,5 +1,7 @@
 #include "quenOfflineDevice/request/TuningHandles.h"
 
+#include <algorithm>
+
 namespace quen {
 namespace {
 
@@ -9,7 +11,10 @@ constexpr int kIntegerSlots = 2;
 }  // namespace
 
 TuningHandles::~TuningHandles() {
-    for (native_handle_t* const handle : mHandles) {
+    for (native_handle_t* const handle : mFirst) {
+        native_handle_delete(handle);
+    }
+    for (native_handle_t* const handle : mFurther) {
         native_handle_delete(handle);
     }
 }
@@ -22,7 +27,12 @@ native_handle_t* TuningHandles::wrap(int descriptor) {
     handle->data[0] = 0;
     handle->data[kTuningDescriptorSlot] = descriptor;
     handle->data[2] = 0;
-    mHandles.push_back(handle);
+    auto* const place = std::find(mFirst.begin(), mFirst.end(), nullptr);
+    if (place != mFirst.end()) {
+        *place = handle;
+    } else {
+        mFurther.push_back(handle);
+    }
     return handle;
 }
 

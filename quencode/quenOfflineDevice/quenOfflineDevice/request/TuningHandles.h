@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -37,7 +38,9 @@ class TuningHandles {
     native_handle_t* wrap(int descriptor);
 
   private:
-    std::vector<native_handle_t*> mHandles;
+    // A request has one input and, nearly always, one output: no list is allocated for them.
+    std::array<native_handle_t*, 2> mFirst = {};
+    std::vector<native_handle_t*> mFurther;
 };
 
 }  // namespace quen
