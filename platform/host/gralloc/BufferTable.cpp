@@ -27,7 +27,7 @@ uint8_t* ImportedBuffer::mapReserved() {
 }
 
 uint8_t* ImportedBuffer::map() {
-    std::lock_guard<std::mutex> const guard(mMapLock);
+    MutexLock const guard(mMapLock);
     if (mAddress == nullptr) {
         void* const address =
                 mmap(nullptr, mappedSize(), PROT_READ | PROT_WRITE, MAP_SHARED, memory(), 0);
@@ -43,30 +43,30 @@ uint8_t* ImportedBuffer::map() {
 }
 
 bool ImportedBuffer::isMapped() const {
-    std::lock_guard<std::mutex> const guard(mMapLock);
+    MutexLock const guard(mMapLock);
     return mAddress != nullptr;
 }
 
 void BufferTable::add(std::shared_ptr<ImportedBuffer> buffer) {
     void const* const handle = buffer->handle();
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     mEntries[handle].buffer = std::move(buffer);
 }
 
 std::shared_ptr<ImportedBuffer> BufferTable::find(void const* handle) const {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     auto const found = mEntries.find(handle);
     return found == mEntries.end() ? nullptr : found->second.buffer;
 }
 
 std::shared_ptr<ImportedBuffer> BufferTable::findLocked(void const* handle) const {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     auto const found = mEntries.find(handle);
     return found == mEntries.end() || found->second.locks == 0 ? nullptr : found->second.buffer;
 }
 
 std::vector<std::shared_ptr<ImportedBuffer>> BufferTable::all() const {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     std::vector<std::shared_ptr<ImportedBuffer>> result;
     for (auto const& [handle, entry] : mEntries) {
         result.push_back(entry.buffer);
@@ -76,7 +76,7 @@ std::vector<std::shared_ptr<ImportedBuffer>> BufferTable::all() const {
 
 bool BufferTable::remove(void const* handle) {
     std::shared_ptr<ImportedBuffer> removed;  // ends after the lock: giving memory back takes long
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     auto const found = mEntries.find(handle);
     if (found == mEntries.end() || found->second.locks > 0) {
         return false;
@@ -87,7 +87,7 @@ bool BufferTable::remove(void const* handle) {
 }
 
 bool BufferTable::addLock(ImportedBuffer const& buffer) {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     auto const found = mEntries.find(buffer.handle());
     if (found == mEntries.end()) {
         return false;
@@ -97,7 +97,7 @@ bool BufferTable::addLock(ImportedBuffer const& buffer) {
 }
 
 bool BufferTable::removeLock(void const* handle) {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     auto const found = mEntries.find(handle);
     if (found == mEntries.end() || found->second.locks == 0) {
         return false;
@@ -107,7 +107,7 @@ bool BufferTable::removeLock(void const* handle) {
 }
 
 BufferCounts BufferTable::counts() const {
-    std::lock_guard<std::mutex> const guard(mLock);
+    MutexLock const guard(mLock);
     BufferCounts result = {mEntries.size(), 0, 0};
     for (auto const& [handle, entry] : mEntries) {
         result.mappings += entry.buffer->isMapped() ? 1 : 0;

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include <cutils/native_handle.h>
 
+#include "host/base/Mutex.h"
 #include "host/gralloc/BufferHandle.h"
 
 namespace quen::host {
@@ -45,8 +45,8 @@ class ImportedBuffer {
 
     native_handle_t* const mHandle;
     BufferFacts const mFacts;
-    mutable std::mutex mMapLock;
-    uint8_t* mAddress = nullptr;  // guarded by mMapLock
+    mutable Mutex mMapLock;
+    uint8_t* mAddress HOST_GUARDED_BY(mMapLock) = nullptr;
 };
 
 /** How much is in use, to find what was forgotten. */
@@ -89,8 +89,8 @@ class BufferTable {
         size_t locks = 0;
     };
 
-    mutable std::mutex mLock;
-    std::unordered_map<void const*, Entry> mEntries;  // guarded by mLock
+    mutable Mutex mLock;
+    std::unordered_map<void const*, Entry> mEntries HOST_GUARDED_BY(mLock);
 };
 
 }  // namespace quen::host

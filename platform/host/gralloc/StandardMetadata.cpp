@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <gralloctypes/Gralloc4.h>
 
+#include "host/base/Mutex.h"
 #include "host/gralloc/BufferSettings.h"
 
 namespace gralloc4 = android::gralloc4;
@@ -257,6 +257,19 @@ MapperError encode(Property const& property, Subject const& subject, hidl_vec<ui
                                                              : MapperError::NO_RESOURCES;
 }
 
+Mutex gSettingsLock;  // held from the reading of a buffer's settings to their writing
+
+/** Changes one setting; the settings of a buffer are written all together. */
+MapperError changeSettingLocked(ImportedBuffer const& buffer, Property const& property,
+                                hidl_vec<uint8_t> const& encoded) HOST_REQUIRES(gSettingsLock) {
+    BufferSettings settings = readSettings(buffer.memory(), buffer.facts());
+    if (!property.store(encoded, settings)) {
+        return MapperError::UNSUPPORTED;
+    }
+    return writeSettings(buffer.memory(), buffer.facts(), settings) ? MapperError::NONE
+                                                                    : MapperError::NO_RESOURCES;
+}
+
 }  // namespace
 
 MapperError encodeStandardMetadata(ImportedBuffer const& buffer, BufferMetadataType const& type,
@@ -284,15 +297,8 @@ MapperError setStandardMetadata(ImportedBuffer const& buffer, BufferMetadataType
     if (property == nullptr || property->store == nullptr) {
         return MapperError::UNSUPPORTED;
     }
-    // One at a time in this process: each changes one of several values.
-    static std::mutex gLock;
-    std::lock_guard<std::mutex> const guard(gLock);
-    BufferSettings settings = readSettings(buffer.memory(), buffer.facts());
-    if (!property->store(encoded, settings)) {
-        return MapperError::UNSUPPORTED;
-    }
-    return writeSettings(buffer.memory(), buffer.facts(), settings) ? MapperError::NONE
-                                                                    : MapperError::NO_RESOURCES;
+    MutexLock const lock(gSettingsLock);
+    return changeSettingLocked(buffer, *property, encoded);
 }
 
 hidl_vec<IMapper::MetadataTypeDescription> listStandardMetadata() {

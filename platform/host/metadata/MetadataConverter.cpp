@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
-#include <mutex>
 #include <set>
 #include <vector>
 
 #include <mtkcam/log.h>
 
+#include "host/base/Mutex.h"
 #include "host/metadata/CameraMetadataLayout.h"
 
 namespace NSCam {
@@ -24,8 +24,8 @@ class LeftOut {
     void tell(IMetadata::IEntry const& entry, char const* reason);
 
   private:
-    std::mutex mLock;
-    std::set<uint32_t> mTold;  // guarded by mLock: tags that a line was written of
+    quen::host::Mutex mLock;
+    std::set<uint32_t> mTold HOST_GUARDED_BY(mLock);  // tags that a line was written of
 };
 
 void LeftOut::tell(IMetadata::IEntry const& entry, char const* reason) {
@@ -33,7 +33,7 @@ void LeftOut::tell(IMetadata::IEntry const& entry, char const* reason) {
         return;
     }
     {
-        std::lock_guard<std::mutex> const lock(mLock);
+        quen::host::MutexLock const lock(mLock);
         if (!mTold.insert(entry.tag()).second) {
             return;
         }
