@@ -1,3 +1,5 @@
+#include <sched.h>
+
 #include <atomic>
 #include <new>
 #include <thread>
@@ -130,84 +132,85 @@ TEST(WeakReference, OrdersByAddressAndTellsAnObjectFromItsSuccessor) {
     EXPECT_NE(lowWeak < successor, successor < lowWeak);
 }
 
-/** Promotions race with the last release: each gives a live object or none. */
-TEST(WeakReference, PromotesSafelyWhileTheLastReferenceGoes) {
-    for (int round = 0; round < 300; ++round) {
-        Life life;
-        sp<Base> strong = new Base(life);
-        wp<Base> const weak = strong;
-        std::atomic<bool> isRunning{false};
-        std::thread promoter([&] {
-            isRunning = true;
-            while (sp<Base> const promoted = weak.promote()) {
-                ASSERT_EQ(promoted->mLife.ends, 0);
-            }
-        });
-        while (!isRunning) {
-            std::this_thread::yield();
+/** Binds the calling thread to one of the processors it may use: threads left alone may share one.
+ */
+void bindToProcessor(int which) {
+    cpu_set_t allowed;
+    ASSERT_EQ(sched_getaffinity(0, sizeof(allowed), &allowed), 0);
+    for (int processor = 0; processor < CPU_SETSIZE; ++processor) {
+        if (CPU_ISSET(processor, &allowed) && which-- == 0) {
+            CPU_ZERO(&allowed);
+            CPU_SET(processor, &allowed);
+            ASSERT_EQ(sched_setaffinity(0, sizeof(allowed), &allowed), 0);
+            return;
         }
-        strong.clear();
-        promoter.join();
-        ASSERT_EQ(life.ends, 1);
-        ASSERT_EQ(life.lastRefs, 1);
     }
 }
 
-/**
- * Promotions of an object that nobody has held race with each other and with the first and last
- * strong reference of a further thread, which comes a little later each round.
- */
-TEST(WeakReference, PromotesSafelyWhileTheFirstReferenceComesAndGoes) {
-    constexpr int kRounds = 200000;
-    constexpr int kDelays = 64;
-    std::vector<Life> lives(kRounds);
-    std::vector<Base*> objects;
-    std::vector<wp<Base>> weaks;
-    for (Life& life : lives) {
-        objects.push_back(new Base(life));
-        weaks.emplace_back(objects.back());
-    }
-    std::vector<sp<Base>> promoted[] = {std::vector<sp<Base>>(kRounds),
-                                        std::vector<sp<Base>>(kRounds)};
-    std::atomic<int> running{0};
-    std::atomic<int> current{-1};
-    std::vector<std::thread> threads;
-    for (std::vector<sp<Base>>& mine : promoted) {
-        threads.emplace_back([&] {
-            ++running;
-            for (int seen = -1; seen != kRounds - 1;) {
-                int const round = current;
-                if (round != seen) {
-                    mine[round] = weaks[round].promote();
-                    seen = round;
+/** Runs the steps of two threads, neither of which gets more than a step ahead of the other. */
+template <typename First, typename Second>
+void runSideBySide(int steps, First const& first, Second const& second) {
+    std::atomic<int> begun[2] = {{-1}, {-1}};
+    auto const run = [&](int self, auto const& step) {
+        bindToProcessor(self);
+        for (int i = 0; i < steps; ++i) {
+            begun[self] = i;
+            for (int looks = 0; begun[1 - self] < i - 1; ++looks) {
+                if (looks > 1000) {
+                    std::this_thread::yield();  // the other one is not running
                 }
             }
-        });
-    }
-    while (running != 2) {
-        std::this_thread::yield();
-    }
-    for (int round = 0; round < kRounds; ++round) {
-        current = round;
-        for (int volatile delay = round % kDelays; delay > 0;) {
-            delay = delay - 1;
+            step(i);
         }
-        sp<Base> const first(objects[round]);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (int round = 0; round < kRounds; ++round) {
-        int held = 0;
-        for (std::vector<sp<Base>> const& mine : promoted) {
-            held += mine[round] == nullptr ? 0 : 1;
+    };
+    std::thread one([&] { run(0, first); });
+    std::thread other([&] { run(1, second); });
+    one.join();
+    other.join();
+}
+
+/** A promotion gives an object that lives until the promoted reference goes, or none. */
+TEST(WeakReference, PromotesSafelyWhateverAnotherThreadDoes) {
+    constexpr int kRounds = 20000;
+    enum Race { WithTheFirstReference, WithAnotherPromotion, WithTheLastRelease };
+    for (Race const race : {WithTheFirstReference, WithAnotherPromotion, WithTheLastRelease}) {
+        std::vector<Life> lives(kRounds);
+        std::vector<Base*> objects;
+        std::vector<RefBase::weakref_type*> weaks;
+        for (Life& life : lives) {
+            objects.push_back(new Base(life));
+            weaks.push_back(objects.back()->createWeak(&life));
+            if (race == WithTheLastRelease) {
+                objects.back()->incStrong(&life);
+            }
         }
-        ASSERT_EQ(lives[round].ends, held == 0 ? 1 : 0);
-        for (std::vector<sp<Base>>& mine : promoted) {
-            ASSERT_TRUE(mine[round] == nullptr || mine[round]->getStrongCount() == held--);
-            mine[round].clear();
+        std::vector<char> promoted[] = {std::vector<char>(kRounds), std::vector<char>(kRounds)};
+        auto const promoteInto = [&](std::vector<char>& results) {
+            return [&](int i) { results[i] = weaks[i]->attemptIncStrong(&lives[i]); };
+        };
+        if (race == WithTheFirstReference) {
+            runSideBySide(kRounds, promoteInto(promoted[0]), [&](int i) {
+                objects[i]->incStrong(&lives[i]);
+                objects[i]->decStrong(&lives[i]);
+            });
+        } else if (race == WithAnotherPromotion) {
+            runSideBySide(kRounds, promoteInto(promoted[0]), promoteInto(promoted[1]));
+        } else {
+            runSideBySide(kRounds, promoteInto(promoted[0]),
+                          [&](int i) { objects[i]->decStrong(&lives[i]); });
         }
-        ASSERT_EQ(lives[round].ends, 1);
+        for (int i = 0; i < kRounds; ++i) {
+            int const held = promoted[0][i] + promoted[1][i];
+            ASSERT_EQ(lives[i].ends, held == 0 ? 1 : 0);
+            ASSERT_TRUE(race != WithAnotherPromotion || held == 2);
+            ASSERT_TRUE(held == 0 || objects[i]->getStrongCount() == held);
+            for (int left = held; left > 0; --left) {
+                objects[i]->decStrong(&lives[i]);
+            }
+            ASSERT_EQ(lives[i].ends, 1);
+            ASSERT_EQ(lives[i].lastRefs, 1);
+            weaks[i]->decWeak(&lives[i]);
+        }
     }
 }
 
