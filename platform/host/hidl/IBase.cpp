@@ -15,6 +15,8 @@ using android::hardware::Void;
 
 namespace android::hidl::base::V1_0 {
 
+// NOLINTBEGIN(performance-unnecessary-value-param): callbacks are passed as hidl-gen declares them.
+
 const char* IBase::descriptor("android.hidl.base@1.0::IBase");
 
 bool IBase::isRemote() const {
@@ -72,5 +74,7 @@ Return<bool> IBase::unlinkToDeath(sp<hidl_death_recipient> const& recipient) {
     quen::host::removeDeathLink(*this, recipient);
     return true;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace android::hidl::base::V1_0

@@ -7,6 +7,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 #include <nscam/IMetadataTagSet.h>
 
@@ -250,12 +251,12 @@ bool IMetadata::IEntry::replaceItemAt(size_t index, typename Type2Type<T>::Origi
     if (mType != kTypeOf<T> || index >= mCount) {
         return false;
     }
-    T const copy = item;  // which may lie in the block that is let go of
+    T copy = item;  // it may lie in the block that is released
     unsigned char* const address = advance(writableItems(), mType, index);
     if constexpr (std::is_trivially_copyable_v<T>) {
         memcpy(address, &copy, sizeof(copy));
     } else {
-        *reinterpret_cast<T*>(address) = copy;
+        *reinterpret_cast<T*>(address) = std::move(copy);
     }
     return true;
 }
