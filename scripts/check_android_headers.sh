@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh android-libutils-dev android-libcutils-dev android-liblog-dev \
+scripts/setup.sh clang tests android-libutils-dev android-libcutils-dev android-liblog-dev \
     android-platform-system-core-headers
 
 # Tests that ask for what Android's own libraries do otherwise.

@@ -50,7 +50,7 @@ for wanted in "${include_folders[@]}" hardware/interfaces/graphics/mapper/4.0 $m
     [ -e "$tree/$wanted" ] || fail "$1 is no checkout of Android 11: it has no $wanted"
 done
 
-scripts/setup.sh hidl-gen android-liblog-dev
+scripts/setup.sh clang hidl-gen android-liblog-dev
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

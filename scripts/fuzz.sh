@@ -26,7 +26,7 @@ if [ "$wanted" != all ] && ! grep -qE "^ *$wanted " <<<"$targets"; then
     exit 2
 fi
 
-scripts/setup.sh clang-14 libclang-rt-14-dev >&2
+scripts/setup.sh clang libclang-rt-14-dev >&2
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz >&2
 

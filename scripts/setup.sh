@@ -1,15 +1,29 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: compiler, build tools and the host platform's libraries.
-# Usage: scripts/setup.sh [PACKAGE...]    PACKAGE: further packages that only the caller needs
+# Installs what is missing on a Debian machine: always what builds the library and quen-reprocess, and on
+# request more.
+# Usage: scripts/setup.sh [SET|PACKAGE]...
+#        SET: tests, clang, cache (repeated builds are faster), format, or all of them
+#        PACKAGE: a further package that only the caller needs
 set -euo pipefail
 
-packages=(
-    g++ clang-14 cmake ninja-build pkg-config ccache clang-format-14
-    libopencv-core-dev libopencv-imgproc-dev libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev
-    libraw-dev libcli11-dev
-    libgtest-dev libgmock-dev
-    "$@"
+declare -rA sets=(
+    [tests]="libgtest-dev libgmock-dev"
+    [clang]="clang-14"
+    [cache]="ccache"
+    [format]="clang-format-14"
 )
+
+packages=(
+    g++ cmake ninja-build pkg-config
+    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev libraw-dev libcli11-dev
+)
+for wanted in "$@"; do
+    if [ "$wanted" = all ]; then
+        wanted=${sets[*]}
+    fi
+    read -ra more <<<"${sets[$wanted]:-$wanted}"
+    packages+=("${more[@]}")
+done
 
 missing=()
 for package in "${packages[@]}"; do

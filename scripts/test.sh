@@ -5,7 +5,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 preset=${1:-release}
-scripts/setup.sh
+further=(tests)
+if [ "$preset" = clang ]; then
+    further+=(clang)
+fi
+scripts/setup.sh "${further[@]}"
 cmake --preset "$preset" -DQUEN_BUILD_TESTS=ON >/dev/null
 cmake --build --preset "$preset"
 

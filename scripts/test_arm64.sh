@@ -9,8 +9,8 @@ cd "$(dirname "$0")/.."
 root=$PWD/build/arm64-root
 readonly packages=(
     libc6-dev libstdc++-12-dev
-    libopencv-core-dev libopencv-imgproc-dev libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev
-    libraw-dev libcli11-dev libgtest-dev libgmock-dev
+    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev libraw-dev libcli11-dev
+    libgtest-dev libgmock-dev
 )
 
 # Fills the folder with the packages and all that they depend on, as apt would install them on an Arm
@@ -41,9 +41,6 @@ END
     for archive in "$apt"/cache/archives/*.deb; do
         dpkg-deb -x "$archive" "$root.new"
     done
-    # What the packages' own scripts would link: one of several implementations.
-    local libraries=$root.new/usr/lib/aarch64-linux-gnu
-    ln -s lapack/liblapack.so.3 blas/libblas.so.3 "$libraries"
     local link
     find "$root.new" -type l -lname '/*' | while IFS= read -r link; do
         ln -sfr "$root.new$(readlink "$link")" "$link"
@@ -69,7 +66,7 @@ demo_psnr() {
     quietly "$@" demo -o "$root.jpg" | sed -n 's/^PSNR \([0-9.]*\) dB.*/\1/p'
 }
 
-scripts/setup.sh g++-aarch64-linux-gnu qemu-user-static
+scripts/setup.sh tests g++-aarch64-linux-gnu qemu-user-static
 [ "$(cat "$root/packages" 2>/dev/null)" = "${packages[*]}" ] || fill_root
 
 cmake --preset arm64 -DQUEN_BUILD_TESTS=ON >/dev/null

@@ -65,7 +65,7 @@ int writeFrames(std::string const& folder) {
 }
 
 int compare(int count, char** pictures) {
-    cv::Mat const scene = quen::reprocess::renderDemoScene();
+    quen::reprocess::RgbPicture const scene = quen::reprocess::renderDemoScene();
     for (int i = 0; i < count; ++i) {
         auto const file = quen::reprocess::MappedFile::open(pictures[i]);
         std::printf("%.2f\n",

@@ -1,12 +1,13 @@
 #include "DngFile.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <vector>
 
-#include <opencv2/core.hpp>
+#include "demo/Matrix3.h"
 
 namespace quenbench {
 
@@ -29,17 +30,20 @@ static_assert(sizeof(Field) == 12, "as in the file");
 
 /** XYZ under daylight to the sensor's unbalanced colours, then the sensor's white. */
 std::vector<double> matrixAndWhite(quen::reprocess::SensorCalibration const& calibration) {
-    double const xyzOfSrgb[9] = {0.412453, 0.357580, 0.180423, 0.212671, 0.715160,
-                                 0.072169, 0.019334, 0.119193, 0.950227};
-    cv::Mat const toSrgb(3, 3, CV_32F, const_cast<float*>(calibration.colorMatrix));
-    cv::Mat_<double> balanced = toSrgb.inv();
-    balanced *= cv::Mat(3, 3, CV_64F, const_cast<double*>(xyzOfSrgb)).inv();
+    using quen::reprocess::Matrix3;
+    constexpr Matrix3 kXyzOfSrgb = {0.412453, 0.357580, 0.180423, 0.212671, 0.715160,
+                                    0.072169, 0.019334, 0.119193, 0.950227};
+    Matrix3 toSrgb;
+    std::copy(std::begin(calibration.colorMatrix), std::end(calibration.colorMatrix),
+              toSrgb.begin());
+    Matrix3 const balanced = quen::reprocess::product(quen::reprocess::inverse(toSrgb),
+                                                      quen::reprocess::inverse(kXyzOfSrgb));
     double const gains[3] = {calibration.wbGains[quen::reprocess::kRed],
                              calibration.wbGains[quen::reprocess::kGreenOfRedRows],
                              calibration.wbGains[quen::reprocess::kBlue]};
     std::vector<double> values;
-    for (int i = 0; i < 9; ++i) {
-        values.push_back(balanced(i / 3, i % 3) / gains[i / 3]);
+    for (size_t i = 0; i < balanced.size(); ++i) {
+        values.push_back(balanced[i] / gains[i / 3]);
     }
     for (double const gain : gains) {
         values.push_back(1 / gain);

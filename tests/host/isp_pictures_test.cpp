@@ -15,6 +15,7 @@
 
 #include "host/isp/develop/Develop.h"
 #include "host/isp/develop/Resample.h"
+#include "host/isp/develop/ScaledPlane.h"
 #include "host/isp/jpeg/Exif.h"
 #include "host/isp/jpeg/JpegEncode.h"
 
@@ -225,6 +226,47 @@ TEST(Resample, BringsAnyArrangementIntoAnyOtherAtAnySize) {
                 expectSamples(target.view, 4,
                               [&](int x, int y) { return sampleAt(expected.view, x, y); });
             }
+        }
+    }
+}
+
+// Fine rings survive a way there and back; with linear interpolation they lose three times as much.
+TEST(Resample, KeepsFineDetailThereAndBack) {
+    constexpr int kSide = 240;
+    Arranged const source(0, kSide, kSide);
+    for (int i = 0; i < kSide * kSide; ++i) {
+        double const x = i % kSide;
+        double const y = i / kSide;
+        lumaAt(source.view, int(x), int(y)) =
+                static_cast<uint8_t>(128 + 100 * std::cos((x * x + y * y) / 800));
+    }
+    struct {
+        int side;
+        double most;  // root of the mean squared difference
+    } const ways[] = {{kSide / 2, 3.2}, {kSide / 3, 8.4}, {kSide * 3 / 2, 1.4}};
+    for (auto const& [side, most] : ways) {
+        Arranged const there(0, side, side);
+        Arranged const back(0, kSide, kSide);
+        resample(source.view, there.view);
+        resample(there.view, back.view);
+        double sum = 0;
+        for (int i = 0; i < kSide * kSide; ++i) {
+            double const difference = lumaAt(back.view, i % kSide, i / kSide) -
+                                      lumaAt(source.view, i % kSide, i / kSide);
+            sum += difference * difference;
+        }
+        EXPECT_LT(std::sqrt(sum / (kSide * kSide)), most) << side;
+    }
+}
+
+TEST(Resample, LeavesAFlatPictureAsItIsHoweverSmall) {
+    for (int const from : {1, 2, 3, 5, 17}) {
+        for (int const to : {1, 2, 3, 4, 16, 33}) {
+            uint8_t source[17 * 17];
+            uint8_t target[33 * 33] = {};
+            std::fill(std::begin(source), std::end(source), uint8_t{200});
+            scalePlane({source, size_t(from), from, from, 1}, {target, size_t(to), to, to, 1});
+            EXPECT_EQ(std::count(target, target + to * to, 200), to * to) << from << " to " << to;
         }
     }
 }

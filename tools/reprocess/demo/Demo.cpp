@@ -18,7 +18,7 @@ constexpr double kLeastDecibels = 30;
 
 /** Runs the demo and prints its figures. @return the exit code */
 int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch) {
-    cv::Mat const scene = watch.time("render scene", [] { return renderDemoScene(); });
+    RgbPicture const scene = watch.time("render scene", [] { return renderDemoScene(); });
     Capture const capture = watch.time("expose sensor", [&] { return exposeDemoSensor(scene); });
     Product const product = reprocessor.run(capture, OutputKind::Jpeg, watch);
     watch.time("write", [&] { writeOutputFile(options.output, product.bytes); });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <opencv2/core/mat.hpp>
+#include "demo/RgbPicture.h"
 
 namespace quen::reprocess {
 
@@ -11,9 +11,7 @@ constexpr int kDemoHeight = 3000;
 /**
  * Draws the demo's scene as a perfect camera would show it: colour patches, gradients, slanted
  * edges, text and fine detail, as sharp as a lens resolves. The same on every machine.
- *
- * @return 8-bit sRGB, channels in the order red, green, blue
  */
-cv::Mat renderDemoScene();
+RgbPicture renderDemoScene();
 
 }  // namespace quen::reprocess

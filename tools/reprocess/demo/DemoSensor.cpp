@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <random>
 
-#include <opencv2/core.hpp>
+#include "demo/Matrix3.h"
 
 namespace quen::reprocess {
 namespace {
@@ -18,8 +19,8 @@ constexpr std::array<float, 3> kGains = {1.9f, 1.0f, 1.6f};
 
 // Linear sRGB to the white-balanced colours of the sensor, whose filters overlap. Rows sum to 1, so
 // that white stays white.
-float const kSensorColours[9] = {
-        0.78f, 0.18f, 0.04f, 0.14f, 0.74f, 0.12f, 0.03f, 0.21f, 0.76f,
+constexpr Matrix3 kSensorColours = {
+        0.78, 0.18, 0.04, 0.14, 0.74, 0.12, 0.03, 0.21, 0.76,
 };
 
 /** Linear light 0..1 of 8-bit sRGB values. */
@@ -43,43 +44,43 @@ SensorCalibration sensorCalibration() {
     calibration.wbGains[kBlue] = kGains[2];
     calibration.noiseShot = 1 / kFullWell;
     calibration.noiseRead = (kReadNoise / kRange) * (kReadNoise / kRange);
-    cv::Mat const toSensor(3, 3, CV_32F, const_cast<float*>(kSensorColours));
-    cv::Mat const toSrgb = toSensor.inv();
-    std::copy(toSrgb.begin<float>(), toSrgb.end<float>(), calibration.colorMatrix);
+    Matrix3 const toSrgb = inverse(kSensorColours);
+    std::transform(toSrgb.begin(), toSrgb.end(), calibration.colorMatrix,
+                   [](double value) { return static_cast<float>(value); });
     return calibration;
 }
 
 }  // namespace
 
-Capture exposeDemoSensor(cv::Mat const& scene) {
+Capture exposeDemoSensor(RgbPicture const& scene) {
     std::array<float, 256> const linear = linearLight();
-    size_t const width = static_cast<size_t>(scene.cols);
-    auto const samples = std::make_shared<std::vector<uint16_t>>(scene.total());
-    cv::Mat noise(1, scene.cols, CV_32F);
-    cv::RNG random(12);
-    for (int y = 0; y < scene.rows; ++y) {
-        random.fill(noise, cv::RNG::NORMAL, 0, 1);
-        float const* const deviation = noise.ptr<float>();
-        uint8_t const* const row = scene.ptr(y);
+    size_t const width = static_cast<size_t>(scene.width);
+    auto const samples =
+            std::make_shared<std::vector<uint16_t>>(width * static_cast<size_t>(scene.height));
+    std::mt19937 random(12);
+    std::normal_distribution<float> deviation;
+    for (int y = 0; y < scene.height; ++y) {
+        uint8_t const* const row = scene.row(y);
         uint16_t* const out = samples->data() + size_t(y) * width;
         for (size_t x = 0; x < width; ++x) {
             size_t const colour = (size_t(y) & 1) + (x & 1);  // red, green, blue along RGGB
-            float const* const mix = kSensorColours + 3 * colour;
+            double const* const mix = kSensorColours.data() + 3 * colour;
             uint8_t const* const pixel = row + 3 * x;
-            float const light = (mix[0] * linear[pixel[0]] + mix[1] * linear[pixel[1]] +
-                                 mix[2] * linear[pixel[2]]) /
-                                kGains[colour];
+            float const light =
+                    static_cast<float>(mix[0] * linear[pixel[0]] + mix[1] * linear[pixel[1]] +
+                                       mix[2] * linear[pixel[2]]) /
+                    kGains[colour];
             float const signal = light * kRange;
             float const shot = signal * kRange / kFullWell;
-            float const sample =
-                    kBlack + signal + deviation[x] * std::sqrt(shot + kReadNoise * kReadNoise);
-            out[x] = static_cast<uint16_t>(std::clamp(sample + 0.5f, 0.0f, kWhite));
+            float const noise = deviation(random) * std::sqrt(shot + kReadNoise * kReadNoise);
+            out[x] =
+                    static_cast<uint16_t>(std::clamp(kBlack + signal + noise + 0.5f, 0.0f, kWhite));
         }
     }
 
     Capture capture;
-    capture.width = static_cast<uint32_t>(scene.cols);
-    capture.height = static_cast<uint32_t>(scene.rows);
+    capture.width = static_cast<uint32_t>(scene.width);
+    capture.height = static_cast<uint32_t>(scene.height);
     BayerImage image;
     image.samples = samples->data();
     image.stride = width;

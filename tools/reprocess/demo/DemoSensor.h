@@ -1,7 +1,6 @@
 #pragma once
 
-#include <opencv2/core/mat.hpp>
-
+#include "demo/RgbPicture.h"
 #include "inputs/Capture.h"
 
 namespace quen::reprocess {
@@ -11,8 +10,8 @@ namespace quen::reprocess {
  * sensor's own colours, with shot and read noise. The calibration undoes all but the noise,
  * which is the same in every run.
  *
- * @param scene 8-bit sRGB in the order red, green, blue; even width and height
+ * @param scene of even width and height
  */
-Capture exposeDemoSensor(cv::Mat const& scene);
+Capture exposeDemoSensor(RgbPicture const& scene);
 
 }  // namespace quen::reprocess

@@ -5,15 +5,13 @@
 #include <cmath>
 #include <memory>
 
-#include <opencv2/core.hpp>
-
 #include "support/Failure.h"
 
 namespace quen::reprocess {
 namespace {
 
-/** Decodes a JPEG to RGB. */
-cv::Mat decode(Bytes jpeg) {
+/** Decodes a JPEG. */
+RgbPicture decode(Bytes jpeg) {
     std::unique_ptr<void, decltype(&tjDestroy)> const decoder(tjInitDecompress(), &tjDestroy);
     int width = 0;
     int height = 0;
@@ -23,9 +21,9 @@ cv::Mat decode(Bytes jpeg) {
                                         &sampling, &colour) != 0) {
         throw Failure("came back as no JPEG");
     }
-    cv::Mat picture(height, width, CV_8UC3);
-    if (tjDecompress2(decoder.get(), jpeg.data, jpeg.size, picture.data, width,
-                      static_cast<int>(picture.step), height, TJPF_RGB, TJFLAG_ACCURATEDCT) != 0) {
+    RgbPicture picture(width, height);
+    if (tjDecompress2(decoder.get(), jpeg.data, jpeg.size, picture.samples.data(), width, 3 * width,
+                      height, TJPF_RGB, TJFLAG_ACCURATEDCT) != 0) {
         throw Failure(std::string("came back as a damaged JPEG: ") + tjGetErrorStr2(decoder.get()));
     }
     return picture;
@@ -38,24 +36,18 @@ double decibels(double squaredError) {
 
 }  // namespace
 
-Psnr comparePicture(Bytes jpeg, cv::Mat const& scene) {
-    cv::Mat const picture = decode(jpeg);
-    if (picture.size() != scene.size()) {
-        throw Failure("came back in another size: " + std::to_string(picture.cols) + "x" +
-                      std::to_string(picture.rows));
+Psnr comparePicture(Bytes jpeg, RgbPicture const& scene) {
+    RgbPicture const picture = decode(jpeg);
+    if (picture.width != scene.width || picture.height != scene.height) {
+        throw Failure("came back in another size: " + std::to_string(picture.width) + "x" +
+                      std::to_string(picture.height));
     }
     uint64_t sums[3] = {};
-    for (int y = 0; y < scene.rows; ++y) {
-        uint8_t const* const a = picture.ptr(y);
-        uint8_t const* const b = scene.ptr(y);
-        for (int x = 0; x < scene.cols * 3; x += 3) {
-            for (int channel = 0; channel < 3; ++channel) {
-                int const difference = a[x + channel] - b[x + channel];
-                sums[channel] += static_cast<uint64_t>(difference * difference);
-            }
-        }
+    for (size_t i = 0; i < scene.samples.size(); ++i) {
+        int const difference = picture.samples[i] - scene.samples[i];
+        sums[i % 3] += static_cast<uint64_t>(difference * difference);
     }
-    double const pixels = static_cast<double>(scene.total());
+    double const pixels = static_cast<double>(scene.samples.size() / 3);
     Psnr result;
     for (int channel = 0; channel < 3; ++channel) {
         result.channel[channel] = decibels(static_cast<double>(sums[channel]) / pixels);

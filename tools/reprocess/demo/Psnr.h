@@ -1,7 +1,6 @@
 #pragma once
 
-#include <opencv2/core/mat.hpp>
-
+#include "demo/RgbPicture.h"
 #include "support/Bytes.h"
 
 namespace quen::reprocess {
@@ -15,9 +14,8 @@ struct Psnr {
 /**
  * Decodes a JPEG and compares it with a scene.
  *
- * @param scene 8-bit sRGB, channels in the order red, green, blue
  * @throws Failure when the JPEG cannot be decoded or has another size
  */
-Psnr comparePicture(Bytes jpeg, cv::Mat const& scene);
+Psnr comparePicture(Bytes jpeg, RgbPicture const& scene);
 
 }  // namespace quen::reprocess

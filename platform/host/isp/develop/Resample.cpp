@@ -1,8 +1,8 @@
 #include "host/isp/develop/Resample.h"
 
 #include <libyuv.h>
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
+
+#include "host/isp/develop/ScaledPlane.h"
 
 namespace quen::host::isp {
 
@@ -48,34 +48,24 @@ void copyChroma(YuvPicture const& from, YuvPicture const& to) {
     }
 }
 
-/** Area averaging to shrink, else cubic; both keep the centre in place. */
-int interpolationFor(YuvPicture const& from, YuvPicture const& to) {
-    bool const shrinks = to.width <= from.width && to.height <= from.height;
-    return shrinks ? cv::INTER_AREA : cv::INTER_CUBIC;
+/** The luma plane. */
+Plane lumaPlane(YuvPicture const& picture) {
+    return {picture.y, picture.lumaStride, picture.width, picture.height, 1};
 }
 
-/** Scales one plane; `type` is OpenCV's type of a sample. */
-void scalePlane(uint8_t* from, size_t fromStride, cv::Size fromSize, uint8_t* to, size_t toStride,
-                cv::Size toSize, int type, int interpolation) {
-    cv::Mat const source(fromSize, type, from, fromStride);
-    cv::Mat target(toSize, type, to, toStride);
-    cv::resize(source, target, toSize, 0, 0, interpolation);
+/** The interleaved chroma plane, or the planar one that starts at `data`. */
+Plane chromaPlane(YuvPicture const& picture, uint8_t* data) {
+    return {data, picture.chromaStride, chromaSize(picture.width), chromaSize(picture.height),
+            static_cast<int>(picture.chromaStep)};
 }
 
 /** Scales chroma between pictures of one arrangement. */
 void scaleChroma(YuvPicture const& from, YuvPicture const& to) {
-    int const interpolation = interpolationFor(from, to);
-    cv::Size const fromSize(chromaSize(from.width), chromaSize(from.height));
-    cv::Size const toSize(chromaSize(to.width), chromaSize(to.height));
-    auto const scale = [&](uint8_t* source, uint8_t* target, int type) {
-        scalePlane(source, from.chromaStride, fromSize, target, to.chromaStride, toSize, type,
-                   interpolation);
-    };
     if (from.isPlanar()) {
-        scale(from.cb, to.cb, CV_8UC1);
-        scale(from.cr, to.cr, CV_8UC1);
+        scalePlane(chromaPlane(from, from.cb), chromaPlane(to, to.cb));
+        scalePlane(chromaPlane(from, from.cr), chromaPlane(to, to.cr));
     } else {
-        scale(chromaStart(from), chromaStart(to), CV_8UC2);
+        scalePlane(chromaPlane(from, chromaStart(from)), chromaPlane(to, chromaStart(to)));
     }
 }
 
@@ -104,9 +94,7 @@ void resample(YuvPicture const& source, YuvPicture const& target) {
         copyChroma(source, target);
         return;
     }
-    scalePlane(source.y, source.lumaStride, {source.width, source.height}, target.y,
-               target.lumaStride, {target.width, target.height}, CV_8UC1,
-               interpolationFor(source, target));
+    scalePlane(lumaPlane(source), lumaPlane(target));
     if (haveOneArrangement(source, target)) {
         scaleChroma(source, target);
         return;
