@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 
@@ -42,6 +43,9 @@ void startPlatform(Options const& options, std::shared_ptr<Report> const& report
     host::registerGraphicsServices();
     host::isp::SoftwareIspOptions isp;
     isp.observer = report;
+    // Longer than this client is on its way from a submission to the wait, and no longer than a
+    // small picture takes.
+    isp.minimumLatency = std::chrono::milliseconds(2);
     host::isp::registerSoftwareIsp(isp);
 }
 
@@ -60,7 +64,7 @@ int run(int argc, char** argv) {
     }
     auto const report = std::make_shared<Report>(options->info);
     startPlatform(*options, report);
-    Reprocessor reprocessor(options->request, *report);
+    Reprocessor reprocessor(options->request, *report, keptBuffers(*options));
     return options->demo ? runDemo(*options, reprocessor, *report)
                          : runBatch(*options, reprocessor, *report);
 }

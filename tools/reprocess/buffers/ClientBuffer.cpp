@@ -91,7 +91,7 @@ ClientBuffer::Lock::~Lock() {
 }
 
 ClientBuffer::ClientBuffer(uint32_t width, uint32_t height, int32_t format)
-    : mMapper(IMapper::getService()) {
+    : mWidth(width), mHeight(height), mFormat(format), mMapper(IMapper::getService()) {
     if (mMapper == nullptr) {
         throw Failure("there is no graphics mapper");
     }

@@ -47,6 +47,11 @@ class ClientBuffer {
     /** The raw handle; the buffer keeps owning it. */
     native_handle* handle() const;
 
+    /** Whether the buffer was allocated with that size and format. */
+    bool isOf(uint32_t width, uint32_t height, int32_t format) const {
+        return width == mWidth && height == mHeight && format == mFormat;
+    }
+
     /** Bytes of a mapping of the buffer. */
     size_t size() const { return mSize; }
 
@@ -59,6 +64,9 @@ class ClientBuffer {
   private:
     using IMapper = android::hardware::graphics::mapper::V4_0::IMapper;
 
+    uint32_t const mWidth;
+    uint32_t const mHeight;
+    int32_t const mFormat;
     android::sp<IMapper> mMapper;
     android::hardware::hidl_handle mRaw;
     void* mImported = nullptr;

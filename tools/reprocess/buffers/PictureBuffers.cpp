@@ -1,6 +1,7 @@
 #include "buffers/PictureBuffers.h"
 
 #include <cstdint>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -22,23 +23,26 @@ void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget targe
                    static_cast<size_t>(planes[0].strideInBytes));
 }
 
-std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture) {
-    return std::make_unique<ClientBuffer>(
-            static_cast<uint32_t>(nv21Size(capture.width, capture.height)), 1,
-            HAL_PIXEL_FORMAT_BLOB);
+std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture, BufferPool& pool) {
+    return pool.take(static_cast<uint32_t>(nv21Size(capture.width, capture.height)), 1,
+                     HAL_PIXEL_FORMAT_BLOB);
 }
 
 std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
-                                              Capture const& capture) {
-    auto const from = picture->lock();
-    YuvPlanes const planes = yuvPlanes(*picture, from.data());
-    if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
-        packNv21(planes, capture.width, capture.height, from.data());
-        return picture;
+                                              Capture const& capture, BufferPool& pool) {
+    std::unique_ptr<ClientBuffer> packed;
+    {
+        auto const from = picture->lock();
+        YuvPlanes const planes = yuvPlanes(*picture, from.data());
+        if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
+            packNv21(planes, capture.width, capture.height, from.data());
+            return picture;
+        }
+        packed = packedPicture(capture, pool);
+        auto const to = packed->lock();
+        packNv21(planes, capture.width, capture.height, to.data());
     }
-    auto packed = packedPicture(capture);
-    auto const to = packed->lock();
-    packNv21(planes, capture.width, capture.height, to.data());
+    pool.give(std::move(picture));
     return packed;
 }
 

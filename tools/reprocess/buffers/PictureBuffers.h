@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "buffers/BayerRows.h"
+#include "buffers/BufferPool.h"
 #include "buffers/ClientBuffer.h"
 #include "buffers/Product.h"
 #include "inputs/Capture.h"
@@ -25,7 +26,7 @@ void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget targe
  *
  * @throws Failure when it cannot be allocated
  */
-std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture);
+std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture, BufferPool& pool);
 
 /**
  * Packs a developed picture as NV21: in its own buffer where possible, else in another one.
@@ -33,7 +34,7 @@ std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture);
  * @throws Failure when the picture is no 4:2:0 of 8 bits, or no buffer can be allocated
  */
 std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> picture,
-                                              Capture const& capture);
+                                              Capture const& capture, BufferPool& pool);
 
 /**
  * Copies a developed picture out of its buffer.

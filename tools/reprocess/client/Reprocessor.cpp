@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -53,51 +54,77 @@ RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
     return {true, plain ? 10 : 14};
 }
 
-}  // namespace
+/** A JPEG in its buffer, which goes back to the pool. */
+class HeldJpeg {
+  public:
+    HeldJpeg(std::shared_ptr<BufferPool> pool, std::unique_ptr<ClientBuffer> buffer)
+        : mPool(std::move(pool)), mBuffer(std::move(buffer)), mLock(mBuffer->lock()) {}
+    ~HeldJpeg() {
+        mLock.reset();
+        mPool->give(std::move(mBuffer));
+    }
+    HeldJpeg(HeldJpeg const&) = delete;
+    HeldJpeg& operator=(HeldJpeg const&) = delete;
 
-/** The result of "RAW2YUV": the picture, and metadata with the index of its 3A buffer. */
-struct Reprocessor::Developed {
-    std::unique_ptr<ClientBuffer> picture;
-    RequestMetadata metadata;
+    uint8_t const* data() const { return mLock->data(); }
+
+  private:
+    std::shared_ptr<BufferPool> const mPool;
+    std::unique_ptr<ClientBuffer> mBuffer;
+    std::optional<ClientBuffer::Lock> mLock;
 };
 
-Reprocessor::Reprocessor(RequestOptions const& options, Report& report)
-    : mOptions(options), mReport(report) {}
+}  // namespace
 
-Product Reprocessor::run(Capture const& capture, OutputKind kind, Stopwatch& watch) {
+Reprocessor::Reprocessor(RequestOptions const& options, Report& report, size_t keptBuffers)
+    : mOptions(options), mReport(report), mPool(std::make_shared<BufferPool>(keptBuffers)) {}
+
+Product Reprocessor::run(Capture capture, OutputKind kind, Stopwatch& watch) {
+    auto const frame = prepare(1, std::move(capture), kind, watch);
+    submit(*frame);
+    return finish(*frame);
+}
+
+std::unique_ptr<Frame> Reprocessor::prepare(uint32_t number, Capture capture, OutputKind kind,
+                                            Stopwatch& watch) {
     checkSize(capture);
-    ++mFrameNumber;
+    auto frame = std::make_unique<Frame>(
+            number, kind,
+            RequestMetadata(mOptions, capture.orientation, static_cast<int32_t>(number)), watch);
     if (std::holds_alternative<BayerImage>(capture.image)) {
-        Developed developed = develop(capture, watch);
-        if (kind != OutputKind::Jpeg) {
-            return watch.time("copy picture",
-                              [&] { return packPlanes(*developed.picture, capture, kind); });
-        }
-        auto packed = watch.time("copy picture", [&] {
-            return asPackedPicture(std::move(developed.picture), capture);
-        });
-        Product product = encode(*packed, capture, developed.metadata, watch);
-        mDone.release(std::move(packed));
-        return product;
+        prepareMosaic(*frame, capture);
+    } else {
+        preparePicture(*frame, capture);
     }
+    capture.image = BayerImage();
+    capture.memory = nullptr;
+    frame->capture = std::move(capture);
+    return frame;
+}
 
-    if (kind != OutputKind::Jpeg) {
+void Reprocessor::prepareMosaic(Frame& frame, Capture const& capture) {
+    RawTarget const target = rawTarget(capture, mOptions, frame.metadata);
+    frame.rawFormat = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
+    frame.input = mPool->take(capture.width, capture.height, frame.rawFormat);
+    frame.watch.time("fill raw buffer", [&] { fillRaw(*frame.input, capture, target); });
+}
+
+void Reprocessor::preparePicture(Frame& frame, Capture const& capture) {
+    if (frame.kind != OutputKind::Jpeg) {
         throw Failure("is no raw frame, and only those are developed to YUV",
                       "make it a .jpg, or name a raw input");
     }
-    RequestMetadata metadata(mOptions, capture.orientation, mFrameNumber);
-    auto const packed = packedPicture(capture);
-    watch.time("copy picture", [&] {
-        auto const to = packed->lock();
+    frame.input = packedPicture(capture, *mPool);
+    frame.watch.time("copy picture", [&] {
+        auto const to = frame.input->lock();
         std::memcpy(to.data(), std::get<Nv21Image>(capture.image).bytes,
                     nv21Size(capture.width, capture.height));
     });
-    return encode(*packed, capture, metadata, watch);
 }
 
-void Reprocessor::fail(char const* problem) const {
-    std::string reason = mReport.problem();
-    if (reason.empty() && mReport.outcome() == Report::Outcome::Finished) {
+void Reprocessor::fail(Frame const& frame, char const* problem) const {
+    std::string reason = mReport.problem(frame.number);
+    if (reason.empty() && mReport.outcome(frame.number) == Report::Outcome::Finished) {
         reason = "the ISP answered, but no usable picture came back";
     }
     if (!reason.empty()) {
@@ -109,62 +136,78 @@ void Reprocessor::fail(char const* problem) const {
                   "give it longer with --timeout, or see why with --log info");
 }
 
-Reprocessor::Developed Reprocessor::develop(Capture const& capture, Stopwatch& watch) {
-    RequestMetadata metadata(mOptions, capture.orientation, mFrameNumber);
-    RawTarget const target = rawTarget(capture, mOptions, metadata);
-    int32_t const format = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
-    auto raw = std::make_unique<ClientBuffer>(capture.width, capture.height, format);
-    watch.time("fill raw buffer", [&] { fillRaw(*raw, capture, target); });
-    metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, mFrameNumber));
-
-    auto picture = std::make_unique<ClientBuffer>(capture.width, capture.height,
-                                                  HAL_PIXEL_FORMAT_YCBCR_420_888);
-    ImageBuffer const input = imageBuffer(kInputStream, format, raw->size(), capture, *raw);
+void Reprocessor::submit(Frame& frame) {
+    if (frame.rawFormat == 0) {
+        return;
+    }
+    Capture const& capture = frame.capture;
+    int32_t const number = static_cast<int32_t>(frame.number);
+    frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
+    frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
+    ImageBuffer const input =
+            imageBuffer(kInputStream, frame.rawFormat, frame.input->size(), capture, *frame.input);
     ImageBuffer const output = imageBuffer(kOutputStream, HAL_PIXEL_FORMAT_YCBCR_420_888,
-                                           picture->size(), capture, *picture);
-    std::optional<ClientResult> result;
-    mReport.begin();
-    {
-        DeviceSession session(input, output, metadata, watch);
-        session.submit(mFrameNumber);
-        // The library does not report a refusal: no result would come.
-        if (mReport.outcome() != Report::Outcome::Refused) {
-            result = session.wait(mOptions.timeoutSeconds);
-        }
-    }
-    mDone.release(std::move(raw));
-    if (!result || result->status != ResultWaiter::Status::OK) {
-        fail("was not developed");
-    }
-    mReport.addClientResult(result->metadata.get(),
-                            findInt32(result->metadata.get(), kTagThreeAIndex).value_or(-1));
-    return {std::move(picture), std::move(metadata)};
+                                           frame.picture->size(), capture, *frame.picture);
+    mReport.begin(frame.number);
+    frame.developing = std::make_unique<DeviceSession>(input, output, frame.metadata, frame.watch);
+    frame.developing->submit(number);
 }
 
-Product Reprocessor::encode(ClientBuffer const& picture, Capture const& capture,
-                            RequestMetadata& metadata, Stopwatch& watch) {
+Product Reprocessor::finish(Frame& frame) {
+    if (!frame.developing) {
+        return encode(frame, std::move(frame.input));
+    }
+    awaitDeveloped(frame);
+    if (frame.kind != OutputKind::Jpeg) {
+        Product product = frame.watch.time("copy picture", [&] {
+            return packPlanes(*frame.picture, frame.capture, frame.kind);
+        });
+        mPool->give(std::move(frame.picture));
+        return product;
+    }
+    auto packed = frame.watch.time("copy picture", [&] {
+        return asPackedPicture(std::move(frame.picture), frame.capture, *mPool);
+    });
+    return encode(frame, std::move(packed));
+}
+
+/** Waits until a mosaic is developed. */
+void Reprocessor::awaitDeveloped(Frame& frame) {
+    std::optional<ClientResult> result;
+    // The library does not report a refusal: no result would come.
+    if (mReport.outcome(frame.number) != Report::Outcome::Refused) {
+        result = frame.developing->wait(mOptions.timeoutSeconds);
+    }
+    frame.developing = nullptr;
+    mPool->give(std::move(frame.input));
+    if (!result || result->status != ResultWaiter::Status::OK) {
+        fail(frame, "was not developed");
+    }
+    mReport.addClientResult(frame.number, result->metadata.get(),
+                            findInt32(result->metadata.get(), kTagThreeAIndex).value_or(-1));
+}
+
+Product Reprocessor::encode(Frame& frame, std::unique_ptr<ClientBuffer> picture) {
+    Capture const& capture = frame.capture;
     // More than any JPEG of the size takes; pages never written cost nothing.
     uint32_t const size = 3 * capture.width * capture.height + (1 << 16);
-    auto const jpeg = std::make_shared<ClientBuffer>(size, 1, HAL_PIXEL_FORMAT_BLOB);
+    auto jpeg = mPool->take(size, 1, HAL_PIXEL_FORMAT_BLOB);
     ImageBuffer const input =
             imageBuffer(kInputStream, HAL_PIXEL_FORMAT_YCBCR_420_888,
-                        nv21Size(capture.width, capture.height), capture, picture);
+                        nv21Size(capture.width, capture.height), capture, *picture);
     ImageBuffer const output =
             imageBuffer(kOutputStream, HAL_PIXEL_FORMAT_BLOB, size, capture, *jpeg);
     int made = 0;
-    mReport.begin();
+    mReport.begin(frame.number);
     {
-        DeviceSession session(input, output, metadata, watch);
-        made = session.processAndWait(mFrameNumber);
+        DeviceSession session(input, output, frame.metadata, frame.watch);
+        made = session.processAndWait(static_cast<int32_t>(frame.number));
     }
-    struct Held {
-        std::shared_ptr<ClientBuffer> buffer;
-        ClientBuffer::Lock lock;
-    };
-    auto const held = std::make_shared<Held>(Held{jpeg, jpeg->lock()});
-    uint8_t const* const bytes = held->lock.data();
+    mPool->give(std::move(picture));
+    auto const held = std::make_shared<HeldJpeg>(mPool, std::move(jpeg));
+    uint8_t const* const bytes = held->data();
     if (made < 4 || static_cast<uint32_t>(made) > size || bytes[0] != 0xff || bytes[1] != 0xd8) {
-        fail("was not encoded");
+        fail(frame, "was not encoded");
     }
     return {{bytes, static_cast<size_t>(made)}, held};
 }

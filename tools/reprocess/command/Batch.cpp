@@ -1,16 +1,20 @@
 #include "command/Batch.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <exception>
-#include <filesystem>
+#include <fstream>
+#include <limits>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "command/BatchFrame.h"
 #include "command/ExitCode.h"
 #include "command/FileNames.h"
-#include "command/OutputFile.h"
+#include "command/Interruption.h"
+#include "command/Pipeline.h"
 #include "command/Progress.h"
-#include "inputs/Inputs.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
@@ -19,84 +23,89 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/** Seconds since a point in time. */
-double secondsSince(Clock::time_point begin) {
-    return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
-/** Throws when the output of a job is its input. */
-void checkNotItself(Job const& job) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(job.input, job.output, ignored)) {
-        throw Failure("would be overwritten by its own picture", "choose another output");
-    }
-}
-
-/** The line printed for a finished picture. */
-std::string doneLine(Job const& job, Capture const& capture, size_t bytes, double seconds) {
-    return format("%s -> %s  %ux%u  %s  %.2f s", job.input.c_str(), job.output.c_str(),
-                  capture.width, capture.height, bytesText(bytes).c_str(), seconds);
-}
-
-/** Runs jobs one at a time, and prints what became of each. */
-class Batch {
+/** The frames of a batch as the stages of a pipeline; prints what becomes of each. */
+class Batch final : public PipelineStages {
   public:
-    Batch(Options const& options, Reprocessor& reprocessor, Report& report, Progress& progress)
-        : mOptions(options), mReprocessor(reprocessor), mReport(report), mProgress(progress) {}
-
-    /** @return whether the job succeeded */
-    bool run(Job const& job) {
-        Stopwatch watch;
-        std::string problem;
-        try {
-            mProgress.begin(job.input);
-            reprocess(job, watch);
-        } catch (Failure const& failure) {
-            problem = failure.what();
-        } catch (std::bad_alloc const&) {
-            problem = "needs more memory than there is";
-        } catch (std::exception const& error) {
-            problem = std::string("could not be reprocessed: ") + error.what();
+    Batch(Options const& options, Reprocessor& reprocessor, Report& report,
+          std::vector<Job> const& jobs)
+        : mOptions(options),
+          mReprocessor(reprocessor),
+          mReport(report),
+          mJobs(jobs),
+          mProgress(jobs.size()) {
+        uint32_t number = 0;
+        for (Job const& job : jobs) {
+            mFrames.push_back(std::make_unique<BatchFrame>(job, ++number));
         }
-        if (!problem.empty()) {
-            mProgress.problem("quen-reprocess: " + job.input + ": " + problem);
-        }
-        if (mOptions.info) {
-            mProgress.line(mReport.take(watch));
-        }
-        mProgress.end();
-        return problem.empty();
+        mProgress.begin(jobs.front().input);
     }
+
+    size_t read(size_t frame) override { return mFrames[frame]->read(mOptions, mReprocessor); }
+    void submit(size_t frame) override { mFrames[frame]->submit(mReprocessor); }
+    void finish(size_t frame) override { mFrames[frame]->finish(mReprocessor); }
+
+    void write(size_t frame) override {
+        mFailed += mFrames[frame]->write(mReport, mProgress) ? 0 : 1;
+        mFrames[frame] = nullptr;
+        mProgress.end();
+        if (frame + 1 < mFrames.size()) {
+            mProgress.begin(mJobs[frame + 1].input);
+        }
+    }
+
+    bool isStopped() override { return Interruption::hasCome(); }
+
+    /** One frame after the other, on this thread. @return how many */
+    size_t runInTurn() {
+        size_t frame = 0;
+        for (; frame < mFrames.size() && !isStopped(); ++frame) {
+            read(frame);
+            submit(frame);
+            finish(frame);
+            write(frame);
+        }
+        return frame;
+    }
+
+    size_t failed() const { return mFailed; }
+    Progress& progress() { return mProgress; }
 
   private:
-    void reprocess(Job const& job, Stopwatch& watch) {
-        Clock::time_point const begin = Clock::now();
-        checkNotItself(job);
-        Capture const capture =
-                watch.time("read", [&] { return readCapture(job.input, mOptions.input); });
-        Product const product = mReprocessor.run(capture, job.kind, watch);
-        watch.time("write", [&] { write(job, product); });
-        for (std::string const& note : capture.notes) {
-            mProgress.problem("quen-reprocess: " + job.input + ": " + note);
-        }
-        mProgress.line(doneLine(job, capture, product.bytes.size, secondsSince(begin)));
-    }
-
-    static void write(Job const& job, Product const& product) {
-        try {
-            writeOutputFile(job.output, product.bytes);
-        } catch (Failure const& failure) {
-            throw Failure("its output " + job.output + " " + failure.what());
-        }
-    }
-
     Options const& mOptions;
     Reprocessor& mReprocessor;
     Report& mReport;
-    Progress& mProgress;
+    std::vector<Job> const& mJobs;
+    Progress mProgress;
+    std::vector<std::unique_ptr<BatchFrame>> mFrames;
+    size_t mFailed = 0;
 };
 
+/** Bytes of memory that the batch may take: half of what is available, all when that is unknown. */
+size_t memoryToUse() {
+    std::ifstream file("/proc/meminfo");
+    std::string name;
+    size_t kilobytes = 0;
+    std::string unit;
+    while (file >> name >> kilobytes) {
+        std::getline(file, unit);
+        if (name == "MemAvailable:") {
+            return kilobytes * 1024 / 2;
+        }
+    }
+    return std::numeric_limits<size_t>::max();
+}
+
+/** The number of jobs, when it is not given: one a processor. */
+size_t jobsOf(Options const& options) {
+    return options.jobs != 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+}
+
 }  // namespace
+
+size_t keptBuffers(Options const& options) {
+    // A mosaic, a picture and a JPEG; those of a single frame are not needed again.
+    return options.inputs.size() > 1 ? 3 : 0;
+}
 
 int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
     std::vector<Job> jobs;
@@ -108,16 +117,26 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
     }
 
     Clock::time_point const begin = Clock::now();
-    Progress progress(jobs.size());
-    Batch batch(options, reprocessor, report, progress);
     size_t failed = 0;
-    for (Job const& job : jobs) {
-        failed += batch.run(job) ? 0 : 1;
+    size_t run = 0;
+    {
+        Interruption const interruption;
+        Batch batch(options, reprocessor, report, jobs);
+        size_t const atOnce = std::min(jobsOf(options), jobs.size());
+        run = atOnce > 1 ? Pipeline(jobs.size(), atOnce, memoryToUse(), batch).run()
+                         : batch.runInTurn();
+        failed = batch.failed();
+        if (jobs.size() > 1) {
+            std::chrono::duration<double> const taken = Clock::now() - begin;
+            std::string text = format("%zu of %zu reprocessed, %zu failed, %.2f s", run - failed,
+                                      jobs.size(), failed, taken.count());
+            if (run < jobs.size()) {
+                text += format("; %zu not begun: interrupted", jobs.size() - run);
+            }
+            batch.progress().line(text);
+        }
     }
-    if (jobs.size() > 1) {
-        progress.line(format("%zu of %zu reprocessed, %zu failed, %.2f s", jobs.size() - failed,
-                             jobs.size(), failed, secondsSince(begin)));
-    }
+    Interruption::follow();
     return failed == 0 ? kAllGood : kSomeFailed;
 }
 

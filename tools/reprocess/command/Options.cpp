@@ -291,6 +291,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
                "otherwise")
             ->transform(oneOf(kOutputNames))
             ->type_name("jpg|nv21|yuv");
+    app.add_option("--jobs", options.jobs,
+                   "Inputs in work at a time, as far as memory allows; as\nmany as there are "
+                   "processors unless given")
+            ->check(range(1, 64))
+            ->type_name("N");
     addInputOptions(app, options.input);
     addRequestOptions(app, options.request);
     addReportOptions(app, options);

@@ -20,6 +20,7 @@ struct Options {
     RequestOptions request;
     std::string logLevel = "silent";
     bool info = false;
+    size_t jobs = 0;  ///< inputs in work at a time; 0: as many as there are processors
 };
 
 /**

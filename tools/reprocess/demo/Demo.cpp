@@ -49,7 +49,7 @@ int runDemo(Options const& options, Reprocessor& reprocessor, Report& report) {
         std::fprintf(stderr, "quen-reprocess: the demo failed: %s\n", error.what());
     }
     if (options.info) {
-        std::printf("%s\n", report.take(watch).c_str());
+        std::printf("%s\n", report.take(1, watch).c_str());
     }
     return exitCode;
 }

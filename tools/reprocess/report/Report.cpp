@@ -7,27 +7,27 @@
 
 namespace quen::reprocess {
 
-void Report::begin() {
+void Report::begin(uint32_t frame) {
     host::MutexLock const lock(mLock);
-    mOutcome = Outcome::None;
-    mStatus = Status::OK;
+    mBegun = frame;
+    mFrames[frame].outcome = Outcome::None;
+    mFrames[frame].status = Status::OK;
 }
 
-Report::Outcome Report::outcome() const {
-    host::MutexLock const lock(mLock);
-    return mOutcome;
+Report::Outcome Report::outcome(uint32_t frame) const {
+    return frameOf(frame).outcome;
 }
 
-std::string Report::problem() const {
-    host::MutexLock const lock(mLock);
-    if (mStatus == Status::OK) {
+std::string Report::problem(uint32_t frame) const {
+    Frame const state = frameOf(frame);
+    if (state.status == Status::OK) {
         return {};
     }
-    return std::string("the ISP ") + (mOutcome == Outcome::Refused ? "refused it" : "failed") +
-           " with " + toString(mStatus);
+    return std::string("the ISP ") + (state.outcome == Outcome::Refused ? "refused it" : "failed") +
+           " with " + toString(state.status);
 }
 
-void Report::addClientResult(camera_metadata const* metadata, int32_t tuningIndex) {
+void Report::addClientResult(uint32_t frame, camera_metadata const* metadata, int32_t tuningIndex) {
     if (!mDetailed) {
         return;
     }
@@ -39,10 +39,15 @@ void Report::addClientResult(camera_metadata const* metadata, int32_t tuningInde
             text += indented(calibrationText(*tuning->calibration));
         }
     }
-    addText(text);
+    addText(frame, text);
 }
 
-std::string Report::take(Stopwatch const& watch) {
+std::string Report::take(uint32_t frame, Stopwatch const& watch) {
+    Frame const state = frameOf(frame);
+    {
+        host::MutexLock const lock(mLock);
+        mFrames.erase(frame);
+    }
     if (!mDetailed) {
         return {};
     }
@@ -50,45 +55,51 @@ std::string Report::take(Stopwatch const& watch) {
     for (Stopwatch::Leg const& leg : watch.legs()) {
         legs += format("%-18s %9.2f ms\n", leg.name.c_str(), leg.milliseconds);
     }
-    host::MutexLock const lock(mLock);
-    std::string text = std::move(mText) + "time\n" + indented(legs);
-    mText.clear();
-    return text;
+    return state.text + "time\n" + indented(legs);
 }
 
 void Report::onConfigured(ISPStreamConfiguration const& config, Status status) {
     if (mDetailed) {
-        addText(configurationText(config, status));
+        host::MutexLock const lock(mLock);
+        mFrames[mBegun].text += configurationText(config, status);
     }
 }
 
 void Report::onRequest(ISPRequest const& request, Status status) {
-    setOutcome(status == Status::OK ? Outcome::Accepted : Outcome::Refused, status);
+    setOutcome(request.requestNumber, status == Status::OK ? Outcome::Accepted : Outcome::Refused,
+               status);
     if (mDetailed) {
-        addText(requestText(request, status));
+        addText(request.requestNumber, requestText(request, status));
     }
 }
 
 void Report::onResult(ISPResult const& result, host::isp::IspReport const& report) {
-    setOutcome(Outcome::Finished, result.status);
+    setOutcome(result.reqNumber, Outcome::Finished, result.status);
     if (mDetailed) {
-        addText(resultText(result, report));
+        addText(result.reqNumber, resultText(result, report));
     }
 }
 
-void Report::setOutcome(Outcome outcome, Status status) {
+Report::Frame Report::frameOf(uint32_t number) const {
     host::MutexLock const lock(mLock);
+    auto const found = mFrames.find(number);
+    return found == mFrames.end() ? Frame() : found->second;
+}
+
+void Report::setOutcome(uint32_t frame, Outcome outcome, Status status) {
+    host::MutexLock const lock(mLock);
+    Frame& state = mFrames[frame];
     // The result may arrive before the submission is reported.
-    if (outcome == Outcome::Accepted && mOutcome == Outcome::Finished) {
+    if (outcome == Outcome::Accepted && state.outcome == Outcome::Finished) {
         return;
     }
-    mOutcome = outcome;
-    mStatus = status;
+    state.outcome = outcome;
+    state.status = status;
 }
 
-void Report::addText(std::string const& text) {
+void Report::addText(uint32_t frame, std::string const& text) {
     host::MutexLock const lock(mLock);
-    mText += text;
+    mFrames[frame].text += text;
 }
 
 }  // namespace quen::reprocess

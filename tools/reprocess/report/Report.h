@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include <system/camera_metadata.h>
@@ -12,8 +13,10 @@
 namespace quen::reprocess {
 
 /**
- * Observes the ISP: how it answered the current request, which the library does not always report;
- * and for --info everything that it is given and gives back. Thread-safe.
+ * Observes the ISP: how it answered the latest request of each frame, which the library does not
+ * always report; and for --info everything that it is given and gives back. Frames are told apart
+ * by their numbers, which are those of their requests. Thread-safe; requests are begun and
+ * submitted on one thread.
  */
 class Report : public host::isp::IspObserver {
   public:
@@ -23,33 +26,45 @@ class Report : public host::isp::IspObserver {
     /** How the ISP answered a request. */
     enum class Outcome { None, Accepted, Refused, Finished };
 
-    /** Starts a request: forgets the outcome of the previous one. */
-    void begin();
+    /**
+     * Starts a request of a frame: forgets the outcome of the frame's previous one. Until the next
+     * call, configurations are taken for this frame's.
+     */
+    void begin(uint32_t frame);
 
-    Outcome outcome() const;
+    Outcome outcome(uint32_t frame) const;
 
-    /** The failure that the ISP reported, in words; empty when there is none. */
-    std::string problem() const;
+    /** The failure that the ISP reported for a frame, in words; empty when there is none. */
+    std::string problem(uint32_t frame) const;
 
     /** Adds the result that the client got, and the contents of its 3A buffer. */
-    void addClientResult(camera_metadata const* metadata, int32_t tuningIndex);
+    void addClientResult(uint32_t frame, camera_metadata const* metadata, int32_t tuningIndex);
 
-    /** Takes the text since the last call, with the times of the legs; empty unless detailed. */
-    std::string take(Stopwatch const& watch);
+    /**
+     * Ends a frame and takes its text, with the times of the legs; the text is empty unless
+     * detailed.
+     */
+    std::string take(uint32_t frame, Stopwatch const& watch);
 
     void onConfigured(ISPStreamConfiguration const& config, Status status) override;
     void onRequest(ISPRequest const& request, Status status) override;
     void onResult(ISPResult const& result, host::isp::IspReport const& report) override;
 
   private:
-    void setOutcome(Outcome outcome, Status status);
-    void addText(std::string const& text);
+    struct Frame {
+        std::string text;
+        Outcome outcome = Outcome::None;
+        Status status = Status::OK;
+    };
+
+    Frame frameOf(uint32_t number) const;
+    void setOutcome(uint32_t frame, Outcome outcome, Status status);
+    void addText(uint32_t frame, std::string const& text);
 
     bool const mDetailed;
     mutable host::Mutex mLock;
-    std::string mText HOST_GUARDED_BY(mLock);
-    Outcome mOutcome HOST_GUARDED_BY(mLock) = Outcome::None;
-    Status mStatus HOST_GUARDED_BY(mLock) = Status::OK;
+    std::map<uint32_t, Frame> mFrames HOST_GUARDED_BY(mLock);  // those in work, by number
+    uint32_t mBegun HOST_GUARDED_BY(mLock) = 0;                // the frame begun last
 };
 
 }  // namespace quen::reprocess

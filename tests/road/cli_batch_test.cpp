@@ -1,0 +1,229 @@
+// quen-reprocess with many inputs, several of them in work at a time.
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "command/Pipeline.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using quen::reprocess::Pipeline;
+using quen::reprocess::PipelineStages;
+using testing::HasSubstr;
+
+constexpr char kHeaderless[] = " --size 64x48 --bayer rggb --black 64 --wb 2,1,1.5 ";
+constexpr size_t kRawBytes = 64 * 48 * 2;
+constexpr size_t kPictureBytes = 64 * 48 * 3 / 2;
+
+class CliBatchTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::remove_all(mFolder);
+        fs::create_directory(mFolder);
+    }
+    void TearDown() override { fs::remove_all(mFolder); }
+
+    // A frame unlike any other number's.
+    std::string putFrame(int number, size_t bytes = kRawBytes) const {
+        std::string const name = "f" + std::to_string(number) + ".raw";
+        std::string content;
+        for (size_t i = 0; i < kRawBytes / 2; ++i) {
+            unsigned const sample = 64 + (i * static_cast<size_t>(number + 3) + i / 64 * 5) % 900;
+            content.push_back(static_cast<char>(sample));
+            content.push_back(static_cast<char>(sample >> 8));
+        }
+        std::ofstream(mFolder / name, std::ios::binary) << content.substr(0, bytes);
+        return " " + name;
+    }
+
+    // Runs words of the shell in the folder. @return the exit code
+    int run(std::string const& words) const {
+        int const status = std::system(("cd '" + mFolder.string() + "' && " + words).c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::string get(fs::path const& name) const {
+        std::ifstream file(mFolder / name, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    }
+
+    // The contents of a folder's files by their names, hidden ones included.
+    std::map<std::string, std::string> files(std::string const& folder) const {
+        std::map<std::string, std::string> found;
+        for (auto const& entry : fs::directory_iterator(mFolder / folder)) {
+            fs::path const name = entry.path().filename();
+            found[name.string()] = get(fs::path(folder) / name);
+        }
+        return found;
+    }
+
+    fs::path const mFolder =
+            fs::temp_directory_path() / ("quen-cli-batch-" + std::to_string(::getpid()));
+};
+
+// The lines about inputs, without times and the name of the output's folder.
+std::vector<std::string> inputsOf(std::string const& text) {
+    std::vector<std::string> names;
+    for (size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
+        names.push_back(text.substr(at, text.find(".raw", at) - at));
+    }
+    return names;
+}
+
+}  // namespace
+
+TEST_F(CliBatchTest, JobsChangeNeitherPicturesNorTheOrderOfWhatIsTold) {
+    std::string inputs;
+    for (int i = 0; i < 24; ++i) {
+        // Two that cannot be read, and one that is not there.
+        inputs += i == 20 ? " f20.raw" : putFrame(i, i == 5 || i == 6 ? 100 : kRawBytes);
+    }
+    std::map<int, std::string> told;
+    for (int const jobs : {1, 2, 7}) {
+        std::string const name = std::to_string(jobs);
+        EXPECT_EQ(1, run(QUEN_REPROCESS + inputs + kHeaderless + "--format nv21 --jobs " + name +
+                         " -o " + name + " >out.txt 2>err.txt"));
+        EXPECT_EQ(inputsOf(get("err.txt")),
+                  (std::vector<std::string>{"quen-reprocess: f5", "quen-reprocess: f6",
+                                            "quen-reprocess: f20"}));
+        std::vector<std::string> const lines = inputsOf(get("out.txt"));
+        ASSERT_EQ(lines.size(), 22u);
+        EXPECT_EQ(lines[4], "f4");
+        EXPECT_EQ(lines[5], "f7");
+        EXPECT_EQ(lines[20], "f23");
+        EXPECT_THAT(lines[21], HasSubstr("21 of 24 reprocessed, 3 failed"));
+        EXPECT_EQ(files(name), files("1")) << jobs;
+    }
+    auto const made = files("1");
+    EXPECT_EQ(made.size(), 21u);
+    EXPECT_NE(made.at("f1.nv21"), made.at("f2.nv21"));
+}
+
+TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
+    std::string const frame = putFrame(1);
+    ASSERT_EQ(0, run(QUEN_REPROCESS + frame + kHeaderless + "-o a.nv21 >out.txt"));
+    ASSERT_EQ(0, run(QUEN_REPROCESS " a.nv21 --size 64x48 -o b.jpg >out.txt"));
+    std::string inputs;
+    for (int i = 0; i < 8; ++i) {
+        inputs += frame + " a.nv21 b.jpg";
+    }
+    ASSERT_EQ(0, run(QUEN_REPROCESS + inputs + kHeaderless + "--jobs 3 --info -o made >out.txt"));
+    auto const made = files("made");
+    EXPECT_EQ(made.size(), 24u);
+    for (auto const& [name, bytes] : made) {
+        EXPECT_EQ(bytes.substr(0, 2), "\xff\xd8") << name;
+        EXPECT_EQ(bytes.substr(bytes.size() - 2), "\xff\xd9") << name;
+    }
+    // What is told of an input follows its line: a mosaic has two requests, a picture one.
+    std::string const out = get("out.txt");
+    size_t results = 0;
+    for (size_t at = out.find("ISP result"); at != std::string::npos;
+         at = out.find("ISP result", at + 1)) {
+        ++results;
+    }
+    EXPECT_EQ(results, 8u * 4);
+}
+
+TEST_F(CliBatchTest, AnInterruptedBatchEndsWhatIsInWork) {
+    std::string inputs;
+    for (int i = 0; i < 300; ++i) {
+        inputs += putFrame(i);
+    }
+    int const exitCode = run("mkfifo said && { " QUEN_REPROCESS + inputs + kHeaderless +
+                             "--format nv21 --jobs 2 -o made >said & } && "
+                             "{ read first; kill -TERM $!; cat; } <said >out.txt; wait $!");
+    EXPECT_EQ(exitCode, 128 + 15);
+    auto const made = files("made");
+    EXPECT_LT(made.size(), 300u);
+    for (auto const& [name, bytes] : made) {
+        EXPECT_EQ(bytes.size(), kPictureBytes) << name;
+    }
+    EXPECT_THAT(get("out.txt"), HasSubstr(std::to_string(made.size()) + " of 300 reprocessed"));
+    EXPECT_THAT(get("out.txt"), HasSubstr("not begun: interrupted"));
+}
+
+namespace {
+
+// Notes the order of the stages, and how many frames were held at a time.
+class NotingStages : public PipelineStages {
+  public:
+    size_t read(size_t) override {
+        std::lock_guard<std::mutex> const guard(mLock);
+        ++mHeld;
+        mostHeld = std::max(mostHeld, mHeld);
+        return 100;
+    }
+    void submit(size_t frame) override { submitted.push_back(frame); }
+    void finish(size_t frame) override {
+        std::lock_guard<std::mutex> const guard(mLock);
+        --mHeld;
+        mostAhead = std::max(mostAhead, submitted.size() - finished.size());
+        finished.push_back(frame);
+        if (frame == last) {
+            mStopped = true;
+        }
+    }
+    void write(size_t frame) override { written.push_back(frame); }
+    bool isStopped() override {
+        std::lock_guard<std::mutex> const guard(mLock);
+        return mStopped;
+    }
+
+    size_t last = SIZE_MAX;  // to be finished before the stop
+    std::vector<size_t> submitted, finished, written;
+    size_t mostHeld = 0;
+    size_t mostAhead = 0;
+
+  private:
+    std::mutex mLock;
+    size_t mHeld = 0;
+    bool mStopped = false;
+};
+
+}  // namespace
+
+TEST(PipelineTest, TakesFramesInOrderAndHoldsNoMoreThanItMay) {
+    struct {
+        size_t jobs, memory, mostHeld, mostAhead;
+    } const cases[] = {
+            {2, SIZE_MAX, 3, 2},
+            {16, SIZE_MAX, 17, 4},
+            {16, 250, 2, 2},
+            {4, 50, 1, 1},
+    };
+    for (auto const& [jobs, memory, mostHeld, mostAhead] : cases) {
+        SCOPED_TRACE(jobs);
+        NotingStages stages;
+        EXPECT_EQ(Pipeline(200, jobs, memory, stages).run(), 200u);
+        EXPECT_LE(stages.mostHeld, mostHeld);
+        EXPECT_LE(stages.mostAhead, mostAhead);
+        EXPECT_EQ(stages.written.size(), 200u);
+        EXPECT_TRUE(std::is_sorted(stages.written.begin(), stages.written.end()));
+        EXPECT_EQ(stages.submitted, stages.written);
+        EXPECT_EQ(stages.finished, stages.written);
+    }
+}
+
+TEST(PipelineTest, WritesWhatWasReadBeforeAStop) {
+    NotingStages stages;
+    stages.last = 50;
+    size_t const done = Pipeline(200, 3, SIZE_MAX, stages).run();
+    EXPECT_GE(done, 51u);
+    EXPECT_LE(done, 51u + 4);
+    EXPECT_EQ(stages.written.size(), done);
+}
