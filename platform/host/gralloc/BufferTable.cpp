@@ -1,7 +1,5 @@
 #include "host/gralloc/BufferTable.h"
 
-#include <sys/mman.h>
-
 #include <utility>
 
 #include "host/gralloc/BufferSettings.h"
@@ -9,9 +7,6 @@
 namespace quen::host {
 
 ImportedBuffer::~ImportedBuffer() {
-    if (mAddress != nullptr) {
-        munmap(mAddress, mappedSize());
-    }
     native_handle_close(mHandle);
     native_handle_delete(mHandle);
 }
@@ -28,23 +23,19 @@ uint8_t* ImportedBuffer::mapReserved() {
 
 uint8_t* ImportedBuffer::map() {
     MutexLock const guard(mMapLock);
-    if (mAddress == nullptr) {
-        void* const address =
-                mmap(nullptr, mappedSize(), PROT_READ | PROT_WRITE, MAP_SHARED, memory(), 0);
-        mAddress = address == MAP_FAILED ? nullptr : static_cast<uint8_t*>(address);
-        // Whoever locks a picture goes through all of it, and its pages at one go take two thirds
-        // of the time of their faults one by one, half of the time of two threads' faults together.
-        // A plain block may be larger than what is ever written to it.
-        if (mAddress != nullptr && mFacts.layout != Layout::Blob) {
-            madvise(address, mFacts.extent.sizeInBytes, MADV_POPULATE_WRITE);
-        }
+    if (mMapping == nullptr) {
+        // Whoever locks a picture goes through all of it. A plain block may be larger than what is
+        // ever written to it.
+        bool const isBlock = mFacts.layout == Layout::Blob;
+        mMapping =
+                MemoryMapping::of(memory(), mappedSize(), isBlock ? 0 : mFacts.extent.sizeInBytes);
     }
-    return mAddress;
+    return mMapping == nullptr ? nullptr : mMapping->address();
 }
 
 bool ImportedBuffer::isMapped() const {
     MutexLock const guard(mMapLock);
-    return mAddress != nullptr;
+    return mMapping != nullptr;
 }
 
 void BufferTable::add(std::shared_ptr<ImportedBuffer> buffer) {

@@ -10,6 +10,7 @@
 
 #include "host/base/Mutex.h"
 #include "host/gralloc/BufferHandle.h"
+#include "host/gralloc/MemoryMapping.h"
 
 namespace quen::host {
 
@@ -46,7 +47,7 @@ class ImportedBuffer {
     native_handle_t* const mHandle;
     BufferFacts const mFacts;
     mutable Mutex mMapLock;
-    uint8_t* mAddress HOST_GUARDED_BY(mMapLock) = nullptr;
+    std::shared_ptr<MemoryMapping> mMapping HOST_GUARDED_BY(mMapLock);
 };
 
 /** How much is in use, to find what was forgotten. */

@@ -26,7 +26,10 @@ void ClientThread::waitUntilAsleep(std::chrono::milliseconds limit) const {
     }
 }
 
-/** Whether the thread runs or waits for a processor; false when its state cannot be read. */
+/**
+ * Whether the thread runs, waits for a processor or for the system itself, as for a page; false
+ * when its state cannot be read.
+ */
 bool ClientThread::isRunnable() const {
     char path[48];
     snprintf(path, sizeof(path), "/proc/self/task/%d/stat", mId);
@@ -40,7 +43,8 @@ bool ClientThread::isRunnable() const {
     text[size < 0 ? 0 : size] = '\0';
     // "<id> (<name>) <state> ..."; the name may contain any character.
     char const* const nameEnd = strrchr(text, ')');
-    return nameEnd != nullptr && strncmp(nameEnd, ") R", 3) == 0;
+    return nameEnd != nullptr &&
+           (strncmp(nameEnd, ") R", 3) == 0 || strncmp(nameEnd, ") D", 3) == 0);
 }
 
 }  // namespace quen::host::isp
