@@ -1,171 +1,22 @@
-// quen-reprocess as its user meets it: files in, files and words out, an exit code.
-
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
+// quen-reprocess: files through both stages, and what becomes of bad ones.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "support/Cli.h"
+
 namespace {
 
-namespace fs = std::filesystem;
+using namespace quentest;
 using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-struct Outcome {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-// A colour in linear light, and as full-range YUV of its sRGB.
-struct Colour {
-    double linear[3];
-    int y, cb, cr;
-};
-
-constexpr Colour kGrey = {{0.18, 0.18, 0.18}, 118, 128, 128};
-constexpr Colour kBrick = {{0.5, 0.05, 0.05}, 100, 107, 190};
-constexpr double kGains[3] = {2.0, 1.0, 1.5};
-constexpr uint32_t kWidth = 64;
-constexpr uint32_t kHeight = 48;
-
-uint32_t channelOf(std::string const& order, uint32_t x, uint32_t y) {
-    return static_cast<uint32_t>(std::string("rgb").find(order[(y & 1) * 2 + (x & 1)]));
-}
-
-// An evenly lit surface as an unbalanced sensor sees it.
-std::vector<uint16_t> mosaic(Colour const& colour, std::string const& order, int bits, int black) {
-    std::vector<uint16_t> samples;
-    double const range = (1 << bits) - 1 - black;
-    for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
-        uint32_t const channel = channelOf(order, i % kWidth, i / kWidth);
-        double const light = colour.linear[channel] / kGains[channel];
-        samples.push_back(static_cast<uint16_t>(std::lround(black + range * light)));
-    }
-    return samples;
-}
-
-template <typename Items>
-std::string bytesOf(Items const& items) {
-    return {reinterpret_cast<char const*>(std::data(items)), std::size(items) * sizeof(items[0])};
-}
-
-std::string asRaw10(std::vector<uint16_t> const& samples) {
-    std::string bytes;
-    for (size_t i = 0; i < samples.size(); i += 4) {
-        unsigned low = 0;
-        for (size_t k = 0; k < 4; ++k) {
-            bytes.push_back(static_cast<char>(samples[i + k] >> 2));
-            low |= (samples[i + k] & 3u) << 2 * k;
-        }
-        bytes.push_back(static_cast<char>(low));
-    }
-    return bytes;
-}
-
-// The smallest DNG there is: one strip of 14-bit samples, with the calibration that a camera would
-// give.
-std::string asDng(Colour const& colour, std::string const& order) {
-    // From XYZ to sRGB, and white.
-    constexpr double kMatrixAndNeutral[12] = {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415,
-                                              0.0557, -0.2040, 1.0570,  1,       1,      1};
-    std::vector<uint32_t> fractions;
-    for (uint32_t i = 0; i < 12; ++i) {
-        double const value = kMatrixAndNeutral[i] / kGains[i < 9 ? i / 3 : i - 9];
-        fractions.push_back(static_cast<uint32_t>(std::lround(value * 10000)));
-        fractions.push_back(10000);
-    }
-    uint32_t pattern = 0;
-    for (uint32_t i = 0; i < 4; ++i) {
-        pattern |= channelOf(order, i & 1, i >> 1) << 8 * i;
-    }
-    struct {
-        uint16_t tag, type;
-        uint32_t count, value;
-    } const fields[] = {
-            {256, 4, 1, kWidth},    {257, 4, 1, kHeight},       {258, 3, 1, 16},
-            {259, 3, 1, 1},         {262, 3, 1, 32803},         {271, 2, 2, 'Q'},
-            {272, 2, 2, 'T'},       {273, 4, 1, 1024},          {274, 3, 1, 6},
-            {277, 3, 1, 1},         {278, 4, 1, kHeight},       {279, 4, 1, kWidth * kHeight * 2},
-            {33421, 3, 2, 0x20002}, {33422, 1, 4, pattern},     {50706, 1, 4, 0x401},
-            {50708, 2, 2, 'Q'},     {50714, 3, 1, 512},         {50717, 4, 1, 16383},
-            {50721, 10, 9, 512},    {50728, 5, 3, 512 + 9 * 8}, {50778, 3, 1, 21},
-    };
-    std::string file("II*\0\10\0\0\0", 8);
-    file.push_back(std::size(fields));
-    file.push_back(0);
-    file += bytesOf(fields);
-    file.resize(512);
-    file += bytesOf(fractions);
-    file.resize(1024);
-    return file + bytesOf(mosaic(colour, order, 14, 512));
-}
-
-class CliTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        fs::remove_all(mFolder);
-        ASSERT_TRUE(fs::create_directory(mFolder));
-    }
-    void TearDown() override { fs::remove_all(mFolder); }
-
-    std::string path(std::string const& name) const { return (mFolder / name).string(); }
-
-    void put(std::string const& name, std::string const& bytes) const {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
-
-    std::string get(std::string const& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-
-    // Everything in the folder but what the runs print, hidden files included.
-    std::set<std::string> names() const {
-        std::set<std::string> found;
-        for (auto const& entry : fs::recursive_directory_iterator(mFolder)) {
-            if (entry.is_regular_file() && entry.path().extension() != ".txt") {
-                found.insert(fs::relative(entry.path(), mFolder).string());
-            }
-        }
-        return found;
-    }
-
-    Outcome run(std::string const& arguments) const {
-        std::string const command = "cd '" + mFolder.string() + "' && " QUEN_REPROCESS " " +
-                                    arguments + " >out.txt 2>err.txt";
-        int const status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, get("out.txt"), get("err.txt")};
-    }
-
-    // The middle of an NV21 picture, away from what a border may do.
-    void expectColour(std::string const& name, Colour const& colour) const {
-        std::string const picture = get(name);
-        ASSERT_EQ(kWidth * kHeight * 3 / 2, picture.size()) << name;
-        auto const at = [&](size_t offset) { return static_cast<uint8_t>(picture[offset]); };
-        size_t const chroma = kWidth * kHeight * 5 / 4 + kWidth / 2;
-        EXPECT_NEAR(colour.y, at(kWidth * kHeight / 2 + kWidth / 2), 2) << name;
-        EXPECT_NEAR(colour.cr, at(chroma), 2) << name;
-        EXPECT_NEAR(colour.cb, at(chroma + 1), 2) << name;
-    }
-
-    fs::path const mFolder = fs::temp_directory_path() / ("quen-cli-" + std::to_string(::getpid()));
-};
-
-}  // namespace
 
 TEST_F(CliTest, EveryBayerOrderAndContainerGivesTheSurfaceItsColour) {
     for (Colour const& colour : {kGrey, kBrick}) {
@@ -360,3 +211,5 @@ TEST_F(CliTest, AWrongCommandLineDoesNothing) {
     EXPECT_EQ(0, std::system(bare.c_str()));
     expectColour("x.nv21", kGrey);
 }
+
+}  // namespace

@@ -1,8 +1,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <exception>
+#include <iostream>
 #include <memory>
 
 #include "client/Reprocessor.h"
@@ -17,6 +22,7 @@
 #include "host/log/LogControl.h"
 #include "report/Report.h"
 #include "support/Failure.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
@@ -59,7 +65,7 @@ int run(int argc, char** argv) {
     try {
         RequestMetadata(options->request, 0, 0);  // checks the assignments once for all files
     } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s\n", failure.what());
+        std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
         return kUsage;
     }
     auto const report = std::make_shared<Report>(options->info);
@@ -69,10 +75,34 @@ int run(int argc, char** argv) {
                          : runBatch(*options, reprocessor, *report);
 }
 
+/** Runs the tool; whatever is thrown ends in words and an exit code. */
+int runGuarded(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "quen-reprocess: cannot go on: %s\n", printable(error.what()).c_str());
+        return kSomeFailed;
+    }
+}
+
+/** The exit code, when what was printed has arrived; else one that tells of the loss. */
+int checkPrinted(int exitCode) {
+    std::cout.flush();
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout) {
+        return exitCode;
+    }
+    std::fprintf(stderr, "quen-reprocess: standard output cannot be written%s%s\n",
+                 errno != 0 ? ": " : "", errno != 0 ? std::strerror(errno) : "");
+    return exitCode == kAllGood ? kSomeFailed : exitCode;
+}
+
 }  // namespace
 }  // namespace quen::reprocess
 
 int main(int argc, char** argv) {
     quen::reprocess::occupyStandardDescriptors();
-    return quen::reprocess::run(argc, argv);
+    // Beyond the limit of a file's size a write fails, which is told, rather than the process.
+    ::signal(SIGXFSZ, SIG_IGN);
+    return quen::reprocess::checkPrinted(quen::reprocess::runGuarded(argc, argv));
 }

@@ -1,5 +1,6 @@
 #include "client/Reprocessor.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -11,7 +12,9 @@
 #include "buffers/PictureBuffers.h"
 #include "buffers/ThreeABuffer.h"
 #include "client/DeviceSession.h"
+#include "host/isp/buffers/IspLimits.h"
 #include "support/Failure.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
@@ -33,8 +36,19 @@ ImageBuffer imageBuffer(int32_t streamId, int32_t format, size_t size, Capture c
     return image;
 }
 
-/** Buffer sizes are int32 in a request. */
+/**
+ * Refuses a picture that no request can carry, before the ISP is asked: a configuration that it
+ * refuses ends the process.
+ */
 void checkSize(Capture const& capture) {
+    auto const [shorter, longer] = std::minmax(capture.width, capture.height);
+    if (shorter < host::isp::kSmallestInputSide || longer > host::isp::kLargestSide) {
+        throw Failure(
+                format("is %ux%u pixels, and the ISP takes sides of %d to %d", capture.width,
+                       capture.height, host::isp::kSmallestInputSide, host::isp::kLargestSide),
+                "crop or scale it with other means first");
+    }
+    // Buffer sizes are int32 in a request.
     size_t const largest = size_t{3} * capture.width * capture.height + (1 << 20);
     if (largest > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
         throw Failure("is too large: " + std::to_string(capture.width) + "x" +
@@ -46,7 +60,8 @@ void checkSize(Capture const& capture) {
 /** The raw format of a capture, of the depth that the library requests from the ISP for it. */
 RawTarget rawTarget(Capture const& capture, RequestOptions const& options,
                     RequestMetadata const& metadata) {
-    bool const fitsRaw10 = capture.calibration.levelBits <= 10 && capture.width % 4 == 0;
+    bool const fitsRaw10 =
+            capture.calibration.levelBits <= 10 && capture.width % host::isp::kPackedGroup == 0;
     if (fitsRaw10 && !options.raw16) {
         return {false, 10};
     }
@@ -137,12 +152,14 @@ void Reprocessor::fail(Frame const& frame, char const* problem) const {
 }
 
 void Reprocessor::submit(Frame& frame) {
+    Capture const& capture = frame.capture;
+    int32_t const number = static_cast<int32_t>(frame.number);
+    // Nothing in it is needed to encode a picture, but the library calls a request without a 3A
+    // buffer an error.
+    frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
     if (frame.rawFormat == 0) {
         return;
     }
-    Capture const& capture = frame.capture;
-    int32_t const number = static_cast<int32_t>(frame.number);
-    frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
     frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
     ImageBuffer const input =
             imageBuffer(kInputStream, frame.rawFormat, frame.input->size(), capture, *frame.input);

@@ -5,6 +5,7 @@
 
 #include "support/Failure.h"
 #include "support/FileExtension.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
@@ -18,10 +19,8 @@ struct OutputName {
 
 // Files in a folder get the first extension of their kind.
 constexpr OutputName kOutputNames[] = {
-        {".jpg", OutputKind::Jpeg},
-        {".jpeg", OutputKind::Jpeg},
-        {".nv21", OutputKind::Nv21},
-        {".yuv", OutputKind::I420},
+        {".jpg", OutputKind::Jpeg},  {".jpeg", OutputKind::Jpeg}, {".jpe", OutputKind::Jpeg},
+        {".nv21", OutputKind::Nv21}, {".yuv", OutputKind::I420},
 };
 
 /** The extension of files of a kind in a folder. */
@@ -45,8 +44,9 @@ bool namesFolder(Options const& options) {
 void makeFolder(std::string const& path) {
     std::error_code error;
     fs::create_directories(path, error);
-    if (!fs::is_directory(path)) {
-        throw Failure(path + ": cannot be made a folder" +
+    std::error_code ignored;
+    if (!fs::is_directory(path, ignored)) {
+        throw Failure(printable(path) + ": cannot be made a folder" +
                               (error ? ": " + error.message() : std::string()),
                       "several inputs need a folder as their output");
     }
@@ -79,11 +79,11 @@ std::vector<Job> planJobs(Options const& options) {
     if (!namesFolder(options)) {
         std::optional<OutputKind> const named = outputKindOf(options.output);
         if (!named && !options.format) {
-            throw Failure(options.output + ": does not tell what to make",
+            throw Failure(printable(options.output) + ": does not tell what to make",
                           "end it in .jpg, .nv21 or .yuv, or give --format");
         }
         if (named && options.format && *named != *options.format) {
-            throw Failure(options.output + ": contradicts --format",
+            throw Failure(printable(options.output) + ": contradicts --format",
                           "leave --format out or change the name's ending");
         }
         jobs.push_back({options.inputs.front(), options.output, named.value_or(*options.format)});

@@ -1,7 +1,10 @@
 #include "command/Options.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,7 +13,11 @@
 #include <CLI/CLI.hpp>
 
 #include "command/ExitCode.h"
+#include "command/OptionChecks.h"
+#include "host/isp/buffers/IspLimits.h"
+#include "support/Failure.h"
 #include "support/Numbers.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
@@ -21,16 +28,16 @@ constexpr char kDescription[] =
         "JPEG become JPEG. The stages are chosen by what goes in and what comes out.";
 
 constexpr char kFooter[] = R"(Inputs, by name:
-  *.jpg *.jpeg     JPEG
-  *.nv21 *.yuv     packed NV21 or planar I420, full range; needs --size
-  anything else    headerless Bayer when --bayer is given, otherwise a camera's raw
-                   file (DNG and the makers' own)
-Outputs, by name: *.jpg *.jpeg JPEG, *.nv21 packed NV21, *.yuv planar I420. Several
-inputs, a folder, or a name that ends in '/' make a folder of outputs. A file is
-written whole or not at all.
+  *.jpg *.jpeg *.jpe  JPEG
+  *.nv21 *.yuv        packed NV21 or planar I420, full range; needs --size
+  anything else       headerless Bayer when --bayer is given; otherwise, by what is in
+                      it, JPEG or a camera's raw file (DNG and the makers' own)
+Outputs, by name: *.jpg *.jpeg *.jpe JPEG, *.nv21 packed NV21, *.yuv planar I420.
+Several inputs, a folder, or a name that ends in '/' make a folder of outputs. A file
+is written whole or not at all.
 
-Headerless samples are little-endian words of 16 bits, or packed RAW10 when that is
-what the file's size amounts to.
+Headerless samples are little-endian words of 16 bits, or packed RAW10, RAW12 or RAW14
+when that is what the file's size amounts to; --layout says so where it does not.
 
 Exit codes:
   0  everything was reprocessed
@@ -51,6 +58,12 @@ std::map<std::string, BayerOrder> const kBayerNames = {
         {"grbg", BayerOrder::GRBG},
         {"gbrg", BayerOrder::GBRG},
         {"bggr", BayerOrder::BGGR},
+};
+
+std::map<std::string, SampleLayout> const kLayoutNames = {
+        {"words", SampleLayout::Words}, {"words-be", SampleLayout::BigEndianWords},
+        {"raw10", SampleLayout::Raw10}, {"raw12", SampleLayout::Raw12},
+        {"raw14", SampleLayout::Raw14},
 };
 
 std::map<std::string, OutputKind> const kOutputNames = {
@@ -76,6 +89,11 @@ class HelpFormatter : public CLI::Formatter {
         return text;
     }
 };
+
+/** What is printed about a wrong command line. */
+std::string usageProblem(std::string const& problem) {
+    return "quen-reprocess: " + printable(problem) + "; --help tells what there is\n";
+}
 
 /** The checks have no description: the type name of an option states its values. */
 template <typename Names>
@@ -113,14 +131,15 @@ std::vector<T> parseList(std::string_view text, char separator) {
 
 /** Parses --size. */
 void setSize(std::string const& text, InputOptions& options) {
-    constexpr uint32_t kLargest = 65534;  // what a JPEG can hold, and even
     auto const values = parseList<uint32_t>(text, 'x');
     if (values.size() != 2) {
         throw CLI::ValidationError("--size", "expects WIDTHxHEIGHT in pixels, not '" + text + "'");
     }
     for (uint32_t const value : values) {
-        if (value < 2 || value > kLargest) {
-            throw CLI::ValidationError("--size", "width and height must lie in 2 to 65534");
+        if (value < host::isp::kSmallestInputSide || value > host::isp::kLargestSide) {
+            throw CLI::ValidationError(
+                    "--size", format("the ISP takes sides of %d to %d",
+                                     host::isp::kSmallestInputSide, host::isp::kLargestSide));
         }
     }
     options.size = {values[0], values[1]};
@@ -158,6 +177,22 @@ void setBlack(std::string const& text, InputOptions& options) {
     options.black = {values[0], values[1], values[2], values[3]};
 }
 
+/** Parses --matrix. */
+void setMatrix(std::string const& text, InputOptions& options) {
+    auto const values = parseList<float>(text, ',');
+    std::array<float, 9> matrix;
+    bool const usable = values.size() == matrix.size() &&
+                        std::all_of(values.begin(), values.end(), [](float value) {
+                            return std::abs(value) <= 64;  // false for what is no number
+                        });
+    if (!usable) {
+        throw CLI::ValidationError(
+                "--matrix", "expects nine numbers of -64 to 64, row by row, not '" + text + "'");
+    }
+    std::copy(values.begin(), values.end(), matrix.begin());
+    options.matrix = matrix;
+}
+
 /** Adds the options about headerless inputs and corrections. */
 void addInputOptions(CLI::App& app, InputOptions& options) {
     constexpr char kGroup[] = "What the input is";
@@ -172,10 +207,24 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
             ->transform(oneOf(kBayerNames))
             ->type_name("rggb|grbg|gbrg|bggr")
             ->group(kGroup);
-    app.add_option("--bits", options.bits, "Depth of headerless Bayer samples")
+    app.add_option("--bits", options.bits, "Depth of headerless Bayer samples; 10 unless given")
             ->check(range(8, 16))
             ->type_name("8..16")
-            ->capture_default_str()
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--layout", [&](std::string const& text) { options.layout = kLayoutNames.at(text); },
+               "How headerless samples lie: 16-bit words, the same\nbig-endian, or packed; by the "
+               "file's size unless given")
+            ->transform(oneOf(kLayoutNames))
+            ->type_name("words|words-be|raw10|raw12|raw14")
+            ->group(kGroup);
+    app.add_option("--stride", options.stride, "Bytes from row to row of headerless samples")
+            ->check(range(1, 1 << 30))
+            ->type_name("BYTES")
+            ->group(kGroup);
+    app.add_option("--offset", options.offset, "Bytes before the first row of headerless samples")
+            ->check(range(0, 1 << 30))
+            ->type_name("BYTES")
             ->group(kGroup);
     app.add_option_function<std::string>(
                "--wb", [&](std::string const& text) { setWhiteBalance(text, options); },
@@ -186,6 +235,24 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
                "--black", [&](std::string const& text) { setBlack(text, options); },
                "Black level, one or R,Gr,Gb,B, in place of a raw\nfile's own; 0 when headerless")
             ->type_name("N")
+            ->group(kGroup);
+    app.add_option("--white", options.white,
+                   "White level, in place of a raw file's own; the\nlargest sample of --bits when "
+                   "headerless")
+            ->check(range(1, 65535))
+            ->type_name("N")
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--matrix", [&](std::string const& text) { setMatrix(text, options); },
+               "White-balanced camera RGB to linear sRGB, nine\nnumbers row by row, in place of a "
+               "raw file's own")
+            ->type_name("M,...")
+            ->group(kGroup);
+    app.add_option("--rotate", options.rotate,
+                   "Clockwise turn that shows the picture upright, in\nplace of the file's own; "
+                   "told in the JPEG, not applied")
+            ->check(CLI::IsMember(std::vector<int>{0, 90, 180, 270}).description(""))
+            ->type_name("0|90|180|270")
             ->group(kGroup);
 }
 
@@ -249,27 +316,6 @@ void addReportOptions(CLI::App& app, Options& options) {
             ->group(kGroup);
 }
 
-/** Checks options that depend on each other, which CLI11 does not. */
-void checkTogether(Options const& options) {
-    if (options.demo) {
-        if (!options.inputs.empty()) {
-            throw CLI::ValidationError(
-                    "demo", "takes no input; '" + options.inputs.front() + "' was given");
-        }
-        return;
-    }
-    if (options.inputs.empty()) {
-        throw CLI::RequiredError("INPUT");
-    }
-    if (options.output.empty()) {
-        throw CLI::RequiredError("-o");
-    }
-    if (options.input.bayer && !options.input.size) {
-        throw CLI::ValidationError("--bayer",
-                                   "needs --size: a headerless file does not tell its own");
-    }
-}
-
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
@@ -279,9 +325,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
     auto const formatter = std::make_shared<HelpFormatter>();
     formatter->column_width(30);
     app.formatter(formatter);
-    app.failure_message([](CLI::App const*, CLI::Error const& error) {
-        return "quen-reprocess: " + std::string(error.what()) + "; --help tells what there is\n";
-    });
+    app.failure_message(
+            [](CLI::App const*, CLI::Error const& error) { return usageProblem(error.what()); });
     app.add_option("INPUT", options.inputs, "Files to reprocess")->type_name("");
     app.add_option("-o,--output", options.output, "Where the picture goes: a file or a folder")
             ->type_name("OUT");
@@ -312,9 +357,14 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
     try {
         app.parse(argc, argv);
         options.demo = demo->parsed();
-        checkTogether(options);
+        options.setsQuality = app.count("--quality") != 0;
+        checkOptions(options);
     } catch (CLI::ParseError const& error) {
         exitCode = app.exit(error) == 0 ? kAllGood : kUsage;
+        return std::nullopt;
+    } catch (Failure const& failure) {
+        std::fprintf(stderr, "%s", usageProblem(failure.what()).c_str());
+        exitCode = kUsage;
         return std::nullopt;
     }
     if (options.demo && options.output.empty()) {

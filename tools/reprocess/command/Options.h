@@ -18,6 +18,7 @@ struct Options {
     std::optional<OutputKind> format;
     InputOptions input;
     RequestOptions request;
+    bool setsQuality = false;  ///< whether --quality was given
     std::string logLevel = "silent";
     bool info = false;
     size_t jobs = 0;  ///< inputs in work at a time; 0: as many as there are processors

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "support/Failure.h"
 
@@ -37,24 +38,39 @@ void writeAll(int fd, Bytes bytes) {
     }
 }
 
-/** A file under a temporary name, removed unless it gets its final name. */
+/** Closes a descriptor whose errors nobody is told. */
+void closeQuietly(int& fd) {
+    if (fd >= 0) {
+        ::close(std::exchange(fd, -1));
+    }
+}
+
+/**
+ * A file that has no name until it is whole, so that nothing is left of it whatever ends the
+ * process. Where the file system knows no such files, it has a temporary name, removed unless it
+ * gets its final one.
+ */
 class TemporaryFile {
   public:
     explicit TemporaryFile(fs::path const& target)
-        : mName((target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string()),
-          mFd(::mkostemp(mName.data(), O_CLOEXEC)) {
+        : mTemporary((target.parent_path() / ("." + target.filename().string() + ".XXXXXX"))
+                             .string()) {
+        fs::path const folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+        mFd = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+        if (mFd >= 0) {
+            return;
+        }
+        mFd = ::mkostemp(mTemporary.data(), O_CLOEXEC);
         if (mFd < 0) {
-            mName.clear();
             throwErrno("cannot be created");
         }
+        mHasName = true;
     }
 
     ~TemporaryFile() {
-        if (mFd >= 0) {
-            ::close(mFd);
-        }
-        if (!mName.empty()) {
-            ::unlink(mName.c_str());
+        closeQuietly(mFd);
+        if (mHasName) {
+            ::unlink(mTemporary.c_str());
         }
     }
 
@@ -63,26 +79,69 @@ class TemporaryFile {
 
     int fd() const { return mFd; }
 
-    void renameTo(fs::path const& target) {
+    void moveTo(fs::path const& target) {
+        if (!mHasName && link(target.string())) {
+            closeWhole();
+            return;
+        }
+        if (!mHasName) {
+            nameTemporarily();
+        } else {
+            takeUsualMode();
+        }
+        closeWhole();
+        if (::rename(mTemporary.c_str(), target.c_str()) != 0) {
+            throwErrno("cannot be put in its place");
+        }
+        mHasName = false;
+    }
+
+  private:
+    /** Names the nameless file. @return false when the name is taken */
+    bool link(std::string const& name) {
+        std::string const self = "/proc/self/fd/" + std::to_string(mFd);
+        if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+            return true;
+        }
+        if (errno != EEXIST) {
+            throwErrno("cannot be put in its place");
+        }
+        return false;
+    }
+
+    /** A link cannot take a name from another file; a rename can. */
+    void nameTemporarily() {
+        std::string const pattern = mTemporary;
+        do {
+            mTemporary = pattern;
+            int fd = ::mkostemp(mTemporary.data(), O_CLOEXEC);
+            if (fd < 0) {
+                throwErrno("cannot be created");
+            }
+            closeQuietly(fd);
+            ::unlink(mTemporary.c_str());
+        } while (!link(mTemporary));
+        mHasName = true;
+    }
+
+    /** Gives the file the permissions that any new file gets. */
+    void takeUsualMode() {
         mode_t const mask = ::umask(0);
         ::umask(mask);
         if (::fchmod(mFd, 0666 & ~mask) != 0) {
             throwErrno("cannot be given its permissions");
         }
-        int const closed = ::close(mFd);
-        mFd = -1;
-        if (closed != 0) {
-            throwErrno("cannot be written");
-        }
-        if (::rename(mName.c_str(), target.c_str()) != 0) {
-            throwErrno("cannot be put in its place");
-        }
-        mName.clear();
     }
 
-  private:
-    std::string mName;
-    int mFd;
+    void closeWhole() {
+        if (::close(std::exchange(mFd, -1)) != 0) {
+            throwErrno("cannot be written");
+        }
+    }
+
+    std::string mTemporary;
+    bool mHasName = false;  // whether there is a file of the temporary name
+    int mFd = -1;
 };
 
 /** Writes to an existing device or pipe. */
@@ -127,7 +186,7 @@ void writeOutputFile(std::string const& path, Bytes bytes) {
     }
     TemporaryFile file(target);
     writeAll(file.fd(), bytes);
-    file.renameTo(target);
+    file.moveTo(target);
 }
 
 }  // namespace quen::reprocess

@@ -7,8 +7,8 @@
 namespace quen::reprocess {
 
 /**
- * Writes a file completely or not at all: to a temporary file in the same folder, which is then
- * renamed. Follows links; writes directly to a device or a pipe.
+ * Writes a file completely or not at all: to a file without a name in the same folder, which then
+ * gets its name. Follows links; writes directly to a device or a pipe.
  *
  * @throws Failure, without the file's name; an existing file is then unchanged
  */

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "support/Text.h"
+
 namespace quen::reprocess {
 namespace {
 
@@ -31,14 +33,14 @@ void Progress::begin(std::string const& name) {
 
 void Progress::line(std::string const& text) {
     erase();
-    std::fprintf(stdout, "%s\n", text.c_str());
+    std::fprintf(stdout, "%s\n", printable(text).c_str());
     std::fflush(stdout);
     draw();
 }
 
 void Progress::problem(std::string const& text) {
     erase();
-    std::fprintf(stderr, "%s\n", text.c_str());
+    std::fprintf(stderr, "%s\n", printable(text).c_str());
     draw();
 }
 
@@ -60,7 +62,7 @@ void Progress::draw() {
     size_t const filled = mDone * kBarWidth / mTotal;
     std::string const bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
     std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s", bar.c_str(), mDone, mTotal,
-                 shortened(mName).c_str());
+                 printable(shortened(mName)).c_str());
 }
 
 }  // namespace quen::reprocess

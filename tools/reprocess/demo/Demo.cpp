@@ -23,7 +23,7 @@ int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch) 
     Product const product = reprocessor.run(capture, OutputKind::Jpeg, watch);
     watch.time("write", [&] { writeOutputFile(options.output, product.bytes); });
     Psnr const psnr = watch.time("compare", [&] { return comparePicture(product.bytes, scene); });
-    std::printf("%s  %ux%u  %s\n", options.output.c_str(), capture.width, capture.height,
+    std::printf("%s  %ux%u  %s\n", printable(options.output).c_str(), capture.width, capture.height,
                 bytesText(product.bytes.size).c_str());
     std::printf(
             "PSNR %.2f dB against the scene (8-bit sRGB, all channels; R %.2f, G %.2f, B %.2f)\n",
@@ -44,7 +44,8 @@ int runDemo(Options const& options, Reprocessor& reprocessor, Report& report) {
     try {
         exitCode = develop(options, reprocessor, watch);
     } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s: %s\n", options.output.c_str(), failure.what());
+        std::fprintf(stderr, "quen-reprocess: %s: %s\n", printable(options.output).c_str(),
+                     failure.what());
     } catch (std::exception const& error) {
         std::fprintf(stderr, "quen-reprocess: the demo failed: %s\n", error.what());
     }

@@ -8,6 +8,7 @@
 #include "inputs/BitsUsed.h"
 #include "inputs/CompressedSize.h"
 #include "inputs/Corrections.h"
+#include "inputs/EvenSize.h"
 #include "inputs/MappedFile.h"
 #include "inputs/RawSamples.h"
 #include "support/Failure.h"
@@ -172,18 +173,19 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
         sizes.top_margin + sizes.height > sizes.raw_height) {
         throw Failure("has no visible area of 2x2 pixels or more");
     }
-    capture.width = sizes.width & ~1u;
-    capture.height = sizes.height & ~1u;
+    setEvenSize(sizes.width, sizes.height, capture);
 
     BayerImage image;
     image.stride = samples.stride;
     image.samples = samples.first + sizes.top_margin * image.stride + sizes.left_margin;
     capture.image = image;
     SensorCalibration& calibration = capture.calibration;
-    calibration.whiteLevel = static_cast<float>(colour.maximum);
+    calibration.whiteLevel = options.white.value_or(static_cast<float>(colour.maximum));
     calibration.levelBits = depthOf(image, capture.width, capture.height, calibration.whiteLevel);
     readBlackLevels(*raw, calibration);
-    readColourMatrix(colour, capture);
+    if (!options.matrix) {
+        readColourMatrix(colour, capture);
+    }
     scaleNoise(raw->imgdata.other.iso_speed, calibration);
     if (!options.wb) {
         readWhiteBalance(colour, capture);

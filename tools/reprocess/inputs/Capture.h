@@ -41,12 +41,13 @@ struct Nv21Image {
  * One picture as read from its file, of whatever format.
  *
  * Width and height are even: chroma of half resolution has no sample for the last column or row of
- * an odd picture, so the readers drop it.
+ * an odd picture, so the readers leave it out (EvenSize.h).
  */
 struct Capture {
     uint32_t width = 0;
     uint32_t height = 0;
-    int orientation = 0;  ///< degrees to turn clockwise for viewing: 0, 90, 180, 270
+    int orientation = 0;    ///< degrees to turn clockwise for viewing: 0, 90, 180, 270
+    bool mirrored = false;  ///< to be mirrored left to right for viewing, after the turn
     std::variant<BayerImage, Nv21Image> image;
     SensorCalibration calibration;       ///< of a mosaic; levels at the depth of its samples
     std::vector<std::string> notes;      ///< remarks on the file, for the user

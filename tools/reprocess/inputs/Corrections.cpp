@@ -18,13 +18,23 @@ void applyCorrections(InputOptions const& options, SensorCalibration& calibratio
         calibration.wbGains[kGreenOfBlueRows] = green;
         calibration.wbGains[kBlue] = blue;
     }
+    if (options.matrix) {
+        std::copy(options.matrix->begin(), options.matrix->end(), calibration.colorMatrix);
+    }
+    calibration.whiteLevel = options.white.value_or(calibration.whiteLevel);
+    float const largest = static_cast<float>((1 << calibration.levelBits) - 1);
+    if (calibration.whiteLevel > largest) {
+        throw Failure(format("has samples up to %.0f, and --white says %.0f", largest,
+                             calibration.whiteLevel),
+                      "check --white, or give the depth with --bits");
+    }
     float const black =
             *std::max_element(std::begin(calibration.blackLevel), std::end(calibration.blackLevel));
     if (black >= calibration.whiteLevel) {
         throw Failure(format("would be all black: its black level of %.0f is not below its white "
                              "level of %.0f",
                              black, calibration.whiteLevel),
-                      "give the true one with --black");
+                      "give the true ones with --black and --white");
     }
 }
 

@@ -6,9 +6,9 @@
 namespace quen::reprocess {
 
 /**
- * Replaces levels and gains of a calibration by those of the command line.
+ * Replaces levels, gains and matrix of a calibration by those of the command line.
  *
- * @throws Failure when black is not below white afterwards
+ * @throws Failure when black is not below white afterwards, or white is above the depth
  */
 void applyCorrections(InputOptions const& options, SensorCalibration& calibration);
 

@@ -8,8 +8,8 @@
 namespace quen::reprocess {
 
 /**
- * Reads a headerless mosaic of `options.size` and `options.bayer`: 16-bit words or packed RAW10,
- * by the size of the file.
+ * Reads a headerless mosaic of `options.size` and `options.bayer`, in the layout that the options
+ * state or that the size of the file tells.
  *
  * @throws Failure, without the file's name
  */

@@ -2,25 +2,17 @@
 
 #include "inputs/CameraRaw.h"
 #include "inputs/HeaderlessBayer.h"
+#include "inputs/InputKind.h"
 #include "inputs/JpegFile.h"
+#include "inputs/OptionUse.h"
 #include "inputs/YuvFile.h"
-#include "support/FileExtension.h"
 
 namespace quen::reprocess {
+namespace {
 
-InputKind inputKind(std::string const& path, InputOptions const& options) {
-    std::string const extension = lowerExtension(path);
-    if (extension == ".jpg" || extension == ".jpeg") {
-        return InputKind::Jpeg;
-    }
-    if (extension == ".nv21" || extension == ".yuv") {
-        return InputKind::Yuv;
-    }
-    return options.bayer ? InputKind::HeaderlessBayer : InputKind::CameraRaw;
-}
-
-Capture readCapture(std::string const& path, InputOptions const& options) {
-    switch (inputKind(path, options)) {
+/** Reads a picture of a kind. */
+Capture readKind(InputKind kind, std::string const& path, InputOptions const& options) {
+    switch (kind) {
         case InputKind::Jpeg:
             return readJpeg(path);
         case InputKind::Yuv:
@@ -31,6 +23,22 @@ Capture readCapture(std::string const& path, InputOptions const& options) {
             break;
     }
     return readCameraRaw(path, options);
+}
+
+}  // namespace
+
+Capture readCapture(std::string const& path, InputOptions const& options) {
+    InputKind const kind = inputKind(path, options);
+    Capture capture = readKind(kind, path, options);
+    for (std::string const& option : unusedOptions(options, {kind})) {
+        capture.notes.push_back(std::string("is ") + kindText(kind) + ", which makes no use of " +
+                                option);
+    }
+    if (options.rotate) {
+        capture.orientation = *options.rotate;
+        capture.mirrored = false;
+    }
+    return capture;
 }
 
 }  // namespace quen::reprocess

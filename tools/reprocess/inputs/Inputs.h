@@ -7,14 +7,8 @@
 
 namespace quen::reprocess {
 
-/** The formats of input files. */
-enum class InputKind { Jpeg, Yuv, HeaderlessBayer, CameraRaw };
-
-/** The format of a file: by its extension, else by whether a Bayer order was given. */
-InputKind inputKind(std::string const& path, InputOptions const& options);
-
 /**
- * Reads one picture, whatever its format.
+ * Reads one picture, whatever its format. Options that it makes no use of are noted.
  *
  * @throws Failure, without the file's name
  */

@@ -7,6 +7,7 @@
 #include <array>
 
 #include "inputs/CompressedSize.h"
+#include "inputs/EvenSize.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 
@@ -117,6 +118,7 @@ void setOrientation(int exif, Capture& capture) {
         return;
     }
     capture.orientation = kDegrees[exif];
+    capture.mirrored = kMirrored[exif];
     if (kMirrored[exif]) {
         capture.notes.push_back(
                 "is stored mirrored; a request can only turn, so it stays mirrored");
@@ -146,8 +148,7 @@ Capture readJpeg(std::string const& path) {
     }
 
     Capture capture;
-    capture.width = static_cast<uint32_t>(width) & ~1u;
-    capture.height = static_cast<uint32_t>(height) & ~1u;
+    setEvenSize(static_cast<uint32_t>(width), static_cast<uint32_t>(height), capture);
     // A file of RGB components has no chroma planes.
     int const usable = colour == TJCS_YCbCr ? sampling : -1;
     auto const packed =

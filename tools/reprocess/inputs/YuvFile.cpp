@@ -2,6 +2,7 @@
 
 #include <libyuv.h>
 
+#include "inputs/EvenSize.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 #include "support/FileExtension.h"
@@ -52,8 +53,7 @@ Capture readYuv(std::string const& path, InputOptions const& options) {
     }
 
     Capture capture;
-    capture.width = width & ~1u;
-    capture.height = height & ~1u;
+    setEvenSize(width, height, capture);
     bool const planar = lowerExtension(path) == ".yuv";
     if (planar || capture.width != width || capture.height != height) {
         auto const packed = repack(*file, width, height, planar);

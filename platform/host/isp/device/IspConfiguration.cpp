@@ -5,7 +5,7 @@
 
 #include <system/graphics.h>
 
-#include "host/isp/jpeg/JpegEncode.h"
+#include "host/isp/buffers/IspLimits.h"
 
 using android::hardware::hidl_vec;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
@@ -17,8 +17,6 @@ namespace quen::host::isp {
 namespace {
 
 constexpr uint32_t kRgbLayout = 0x00010002;
-constexpr int kMinInputSide = 8;
-constexpr int kPackedGroup = 4;
 
 /** A format that input or output streams may have. */
 struct FormatRule {
@@ -61,10 +59,10 @@ bool applyFormat(ISPStream const& stream, bool isInput, Stream& result) {
 
 /** Reads one stream; none when the ISP does not take it. */
 std::optional<Stream> readStream(ISPStream const& stream, bool isInput) {
-    uint32_t const smallest = isInput ? kMinInputSide : 1;
+    uint32_t const smallest = isInput ? kSmallestInputSide : 1;
     auto const [shorter, longer] = std::minmax(stream.width, stream.height);
     Stream result;
-    if (shorter < smallest || longer > kMaxJpegSide || !applyFormat(stream, isInput, result)) {
+    if (shorter < smallest || longer > kLargestSide || !applyFormat(stream, isInput, result)) {
         return std::nullopt;
     }
     result.id = static_cast<uint32_t>(stream.id);

@@ -4,18 +4,16 @@
 #include <cstdint>
 #include <vector>
 
+#include "host/isp/buffers/IspLimits.h"
 #include "host/isp/buffers/Picture.h"
 
 namespace quen::host::isp {
-
-/** Largest width and height of a JPEG, in pixels. */
-constexpr int kMaxJpegSide = 65500;
 
 /**
  * Encodes a 4:2:0 picture without resampling it. Slices are encoded in parallel and joined at
  * restart markers.
  *
- * @param picture planar, NV12 or NV21, no side above kMaxJpegSide
+ * @param picture planar, NV12 or NV21, no side above kLargestSide
  * @param quality 1..100
  * @param exif content of the APP1 segment; none when empty
  * @param target receives the file

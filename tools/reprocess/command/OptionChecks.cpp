@@ -1,0 +1,91 @@
+#include "command/OptionChecks.h"
+
+#include <algorithm>
+
+#include "command/FileNames.h"
+#include "inputs/InputKind.h"
+#include "inputs/OptionUse.h"
+#include "support/Failure.h"
+#include "support/FileExtension.h"
+
+namespace quen::reprocess {
+namespace {
+
+/** Whether a kind is developed from a mosaic. */
+bool isMosaic(InputKind kind) {
+    return kind == InputKind::HeaderlessBayer || kind == InputKind::CameraRaw;
+}
+
+/** Throws for options that the demo makes no use of. */
+void checkDemo(Options const& options) {
+    if (!options.inputs.empty()) {
+        throw Failure("demo: takes no input; '" + options.inputs.front() + "' was given");
+    }
+    auto const unused = unusedOptions(options.input, {});
+    if (!unused.empty()) {
+        throw Failure(unused.front() + ": the demo renders its own capture", "leave it out");
+    }
+    bool const wantsJpeg = options.format.value_or(OutputKind::Jpeg) == OutputKind::Jpeg;
+    bool const namesJpeg = options.output.empty() || lowerExtension(options.output).empty() ||
+                           outputKindOf(options.output) == OutputKind::Jpeg;
+    if (!wantsJpeg || !namesJpeg) {
+        throw Failure(wantsJpeg ? options.output + ": the demo makes a JPEG"
+                                : std::string("--format: the demo makes a JPEG"),
+                      "end OUT in .jpg");
+    }
+}
+
+/** Throws for a size beside a file that has its own, unless that is what its user left out. */
+void checkSizes(Options const& options, std::vector<InputKind> const& kinds) {
+    auto const guessed = std::find(kinds.begin(), kinds.end(), InputKind::CameraRaw);
+    if (options.input.size && guessed != kinds.end()) {
+        std::string const& input = options.inputs[static_cast<size_t>(guessed - kinds.begin())];
+        throw Failure("--size: " + input + " is neither a JPEG nor named .nv21 or .yuv",
+                      "add --bayer ORDER if it is a headerless mosaic, leave --size out if it is "
+                      "a camera's raw file");
+    }
+    if (options.input.bayer && !options.input.size) {
+        throw Failure("--bayer: needs --size, for a headerless file does not tell its own");
+    }
+}
+
+/** Throws for options that nothing on the command line makes use of. */
+void checkUse(Options const& options, std::vector<InputKind> const& kinds) {
+    auto unused = unusedOptions(options.input, kinds);
+    if (options.request.raw16 && std::none_of(kinds.begin(), kinds.end(), isMosaic)) {
+        unused.emplace_back("--raw16");
+    }
+    if (!unused.empty()) {
+        throw Failure(unused.front() + ": no input makes use of it; " + options.inputs.front() +
+                              " is " + kindText(kinds.front()),
+                      "leave it out");
+    }
+    OutputKind const kind =
+            options.format.value_or(outputKindOf(options.output).value_or(OutputKind::Jpeg));
+    if (options.setsQuality && kind != OutputKind::Jpeg) {
+        throw Failure("--quality: no JPEG is made", "leave it out");
+    }
+}
+
+}  // namespace
+
+void checkOptions(Options const& options) {
+    if (options.demo) {
+        checkDemo(options);
+        return;
+    }
+    if (options.inputs.empty()) {
+        throw Failure("INPUT is missing");
+    }
+    if (options.output.empty()) {
+        throw Failure("-o is missing");
+    }
+    std::vector<InputKind> kinds;
+    for (std::string const& input : options.inputs) {
+        kinds.push_back(inputKind(input, options.input));
+    }
+    checkSizes(options, kinds);
+    checkUse(options, kinds);
+}
+
+}  // namespace quen::reprocess
