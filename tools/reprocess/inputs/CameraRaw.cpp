@@ -1,7 +1,5 @@
 #include "inputs/CameraRaw.h"
 
-#include <libraw/libraw.h>
-
 #include <algorithm>
 #include <cmath>
 
@@ -10,30 +8,20 @@
 #include "inputs/Corrections.h"
 #include "inputs/EvenSize.h"
 #include "inputs/MappedFile.h"
+#include "inputs/RawFile.h"
 #include "inputs/RawSamples.h"
 #include "support/Failure.h"
 
 namespace quen::reprocess {
 namespace {
 
-/** Throws when a call of LibRaw failed. */
-void check(int result) {
-    if (result == LIBRAW_FILE_UNSUPPORTED) {
-        throw Failure("is no camera's raw file that LibRaw knows",
-                      "a headerless frame needs --size and --bayer");
-    }
-    if (result != LIBRAW_SUCCESS) {
-        throw Failure(std::string("cannot be read: ") + libraw_strerror(result));
-    }
-}
-
 /** LibRaw's colour index of a pixel of the visible area: 0 red, 2 blue, green 1 and 3 or both 1. */
 int colourAt(LibRaw& raw, int row, int column) {
     return raw.COLOR(row, column);
 }
 
-/** The Bayer order of the visible area. @throws Failure when the mosaic has none */
-BayerOrder bayerOrder(LibRaw& raw) {
+/** The Bayer order of a part of the visible area. @throws Failure when the mosaic has none */
+BayerOrder bayerOrder(LibRaw& raw, VisiblePart const& part) {
     auto const& info = raw.imgdata.idata;
     bool const mosaic = info.colors == 3 && info.filters > 1000;
     if (!mosaic || raw.is_fuji_rotated()) {
@@ -46,7 +34,7 @@ BayerOrder bayerOrder(LibRaw& raw) {
             for (int column = 0; column < 2; ++column) {
                 BayerChannel const channel = kBayerChannels[order][(row & 1) * 2 + column];
                 int const wanted = channel == kRed ? 0 : channel == kBlue ? 2 : 1;
-                int const colour = colourAt(raw, row, column);
+                int const colour = colourAt(raw, row + int(part.top), column + int(part.left));
                 matches = matches && (colour == 3 ? 1 : colour) == wanted;
             }
         }
@@ -59,13 +47,13 @@ BayerOrder bayerOrder(LibRaw& raw) {
 }
 
 /** Reads the black level of each channel: LibRaw's common one plus its own. */
-void readBlackLevels(LibRaw& raw, SensorCalibration& calibration) {
+void readBlackLevels(LibRaw& raw, VisiblePart const& part, SensorCalibration& calibration) {
     auto const& colour = raw.imgdata.color;
     unsigned const rows = colour.cblack[4];
     unsigned const columns = colour.cblack[5];
     for (unsigned position = 0; position < 4; ++position) {
-        unsigned const row = position / 2;
-        unsigned const column = position % 2;
+        unsigned const row = part.top + position / 2;
+        unsigned const column = part.left + position % 2;
         unsigned level = colour.black + colour.cblack[colourAt(raw, int(row), int(column))];
         if (rows && columns) {
             level += colour.cblack[6 + row % rows * columns + column % columns];
@@ -137,17 +125,16 @@ int depthOf(BayerImage const& image, uint32_t width, uint32_t height, float whit
     return bits;
 }
 
-/** Degrees clockwise for LibRaw's flip. */
-int orientationOf(int flip) {
-    switch (flip) {
-        case 3:
-            return 180;
-        case 5:
-            return 270;
-        case 6:
-            return 90;
-        default:
-            return 0;
+/**
+ * Sets the turn for LibRaw's flip, a set of bits: 1 mirrors left to right, 2 top to bottom, 4
+ * exchanges rows and columns before that.
+ */
+void readOrientation(int flip, Capture& capture) {
+    constexpr int kDegrees[] = {0, 0, 180, 180, 90, 270, 90, 270};
+    constexpr bool kMirrored[] = {false, true, true, false, true, false, false, true};
+    if (flip >= 0 && flip < 8) {
+        capture.orientation = kDegrees[flip];
+        capture.mirrored = kMirrored[flip];
     }
 }
 
@@ -156,9 +143,7 @@ int orientationOf(int flip) {
 Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     // MappedFile reports an unreadable file better than LibRaw.
     size_t const bytes = MappedFile::open(path)->size();
-    // Too large for the stack.
-    auto const raw = std::make_shared<LibRaw>();
-    check(raw->open_file(path.c_str()));
+    auto const raw = std::make_shared<RawFile>(path);
     auto const& sizes = raw->imgdata.sizes;
     checkCompressedSize(bytes, sizes.raw_width, sizes.raw_height);
     RawSamples const samples = readRawSamples(raw, path);
@@ -167,22 +152,19 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     }
 
     Capture capture;
-    capture.calibration.bayerOrder = bayerOrder(*raw);
+    VisiblePart const part = raw->shownPart();
+    setEvenSize(part.width, part.height, capture);
+    capture.calibration.bayerOrder = bayerOrder(*raw, part);
     auto const& colour = raw->imgdata.color;
-    if (sizes.width < 2 || sizes.height < 2 || sizes.left_margin + sizes.width > sizes.raw_width ||
-        sizes.top_margin + sizes.height > sizes.raw_height) {
-        throw Failure("has no visible area of 2x2 pixels or more");
-    }
-    setEvenSize(sizes.width, sizes.height, capture);
-
     BayerImage image;
     image.stride = samples.stride;
-    image.samples = samples.first + sizes.top_margin * image.stride + sizes.left_margin;
+    image.samples = samples.first + (sizes.top_margin + part.top) * image.stride +
+                    sizes.left_margin + part.left;
     capture.image = image;
     SensorCalibration& calibration = capture.calibration;
     calibration.whiteLevel = options.white.value_or(static_cast<float>(colour.maximum));
     calibration.levelBits = depthOf(image, capture.width, capture.height, calibration.whiteLevel);
-    readBlackLevels(*raw, calibration);
+    readBlackLevels(*raw, part, calibration);
     if (!options.matrix) {
         readColourMatrix(colour, capture);
     }
@@ -191,7 +173,7 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
         readWhiteBalance(colour, capture);
     }
     applyCorrections(options, calibration);
-    capture.orientation = orientationOf(sizes.flip);
+    readOrientation(sizes.flip, capture);
     capture.memory = samples.memory;
     return capture;
 }

@@ -43,7 +43,14 @@ PlaneConversion planeConversion(int sampling) {
 
 /** Throws the error of the decoder. */
 [[noreturn]] void throwDecoding(tjhandle decoder) {
-    throw Failure(std::string("is no JPEG that can be decoded: ") + tjGetErrorStr2(decoder));
+    std::string const error = tjGetErrorStr2(decoder);
+    if (error.find("Premature end") != std::string::npos) {
+        throw Failure("ends before the picture does");
+    }
+    if (error.find("Not a JPEG") != std::string::npos) {
+        throw Failure("is no JPEG, though its name says so");
+    }
+    throw Failure("is no JPEG that can be decoded: " + error);
 }
 
 // A warning (a stray byte, an early end) counts as a failure: the picture is not the stored one.

@@ -14,10 +14,25 @@ namespace {
 constexpr short kLittleEndian = 0x4949;  // "II", the byte order of this machine
 constexpr unsigned kWordBits = 16;
 
-/** LibRaw goes on after damaged data; this records that there was some. */
+/** What LibRaw met while it unpacked: it goes on after damaged data. */
+struct Damage {
+    bool isThere = false;
+    bool isEnd = false;  // the file has ended
+};
+
+/** Records damage. */
 template <typename Offset>  // its type differs between versions of LibRaw
-void noteDamage(void* damaged, char const* /*file*/, Offset /*offset*/) {
-    *static_cast<bool*>(damaged) = true;
+void noteDamage(void* damage, char const* /*file*/, Offset offset) {
+    auto* const noted = static_cast<Damage*>(damage);
+    noted->isThere = true;
+    noted->isEnd = noted->isEnd || static_cast<int>(offset) == -1;
+}
+
+/** Whether every sample is 0, as they stay where LibRaw makes nothing of the compressed data. */
+bool isBlank(libraw_data_t const& data) {
+    ushort const* const samples = data.rawdata.raw_image;
+    size_t const count = data.sizes.raw_pitch / sizeof(ushort) * data.sizes.raw_height;
+    return samples && std::all_of(samples, samples + count, [](ushort s) { return s == 0; });
 }
 
 /** Whether the linearisation table of a DNG is the identity. */
@@ -60,14 +75,22 @@ RawSamples samplesInFile(LibRaw& raw, std::string const& path) {
 
 /** Unpacks the samples. @throws Failure when the file is damaged or cannot be read */
 RawSamples unpackedSamples(std::shared_ptr<LibRaw> const& raw) {
-    bool damaged = false;
-    raw->set_dataerror_handler(noteDamage, &damaged);
+    Damage damage;
+    raw->set_dataerror_handler(noteDamage, &damage);
     int const result = raw->unpack();
     raw->set_dataerror_handler(nullptr, nullptr);
+    if (damage.isEnd) {
+        throw Failure("ends before the picture does");
+    }
+    bool const isData = result == LIBRAW_IO_ERROR || result == LIBRAW_DATA_ERROR;
+    if (isData || (result == LIBRAW_SUCCESS && isBlank(raw->imgdata))) {
+        throw Failure("cannot be decompressed: LibRaw makes nothing of its samples",
+                      "they are damaged, or compressed in a way that it does not know");
+    }
     if (result != LIBRAW_SUCCESS) {
         throw Failure(std::string("cannot be read: ") + libraw_strerror(result));
     }
-    if (damaged) {
+    if (damage.isThere) {
         throw Failure("is damaged: LibRaw could not read all of its samples");
     }
     return {raw->imgdata.rawdata.raw_image, raw->imgdata.sizes.raw_pitch / sizeof(uint16_t), raw};

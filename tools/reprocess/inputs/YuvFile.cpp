@@ -46,7 +46,8 @@ Capture readYuv(std::string const& path, InputOptions const& options) {
     size_t const expected =
             size_t{width} * height + size_t{2} * ((width + 1) / 2) * ((height + 1) / 2);
     if (file->size() != expected) {
-        throw Failure("has " + std::to_string(file->size()) + " bytes; " + std::to_string(width) +
+        throw Failure((file->size() < expected ? "ends before the picture does: it has " : "has ") +
+                              std::to_string(file->size()) + " bytes; " + std::to_string(width) +
                               "x" + std::to_string(height) + " takes " + std::to_string(expected) +
                               " in YUV 4:2:0",
                       "check --size");

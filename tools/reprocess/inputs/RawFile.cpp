@@ -1,0 +1,95 @@
+#include "inputs/RawFile.h"
+
+#include <cstring>
+#include <memory>
+
+#include "support/Failure.h"
+#include "support/Text.h"
+
+namespace quen::reprocess {
+namespace {
+
+constexpr unsigned kUncompressed = 1;
+constexpr char kHeaderlessAdvice[] = "a headerless frame needs --size and --bayer";
+
+/** A file that seems to be a byte longer than it is. */
+class LongerFile : public LibRaw_bigfile_datastream {
+  public:
+    using LibRaw_bigfile_datastream::LibRaw_bigfile_datastream;
+
+    INT64 tell() override {
+        INT64 const at = LibRaw_bigfile_datastream::tell();
+        return at == LibRaw_bigfile_datastream::size() ? at + 1 : at;
+    }
+};
+
+}  // namespace
+
+RawFile::RawFile(std::string const& path) {
+    int const result = open_file(path.c_str());
+    if (result != LIBRAW_SUCCESS) {
+        throwUnknown(result);
+    }
+    if (isGuessed(path)) {
+        throw Failure("is no raw file that LibRaw knows: only its size is that of some camera's",
+                      kHeaderlessAdvice);
+    }
+}
+
+void RawFile::throwUnknown(int result) const {
+    if (result == LIBRAW_IO_ERROR) {
+        throw Failure("ends before the picture does: there is not even all of its header");
+    }
+    unsigned const compression = libraw_internal_data.unpacker_data.tiff_compress;
+    if (result == LIBRAW_FILE_UNSUPPORTED && imgdata.idata.dng_version != 0 &&
+        compression != kUncompressed) {
+        throw Failure(format("is compressed in a way that LibRaw cannot undo (%u)", compression),
+                      "convert it to an uncompressed DNG first");
+    }
+    if (result == LIBRAW_FILE_UNSUPPORTED) {
+        throw Failure("is no raw file that LibRaw knows", kHeaderlessAdvice);
+    }
+    throw Failure(std::string("cannot be read: ") + libraw_strerror(result));
+}
+
+/**
+ * Whether LibRaw took the file for a camera's by nothing but its size, as it does where it finds no
+ * header: whether it no longer does when the file is a byte longer.
+ */
+bool RawFile::isGuessed(std::string const& path) const {
+    if (libraw_internal_data.identify_data.tiff_nifds != 0) {
+        return false;
+    }
+    LongerFile longer(path.c_str());
+    return std::make_unique<LibRaw>()->open_datastream(&longer) == LIBRAW_FILE_UNSUPPORTED;
+}
+
+/** The default crop of a DNG, where it lies in the visible area, which is its active one. */
+std::optional<VisiblePart> RawFile::defaultCrop() const {
+    constexpr unsigned kBoth = LIBRAW_DNGFM_CROPORIGIN | LIBRAW_DNGFM_CROPSIZE;
+    auto const& sizes = imgdata.sizes;
+    for (unsigned i = 0; i < libraw_internal_data.identify_data.tiff_nifds; ++i) {
+        auto const& levels = tiff_ifd[i].dng_levels;
+        auto const [left, top, width, height] = levels.default_crop;
+        bool const isOfPicture =
+                tiff_ifd[i].offset == libraw_internal_data.unpacker_data.data_offset;
+        bool const fits = width >= 2 && height >= 2 && left < sizes.width && top < sizes.height &&
+                          width <= sizes.width - left && height <= sizes.height - top;
+        if (imgdata.idata.dng_version != 0 && isOfPicture && fits &&
+            (levels.parsedfields & kBoth) == kBoth) {
+            return VisiblePart{left, top, width, height};
+        }
+    }
+    return std::nullopt;
+}
+
+VisiblePart RawFile::shownPart() const {
+    auto const& sizes = imgdata.sizes;
+    if (sizes.width < 2 || sizes.height < 2 || sizes.left_margin + sizes.width > sizes.raw_width ||
+        sizes.top_margin + sizes.height > sizes.raw_height) {
+        throw Failure("has no visible area of 2x2 pixels or more");
+    }
+    return defaultCrop().value_or(VisiblePart{0, 0, sizes.width, sizes.height});
+}
+
+}  // namespace quen::reprocess
