@@ -40,6 +40,11 @@ if ! command -v apt-get >/dev/null; then
 fi
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "setup: these packages are missing, and only root can install them, for there is no sudo;" >&2
+        echo "setup: run as root: apt-get update && apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
     as_root=(sudo)
 fi
 echo "setup: installing ${missing[*]}"

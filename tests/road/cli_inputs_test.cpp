@@ -112,6 +112,41 @@ TEST_F(CliInputsTest, SidesThatTheIspCannotTakeStopNoOtherFile) {
     }
 }
 
+// Compressed data that is none would otherwise come out as a black picture.
+TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
+    std::string const dng = asDng(kGrey, "rggb");
+    put("cut.dng", dng.substr(0, dng.size() - 500));
+    put("cut.nv21", std::string(64 * 48, 0));
+    std::string const jpeg = greyJpeg(640, 480);
+    put("cut.jpg", jpeg.substr(0, jpeg.size() / 2));
+    put("noise.raw", std::string(5000, 7));
+    put("noise.jpg", std::string(5000, 7));
+    // LibRaw knows a camera whose files have this size.
+    put("sized.raw", std::string(1600 * 1200, 7));
+    for (int const compression : {7, 99}) {
+        std::string bytes = dng;
+        size_t const at = bytes.find(std::string("\3\1\3\0\1\0\0\0\1", 9));
+        ASSERT_NE(at, std::string::npos);
+        bytes[at + 8] = static_cast<char>(compression);
+        put("compressed-" + std::to_string(compression) + ".dng", bytes);
+    }
+    std::pair<char const*, char const*> const cases[] = {
+            {"cut.dng", "ends before the picture does"},
+            {"cut.nv21 --size 64x48", "ends before the picture does"},
+            {"cut.jpg", "ends before the picture does"},
+            {"noise.raw", "is no raw file that LibRaw knows"},
+            {"sized.raw", "is no raw file that LibRaw knows"},
+            {"noise.jpg", "is no JPEG, though its name says so"},
+            {"compressed-7.dng", "cannot be decompressed"},
+            {"compressed-99.dng", "compressed in a way that LibRaw cannot undo (99)"},
+    };
+    for (auto const& [arguments, says] : cases) {
+        Outcome const outcome = run(std::string(arguments) + " -o x.jpg");
+        EXPECT_EQ(1, outcome.exitCode) << arguments;
+        EXPECT_THAT(outcome.err, HasSubstr(says));
+    }
+}
+
 // An option that has no effect would leave its user with a picture that he takes for another.
 TEST_F(CliInputsTest, OptionsWithoutUseAreTold) {
     put("shot.dng", asDng(kGrey, "rggb"));

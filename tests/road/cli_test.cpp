@@ -131,11 +131,17 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
     // What stood there before a failure stays.
     put("kept.jpg", "kept");
     EXPECT_EQ(1, run("noise.dng -o kept.jpg").exitCode);
-    for (std::string const arguments :
-         {"good.dng --set 0x000d0000=0,0,-5,9", "out/good.jpg --set android.jpeg.orientation=7"}) {
-        Outcome const refused = run(arguments + " -o kept.jpg");
+    // The ISP says why, and the tool repeats it.
+    std::pair<std::string, char const*> const refusals[] = {
+            {"good.dng --set 0x000d0000=0,0,-5,9", "ILLEGAL_ARGUMENT: the crop is not"},
+            {"good.dng --set 0x000d0000=64,0,5,5", "outside stream 0 of 64x48"},
+            {"out/good.jpg --set android.jpeg.orientation=7", "orientation is none of 0 to 270"},
+    };
+    for (auto const& [arguments, says] : refusals) {
+        Outcome const refused = run(arguments + " -o kept.jpg --log error");
         EXPECT_EQ(1, refused.exitCode) << arguments;
-        EXPECT_THAT(refused.err, HasSubstr("ILLEGAL_ARGUMENT"));
+        EXPECT_THAT(refused.err, HasSubstr(says));
+        EXPECT_THAT(refused.err, HasSubstr("quen-isp: a request is refused"));
     }
     EXPECT_EQ("kept", get("kept.jpg"));
     for (char const* const arguments : {"good.dng -o nowhere/x.jpg", "out/good.jpg -o out/good.jpg",

@@ -144,7 +144,7 @@ void Reprocessor::fail(Frame const& frame, char const* problem) const {
     }
     if (!reason.empty()) {
         throw Failure(std::string(problem) + ": " + reason,
-                      "see what the ISP was given with --info, or why with --log info");
+                      "see what the ISP was given with --info");
     }
     throw Failure(std::string(problem) + " within " + std::to_string(mOptions.timeoutSeconds) +
                           " seconds",

@@ -10,8 +10,10 @@ namespace quen::reprocess {
 void Report::begin(uint32_t frame) {
     host::MutexLock const lock(mLock);
     mBegun = frame;
-    mFrames[frame].outcome = Outcome::None;
-    mFrames[frame].status = Status::OK;
+    Frame& state = mFrames[frame];
+    state.outcome = Outcome::None;
+    state.status = Status::OK;
+    state.problem.clear();
 }
 
 Report::Outcome Report::outcome(uint32_t frame) const {
@@ -24,7 +26,7 @@ std::string Report::problem(uint32_t frame) const {
         return {};
     }
     return std::string("the ISP ") + (state.outcome == Outcome::Refused ? "refused it" : "failed") +
-           " with " + toString(state.status);
+           " with " + toString(state.status) + (state.problem.empty() ? "" : ": " + state.problem);
 }
 
 void Report::addClientResult(uint32_t frame, camera_metadata const* metadata, int32_t tuningIndex) {
@@ -58,23 +60,24 @@ std::string Report::take(uint32_t frame, Stopwatch const& watch) {
     return state.text + "time\n" + indented(legs);
 }
 
-void Report::onConfigured(ISPStreamConfiguration const& config, Status status) {
+void Report::onConfigured(ISPStreamConfiguration const& config, Status status,
+                          std::string const& /*problem*/) {
     if (mDetailed) {
         host::MutexLock const lock(mLock);
         mFrames[mBegun].text += configurationText(config, status);
     }
 }
 
-void Report::onRequest(ISPRequest const& request, Status status) {
+void Report::onRequest(ISPRequest const& request, Status status, std::string const& problem) {
     setOutcome(request.requestNumber, status == Status::OK ? Outcome::Accepted : Outcome::Refused,
-               status);
+               status, problem);
     if (mDetailed) {
         addText(request.requestNumber, requestText(request, status));
     }
 }
 
 void Report::onResult(ISPResult const& result, host::isp::IspReport const& report) {
-    setOutcome(result.reqNumber, Outcome::Finished, result.status);
+    setOutcome(result.reqNumber, Outcome::Finished, result.status, report.problem);
     if (mDetailed) {
         addText(result.reqNumber, resultText(result, report));
     }
@@ -86,7 +89,8 @@ Report::Frame Report::frameOf(uint32_t number) const {
     return found == mFrames.end() ? Frame() : found->second;
 }
 
-void Report::setOutcome(uint32_t frame, Outcome outcome, Status status) {
+void Report::setOutcome(uint32_t frame, Outcome outcome, Status status,
+                        std::string const& problem) {
     host::MutexLock const lock(mLock);
     Frame& state = mFrames[frame];
     // The result may arrive before the submission is reported.
@@ -95,6 +99,7 @@ void Report::setOutcome(uint32_t frame, Outcome outcome, Status status) {
     }
     state.outcome = outcome;
     state.status = status;
+    state.problem = problem;
 }
 
 void Report::addText(uint32_t frame, std::string const& text) {

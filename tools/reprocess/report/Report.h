@@ -46,8 +46,9 @@ class Report : public host::isp::IspObserver {
      */
     std::string take(uint32_t frame, Stopwatch const& watch);
 
-    void onConfigured(ISPStreamConfiguration const& config, Status status) override;
-    void onRequest(ISPRequest const& request, Status status) override;
+    void onConfigured(ISPStreamConfiguration const& config, Status status,
+                      std::string const& problem) override;
+    void onRequest(ISPRequest const& request, Status status, std::string const& problem) override;
     void onResult(ISPResult const& result, host::isp::IspReport const& report) override;
 
   private:
@@ -55,10 +56,11 @@ class Report : public host::isp::IspObserver {
         std::string text;
         Outcome outcome = Outcome::None;
         Status status = Status::OK;
+        std::string problem;  ///< why it is not OK, in the ISP's words
     };
 
     Frame frameOf(uint32_t number) const;
-    void setOutcome(uint32_t frame, Outcome outcome, Status status);
+    void setOutcome(uint32_t frame, Outcome outcome, Status status, std::string const& problem);
     void addText(uint32_t frame, std::string const& text);
 
     bool const mDetailed;

@@ -1,7 +1,7 @@
 #include "host/isp/device/IspConfiguration.h"
 
 #include <algorithm>
-#include <optional>
+#include <cstdio>
 
 #include <system/graphics.h>
 
@@ -57,44 +57,67 @@ bool applyFormat(ISPStream const& stream, bool isInput, Stream& result) {
     return false;
 }
 
-/** Reads one stream; none when the ISP does not take it. */
-std::optional<Stream> readStream(ISPStream const& stream, bool isInput) {
+/** A stream in words: "input stream 3 of 64x48, format 0x20". */
+std::string streamText(ISPStream const& stream, bool isInput) {
+    char text[96];
+    snprintf(text, sizeof(text), "%s stream %lld of %ux%u, format 0x%x",
+             isInput ? "input" : "output", static_cast<long long>(stream.id), stream.width,
+             stream.height, static_cast<unsigned>(stream.format));
+    return text;
+}
+
+/** Reads one stream. @return why the ISP does not take it; null when it does */
+char const* readStream(ISPStream const& stream, bool isInput, Stream& result) {
     uint32_t const smallest = isInput ? kSmallestInputSide : 1;
     auto const [shorter, longer] = std::minmax(stream.width, stream.height);
-    Stream result;
-    if (shorter < smallest || longer > kLargestSide || !applyFormat(stream, isInput, result)) {
-        return std::nullopt;
+    if (shorter < smallest) {
+        return "a side is too short";
+    }
+    if (longer > kLargestSide) {
+        return "a side is too long";
+    }
+    if (!applyFormat(stream, isInput, result)) {
+        return "the format is none of those that the ISP takes";
     }
     result.id = static_cast<uint32_t>(stream.id);
     result.width = static_cast<int>(stream.width);
     result.height = static_cast<int>(stream.height);
     result.firstStride = stream.stride.size() == 0 ? 0 : stream.stride[0];
     bool const isPacked = result.kind == StreamKind::Raw && result.rawLayout == RawLayout::Packed10;
-    if (isPacked && result.width % kPackedGroup != 0) {
-        return std::nullopt;
-    }
-    return result;
+    return isPacked && result.width % kPackedGroup != 0
+                   ? "packed samples need a width that is a multiple of four"
+                   : nullptr;
 }
 
-/** Reads the streams of one direction. @return false when one is invalid or there is none */
-bool readStreams(hidl_vec<ISPStream> const& streams, bool isInput, std::vector<Stream>& result) {
+/** Reads the streams of one direction. @return why they are refused; empty when they are not */
+std::string readStreams(hidl_vec<ISPStream> const& streams, bool isInput,
+                        std::vector<Stream>& result) {
     for (ISPStream const& stream : streams) {
-        std::optional<Stream> const read = readStream(stream, isInput);
-        if (!read || findStream(result, read->id) != nullptr) {
-            return false;
+        Stream read;
+        char const* problem = readStream(stream, isInput, read);
+        if (problem == nullptr && findStream(result, read.id) != nullptr) {
+            problem = "there is another of that number";
         }
-        result.push_back(*read);
+        if (problem != nullptr) {
+            return streamText(stream, isInput) + ": " + problem;
+        }
+        result.push_back(read);
     }
-    return !result.empty();
+    return result.empty() ? isInput ? "there is no input stream" : "there is no output stream" : "";
 }
 
 }  // namespace
 
-Status readConfiguration(ISPStreamConfiguration const& config, IspConfiguration& result) {
-    bool const isSound = readStreams(config.inputStreams, true, result.inputs) &&
-                         readStreams(config.outputStreams, false, result.outputs) &&
-                         parseSettings(config.sessionSettings, result.settings);
-    return isSound ? Status::OK : Status::ILLEGAL_ARGUMENT;
+Status readConfiguration(ISPStreamConfiguration const& config, IspConfiguration& result,
+                         std::string& problem) {
+    problem = readStreams(config.inputStreams, true, result.inputs);
+    if (problem.empty()) {
+        problem = readStreams(config.outputStreams, false, result.outputs);
+    }
+    if (problem.empty()) {
+        parseSettings(config.sessionSettings, result.settings, &problem);
+    }
+    return problem.empty() ? Status::OK : Status::ILLEGAL_ARGUMENT;
 }
 
 Stream const* findStream(std::vector<Stream> const& streams, uint64_t id) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <utils/StrongPointer.h>
@@ -46,10 +47,11 @@ struct IspConfiguration {
  * outputs: 4:2:0, BLOB); malformed settings.
  *
  * @param result streams and settings are set on OK
+ * @param problem says why when the answer is not OK
  */
 vendor::mediatek::hardware::camera::isphal::V1_0::Status readConfiguration(
         vendor::mediatek::hardware::camera::isphal::V1_0::ISPStreamConfiguration const& config,
-        IspConfiguration& result);
+        IspConfiguration& result, std::string& problem);
 
 /** The stream of that id; null when there is none. */
 Stream const* findStream(std::vector<Stream> const& streams, uint64_t id);

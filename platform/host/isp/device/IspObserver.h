@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
@@ -21,6 +22,8 @@ struct IspLeg {
 struct IspReport {
     /** In the order of execution; "develop" is everything from unpacking to 4:2:0. */
     std::vector<IspLeg> legs;
+
+    std::string problem;  ///< why the request failed; empty when it did not
 
     PixelRect crop;      ///< of the input, as used
     bool isRaw = false;  ///< whether a raw image was developed; the next three are set only then
@@ -50,11 +53,13 @@ class IspObserver {
 
     virtual ~IspObserver() = default;
 
-    /** A configuration was accepted (OK) or refused. */
-    virtual void onConfigured(ISPStreamConfiguration const& config, Status status) = 0;
+    /** A configuration was accepted (OK) or refused. @param problem why; empty when it was not */
+    virtual void onConfigured(ISPStreamConfiguration const& config, Status status,
+                              std::string const& problem) = 0;
 
-    /** A request was accepted (OK) or refused. */
-    virtual void onRequest(ISPRequest const& request, Status status) = 0;
+    /** A request was accepted (OK) or refused. @param problem why; empty when it was not */
+    virtual void onRequest(ISPRequest const& request, Status status,
+                           std::string const& problem) = 0;
 
     /** A request was executed or abandoned. */
     virtual void onResult(ISPResult const& result, IspReport const& report) = 0;

@@ -76,6 +76,7 @@ void writeTrailer(RequestImage& output, size_t jpegBytes) {
 Status readCalibration(Request& request, IspReport& report) {
     CalibrationHeader& header = report.calibrationHeader;
     if (!request.input.calibration.read(header, report.calibrationState, report.calibration)) {
+        report.problem = "the tuning data cannot be read";
         return Status::RESOURCE_ERROR;
     }
     // Without a calibration the bytes of the header are undefined.
@@ -85,9 +86,11 @@ Status readCalibration(Request& request, IspReport& report) {
     header.requestNo = number;
     header.totalUsedBytes = static_cast<int32_t>(kCalibrationUsedBytes);
     // Only developing uses the calibration.
-    return report.isRaw && report.calibrationState == CalibrationState::Malformed
-                   ? Status::ILLEGAL_ARGUMENT
-                   : Status::OK;
+    if (report.isRaw && report.calibrationState == CalibrationState::Malformed) {
+        report.problem = "the calibration in the tuning data is malformed";
+        return Status::ILLEGAL_ARGUMENT;
+    }
+    return Status::OK;
 }
 
 /** Writes header and calibration to the tuning buffers of the outputs. */
@@ -147,7 +150,11 @@ Status encodeInto(Request const& request, IspReport& report, YuvPicture const& p
     size_t const size = encodeJpeg(scaled ? scaled->view() : picture, quality, buildExif(exif),
                                    output.buffer.lock(), output.blockBytes - sizeof(BlobTrailer));
     writeTrailer(output, size);
-    return size != 0 ? Status::OK : Status::RESULT_ERROR;
+    if (size == 0) {
+        report.problem = "the JPEG does not fit into its buffer, or cannot be encoded";
+        return Status::RESULT_ERROR;
+    }
+    return Status::OK;
 }
 
 /**
@@ -188,6 +195,7 @@ Status makeFromRaw(Request& request, IspReport& report) {
 /** Executes a request; may throw. */
 Status process(Request& request, IspReport& report) {
     if (!lockAll(request)) {
+        report.problem = "a buffer cannot be locked";
         return Status::RESOURCE_ERROR;
     }
     for (RequestImage& output : request.outputs) {
@@ -217,8 +225,10 @@ Status processRequest(Request& request, IspReport& report) {
     try {
         return process(request, report);
     } catch (std::bad_alloc const&) {
+        report.problem = "memory has run out";
         return Status::RESOURCE_ERROR;
-    } catch (std::exception const&) {
+    } catch (std::exception const& error) {
+        report.problem = error.what();
         return Status::INTERNAL_ERROR;
     }
 }

@@ -42,17 +42,31 @@ bool locate(RequestImage& image) {
     return false;
 }
 
+/** A stream in words: "stream 3 of 64x48". */
+std::string streamText(Stream const& stream) {
+    return "stream " + std::to_string(stream.id) + " of " + std::to_string(stream.width) + "x" +
+           std::to_string(stream.height);
+}
+
 /** Imports a buffer with its tuning buffer, and locates the image in it. */
 Status readImage(ISPBuffer const& buffer, Stream const& stream,
-                 sp<GraphicBuffer::IMapper> const& mapper, RequestImage& image) {
+                 sp<GraphicBuffer::IMapper> const& mapper, RequestImage& image,
+                 std::string& problem) {
     image.stream = stream;
     Status status = image.buffer.import(mapper, buffer.buffer.getNativeHandle());
-    if (status == Status::OK && !locate(image)) {
-        status = Status::ILLEGAL_ARGUMENT;
+    if (status != Status::OK) {
+        problem = "the buffer for " + streamText(stream) + " cannot be imported";
+        return status;
     }
-    return status == Status::OK
-                   ? image.calibration.open(mapper, buffer.tuningData.getNativeHandle())
-                   : status;
+    if (!locate(image)) {
+        problem = "the buffer for " + streamText(stream) + " holds no picture of its size";
+        return Status::ILLEGAL_ARGUMENT;
+    }
+    status = image.calibration.open(mapper, buffer.tuningData.getNativeHandle());
+    if (status != Status::OK) {
+        problem = "the tuning data beside " + streamText(stream) + " cannot be opened";
+    }
+    return status;
 }
 
 /** Clips a rectangle to the input. @return false when nothing is left */
@@ -89,11 +103,15 @@ int rawBitsOf(Stream const& input, RequestSettings const& request, RequestSettin
 
 Status readRequest(ISPRequest const& request,
                    std::shared_ptr<IspConfiguration const> const& configuration,
-                   sp<GraphicBuffer::IMapper> const& mapper, Request& result) {
+                   sp<GraphicBuffer::IMapper> const& mapper, Request& result,
+                   std::string& problem) {
     result.number = request.requestNumber;
     result.configuration = configuration;
-    if (request.inputBuffers.size() != 1 || request.outputBuffers.size() == 0 ||
-        !parseSettings(request.settings, result.settings)) {
+    if (request.inputBuffers.size() != 1 || request.outputBuffers.size() == 0) {
+        problem = "it has not one input and an output or more";
+        return Status::ILLEGAL_ARGUMENT;
+    }
+    if (!parseSettings(request.settings, result.settings, &problem)) {
         return Status::ILLEGAL_ARGUMENT;
     }
     ISPBuffer const& input = request.inputBuffers[0];
@@ -104,20 +122,22 @@ Status readRequest(ISPRequest const& request,
     }
     if (inputStream == nullptr ||
         std::count(outputStreams.begin(), outputStreams.end(), nullptr) != 0) {
+        problem = "a buffer is of a stream that is not configured";
         return Status::REQUEST_STREAM_ID_ERROR;
     }
     PixelRect const all{0, 0, inputStream->width, inputStream->height};
     PixelRect const wanted =
             result.settings.crop.value_or(configuration->settings.crop.value_or(all));
     if (!clip(wanted, *inputStream, result.crop)) {
+        problem = "the crop lies outside " + streamText(*inputStream);
         return Status::ILLEGAL_ARGUMENT;
     }
     result.rawBits = rawBitsOf(*inputStream, result.settings, configuration->settings);
 
-    Status status = readImage(input, *inputStream, mapper, result.input);
+    Status status = readImage(input, *inputStream, mapper, result.input, problem);
     for (size_t i = 0; i < outputStreams.size() && status == Status::OK; ++i) {
         RequestImage image;
-        status = readImage(request.outputBuffers[i], *outputStreams[i], mapper, image);
+        status = readImage(request.outputBuffers[i], *outputStreams[i], mapper, image, problem);
         result.outputs.push_back(std::move(image));
     }
     return status;

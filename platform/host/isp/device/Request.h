@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
@@ -59,10 +60,11 @@ struct Request {
  * @param configuration the one in force
  * @param mapper where the buffers are imported
  * @param result set on OK
+ * @param problem says why when the answer is not OK
  */
 vendor::mediatek::hardware::camera::isphal::V1_0::Status readRequest(
         vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest const& request,
         std::shared_ptr<IspConfiguration const> const& configuration,
-        android::sp<GraphicBuffer::IMapper> const& mapper, Request& result);
+        android::sp<GraphicBuffer::IMapper> const& mapper, Request& result, std::string& problem);
 
 }  // namespace quen::host::isp

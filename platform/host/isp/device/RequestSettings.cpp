@@ -11,6 +11,7 @@ constexpr size_t kRectItems = 4;
 
 /** A tag that holds one number, and its valid values. */
 struct NumberRule {
+    char const* name;
     uint32_t tag;
     std::optional<int> RequestSettings::*setting;
     int smallest;
@@ -19,10 +20,10 @@ struct NumberRule {
 };
 
 constexpr NumberRule kNumberRules[] = {
-        {tag::kRawBitDepth, &RequestSettings::rawBits, 8, 16, 1},
-        {tag::kTuningMode, &RequestSettings::tuningMode, INT32_MIN, INT32_MAX, 1},
-        {tag::kJpegQuality, &RequestSettings::jpegQuality, 1, 100, 1},
-        {tag::kJpegOrientation, &RequestSettings::jpegOrientation, 0, 270, 90},
+        {"depth of raw samples", tag::kRawBitDepth, &RequestSettings::rawBits, 8, 16, 1},
+        {"tuning mode", tag::kTuningMode, &RequestSettings::tuningMode, INT32_MIN, INT32_MAX, 1},
+        {"JPEG quality", tag::kJpegQuality, &RequestSettings::jpegQuality, 1, 100, 1},
+        {"JPEG orientation", tag::kJpegOrientation, &RequestSettings::jpegOrientation, 0, 270, 90},
 };
 
 /** The number in a record; none unless it is a byte or an int32. */
@@ -68,17 +69,29 @@ bool readCrop(IspMetadataReader const& reader, RequestSettings& settings) {
 
 }  // namespace
 
-bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings) {
+bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings,
+                   std::string* problem) {
+    auto const fail = [&](std::string const& text) {
+        if (problem != nullptr) {
+            *problem = text;
+        }
+        return false;
+    };
     IspMetadataReader reader;
     if (!reader.parse(bytes.data(), bytes.size())) {
-        return false;
+        return fail(std::string("the settings are malformed: ") + reader.error());
     }
     for (NumberRule const& rule : kNumberRules) {
         if (!readNumber(reader, rule, settings)) {
-            return false;
+            return fail(std::string("the ") + rule.name + " is none of " +
+                        std::to_string(rule.smallest) + " to " + std::to_string(rule.largest) +
+                        (rule.step == 1 ? "" : " in steps of " + std::to_string(rule.step)));
         }
     }
-    return readCrop(reader, settings);
+    if (!readCrop(reader, settings)) {
+        return fail("the crop is not four numbers, or is empty");
+    }
+    return true;
 }
 
 }  // namespace quen::host::isp

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include <hidl/HidlSupport.h>
 
@@ -21,10 +22,12 @@ struct RequestSettings {
 /**
  * Reads a settings buffer. An empty buffer sets nothing, nor does an entry without items.
  *
+ * @param problem says why when the answer is false; may be null
  * @return false when the buffer is malformed, or a value is not of its tag's type, count or range:
  * a crop that is not four numbers or is empty, a depth outside 8..16, a quality outside 1..100, an
  * orientation that is not 0, 90, 180 or 270
  */
-bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings);
+bool parseSettings(android::hardware::hidl_vec<uint8_t> const& bytes, RequestSettings& settings,
+                   std::string* problem = nullptr);
 
 }  // namespace quen::host::isp

@@ -1,3 +1,5 @@
+#define LOG_TAG "quen-isp"
+
 #include "host/isp/device/RequestWork.h"
 
 #include <chrono>
@@ -6,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <log/log.h>
 #include <mtkcam/isp_metadata.h>
 
 #include "host/isp/device/IspTags.h"
@@ -58,6 +61,10 @@ void RequestWork::run() {
     IspReport report;
     report.legs.push_back({"queue", since(mRequest->submitted)});
     Status const status = processRequest(*mRequest, report);
+    if (status != Status::OK) {
+        ALOGE("request %u failed with %s: %s", mRequest->number, toString(status).c_str(),
+              report.problem.c_str());
+    }
     releaseBuffers();
     hold(report);
     deliver(status, report);
@@ -65,6 +72,7 @@ void RequestWork::run() {
 
 void RequestWork::abandon() {
     IspReport report;
+    report.problem = "it was given up before it was begun";
     report.crop = mRequest->crop;
     releaseBuffers();
     hold(report);

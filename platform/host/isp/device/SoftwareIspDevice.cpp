@@ -1,11 +1,15 @@
+#define LOG_TAG "quen-isp"
+
 #include "host/isp/device/SoftwareIspDevice.h"
 
 #include <chrono>
 #include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <android/hardware/graphics/mapper/4.0/IMapper.h>
+#include <log/log.h>
 
 #include "host/isp/device/Request.h"
 #include "host/isp/device/RequestWork.h"
@@ -29,23 +33,33 @@ SoftwareIspDevice::Status guarded(Operation const& operation) {
     }
 }
 
+/** Logs a refusal. */
+void logRefusal(char const* what, SoftwareIspDevice::Status status, std::string const& problem) {
+    if (status != SoftwareIspDevice::Status::OK) {
+        ALOGE("%s is refused with %s: %s", what, toString(status).c_str(), problem.c_str());
+    }
+}
+
 }  // namespace
 
 SoftwareIspDevice::SoftwareIspDevice(SoftwareIspOptions const& options) : mOptions(options) {}
 
 Return<SoftwareIspDevice::Status> SoftwareIspDevice::configureISPDevice(
         const ISPStreamConfiguration& config, const sp<ICallback>& callback) {
-    Status const status = guarded([&] { return configure(config, callback); });
+    std::string problem;
+    Status const status = guarded([&] { return configure(config, callback, problem); });
+    logRefusal("a configuration", status, problem);
     if (mOptions.observer) {
-        mOptions.observer->onConfigured(config, status);
+        mOptions.observer->onConfigured(config, status, problem);
     }
     return status;
 }
 
 SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration const& config,
-                                                       sp<ICallback> const& callback) {
+                                                       sp<ICallback> const& callback,
+                                                       std::string& problem) {
     auto const configured = std::make_shared<IspConfiguration>();
-    Status const status = readConfiguration(config, *configured);
+    Status const status = readConfiguration(config, *configured, problem);
     if (status != Status::OK) {
         return status;
     }
@@ -53,6 +67,7 @@ SoftwareIspDevice::Status SoftwareIspDevice::configure(ISPStreamConfiguration co
     std::shared_ptr<IspConfiguration const> replaced = configured;  // released after the lock
     MutexLock const guard(mLock);
     if (mClosed) {
+        problem = "the device is closed";
         return Status::REQUEST_ERROR;
     }
     std::swap(mConfiguration, replaced);
@@ -75,10 +90,13 @@ SoftwareIspDevice::Status SoftwareIspDevice::submit(hidl_vec<ISPRequest> const& 
     std::vector<std::unique_ptr<QueuedWork>> accepted;
     for (ISPRequest const& wanted : requests) {
         auto request = std::make_unique<Request>();
-        Status const status = configured ? readRequest(wanted, configured, mapper, *request)
-                                         : Status::REQUEST_ERROR;
+        std::string problem = configured ? "" : "no configuration is in force";
+        Status const status = configured
+                                      ? readRequest(wanted, configured, mapper, *request, problem)
+                                      : Status::REQUEST_ERROR;
+        logRefusal("a request", status, problem);
         if (mOptions.observer) {
-            mOptions.observer->onRequest(wanted, status);
+            mOptions.observer->onRequest(wanted, status, problem);
         }
         if (status != Status::OK) {
             return status;

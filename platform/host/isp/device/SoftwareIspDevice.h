@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/ICallback.h>
 #include <vendor/mediatek/hardware/camera/isphal/1.0/IDevice.h>
@@ -57,8 +58,8 @@ class SoftwareIspDevice : public vendor::mediatek::hardware::camera::isphal::V1_
     ::android::hardware::Return<Status> closeISPDevice() override;
 
   private:
-    Status configure(ISPStreamConfiguration const& config,
-                     ::android::sp<ICallback> const& callback);
+    Status configure(ISPStreamConfiguration const& config, ::android::sp<ICallback> const& callback,
+                     std::string& problem);
     Status submit(::android::hardware::hidl_vec<ISPRequest> const& requests);
     std::shared_ptr<IspConfiguration const> configuration();
 
