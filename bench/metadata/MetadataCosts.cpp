@@ -6,9 +6,9 @@
 #include <utility>
 
 #include <nscam/IMetadataConverter.h>
+#include <quenOfflineDevice/Stage.h>
 #include <quenOfflineDevice/metadata/IspMetadata.h>
 #include <quenOfflineDevice/metadata/RequestMetadata.h>
-#include <quenOfflineDevice/session/Stage.h>
 
 #include "metadata/Requests.h"
 #include "support/Section.h"

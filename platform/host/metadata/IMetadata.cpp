@@ -17,8 +17,8 @@ Iterator lowerBound(Iterator first, Iterator last, IMetadata::Tag_t tag) {
                             });
 }
 
-/** What there is room for at once: metadata of a capture has dozens of entries. */
-constexpr size_t kUsualEntries = 32;
+/** Reserved at once: a capture's metadata has dozens of entries, and a request's gets the ISP's. */
+constexpr size_t kUsualEntries = 96;
 
 }  // namespace
 

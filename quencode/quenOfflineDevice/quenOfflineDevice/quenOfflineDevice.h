@@ -18,8 +18,8 @@
 #include "quenCommon/Export.h"
 #include "quenCommon/Mutex.h"
 #include "quenOfflineDevice/ClientRecords.h"
+#include "quenOfflineDevice/Stage.h"
 #include "quenOfflineDevice/bridge/HalInterface.h"
-#include "quenOfflineDevice/session/Stage.h"
 
 namespace quen {
 class JpegHandover;

@@ -8,10 +8,10 @@
 
 #include "quenCommon/Hardened.h"
 #include "quenCommon/Log.h"
+#include "quenOfflineDevice/Stage.h"
+#include "quenOfflineDevice/bridge/ResultMetadata.h"
 #include "quenOfflineDevice/jpeg/JpegHandover.h"
 #include "quenOfflineDevice/metadata/IspMetadata.h"
-#include "quenOfflineDevice/metadata/ResultMetadata.h"
-#include "quenOfflineDevice/session/Stage.h"
 
 using android::sp;
 using android::wp;

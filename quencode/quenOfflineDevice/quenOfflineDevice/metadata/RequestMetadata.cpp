@@ -7,9 +7,9 @@
 #include <nscam/ATMsEventMgr.h>
 
 #include "quenCommon/Log.h"
+#include "quenOfflineDevice/Stage.h"
 #include "quenOfflineDevice/metadata/MetadataTags.h"
 #include "quenOfflineDevice/metadata/TuningMode.h"
-#include "quenOfflineDevice/session/Stage.h"
 
 using NSCam::IMetadata;
 using NSCam::MPoint;

@@ -4,8 +4,8 @@
 
 #include "quenCommon/Log.h"
 #include "quenOfflineDevice/ProcessState.h"
+#include "quenOfflineDevice/Stage.h"
 #include "quenOfflineDevice/metadata/MetadataTags.h"
-#include "quenOfflineDevice/session/Stage.h"
 
 namespace quen {
 

@@ -1,6 +1,6 @@
 #define LOG_TAG "quenOfflineDevice"
 
-#include "quenOfflineDevice/metadata/ResultMetadata.h"
+#include "quenOfflineDevice/bridge/ResultMetadata.h"
 
 #include <sys/mman.h>
 
