@@ -176,7 +176,7 @@ DeviceBuffer Graphics::touchedBuffer(PictureSize const& size, quen::host::Layout
             ->importBuffer(buffer.raw, [&](Error, void* imported) { buffer.imported = imported; })
             .isOk();
     (void)mHost.mapper
-            ->lock(buffer.imported, kDeviceUsage, {0, 0, size.width, size.height}, hidl_handle(),
+            ->lock(buffer.imported, kCpuUsage, {0, 0, size.width, size.height}, hidl_handle(),
                    [&](Error, void* data) { buffer.data = static_cast<uint8_t*>(data); })
             .isOk();
     auto const description = quen::host::readBufferHandle(buffer.raw.getNativeHandle());

@@ -21,6 +21,8 @@ using android::hardware::graphics::mapper::V4_0::IMapper;
 
 /** Gralloc usage of the library's device buffers. */
 inline constexpr uint64_t kDeviceUsage = 0x20033;
+/** The CPU's part of it: a lock takes no other bits. */
+inline constexpr uint64_t kCpuUsage = 0x33;
 inline constexpr int kNv21Format = 0x11;
 
 /** A size of a picture whose rows are shorter than the allocator's stride. */
