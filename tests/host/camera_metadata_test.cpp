@@ -14,10 +14,18 @@
 #include <vector>
 
 #include <camera_metadata_hidden.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <quen/QuenParameterUpdater.h>
 #include <system/camera_metadata.h>
 
+#include "host/log/LogControl.h"
+#include "host/metadata/CameraMetadataLayout.h"
 #include "host/metadata/VendorTags.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -71,11 +79,18 @@ TEST(CameraMetadata, RefusesWhatDoesNotFitAndStaysAsItWas) {
     EXPECT_NE(add_camera_metadata_entry(metadata.get(), 0x80ff0001, modes, 1), 0);  // unknown tag
     EXPECT_NE(update_camera_metadata_entry(metadata.get(), 0, modes, SIZE_MAX / 4, nullptr), 0);
     EXPECT_NE(update_camera_metadata_entry(metadata.get(), 1, modes, 1, nullptr), 0);
+    EXPECT_NE(update_camera_metadata_entry(metadata.get(), 0, nullptr, 1, nullptr), 0);
+    EXPECT_NE(add_camera_metadata_entry(metadata.get(), kRegions, nullptr, 1), 0);
     EXPECT_NE(delete_camera_metadata_entry(metadata.get(), 1), 0);
     EXPECT_EQ(find_camera_metadata_entry(metadata.get(), kRegions, &entry), -ENOENT);
     EXPECT_EQ(bytesOf(metadata), before);
     EXPECT_EQ(allocate_camera_metadata(UINT32_MAX, 0), nullptr);
     EXPECT_EQ(allocate_camera_metadata(0, UINT32_MAX), nullptr);
+    alignas(8) char memory[120];
+    EXPECT_EQ(place_camera_metadata(memory, 119, 3, 20), nullptr);
+    EXPECT_NE(place_camera_metadata(memory, 120, 3, 20), nullptr);
+    EXPECT_EQ(copy_camera_metadata(memory, 71, metadata.get()), nullptr);
+    EXPECT_NE(copy_camera_metadata(memory, 72, metadata.get()), nullptr);
 }
 
 TEST(CameraMetadata, AnUpdateOfTheSameSizeStaysInPlace) {
@@ -95,6 +110,9 @@ TEST(CameraMetadata, AnUpdateOfTheSameSizeStaysInPlace) {
         EXPECT_EQ(after.data.u8, before.data.u8) << index;
         EXPECT_EQ(after.data.u8[0], 'y') << index;
     }
+    camera_metadata_entry_t shorter;
+    ASSERT_EQ(update_camera_metadata_entry(metadata.get(), 1, "tunin", 5, &shorter), 0);
+    EXPECT_EQ(shorter.data.u8[5], 0) << "what is left of the longer items";
 }
 
 // Entries grow, shrink, come and go at random; a plain map says what must be found.
@@ -131,7 +149,9 @@ TEST(CameraMetadata, HoldsWhatAMapHoldsThroughAnyChanges) {
             continue;
         } else {
             error = update_camera_metadata_entry(metadata.get(), entry.index, items.data(), count,
-                                                 nullptr);
+                                                 &entry);
+            ASSERT_TRUE(error != 0 || entry.count == count);
+            ASSERT_TRUE(error != 0 || std::equal(items.begin(), items.end(), entry.data.u8));
         }
         ASSERT_EQ(error == 0, used <= kRoom);
         if (error == 0) {
@@ -157,21 +177,30 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
 
     Metadata const clone = owned(clone_camera_metadata(metadata.get()));
     EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 2 * 16 + 16);
+    EXPECT_EQ(get_camera_metadata_compact_size(metadata.get()), 48u + 2 * 16 + 16);
+    EXPECT_NE(append_camera_metadata(owned(allocate_camera_metadata(2, 15)).get(), clone.get()), 0);
     ASSERT_EQ(append_camera_metadata(metadata.get(), clone.get()), 0);
     camera_metadata_entry_t appended;
     ASSERT_EQ(get_camera_metadata_entry(metadata.get(), 3, &appended), 0);
     EXPECT_EQ(memcmp(appended.data.u8, tuning, 5), 0);
     EXPECT_NE(append_camera_metadata(clone.get(), metadata.get()), 0);  // no room
 
-    Metadata const ours = owned(allocate_camera_metadata(2, 0));
+    Metadata const ours = owned(allocate_camera_metadata(3, 0));
     Metadata const theirs = owned(allocate_camera_metadata(1, 0));
+    auto const isSorted = [](Metadata const& which) {
+        return reinterpret_cast<uint32_t const*>(which.get())[2] == 1;
+    };
     add_camera_metadata_entry(theirs.get(), ANDROID_JPEG_QUALITY, "x", 1);
+    sort_camera_metadata(theirs.get());
     set_camera_metadata_vendor_id(theirs.get(), 7);
     EXPECT_EQ(append_camera_metadata(ours.get(), theirs.get()), 0);
-    EXPECT_EQ(get_camera_metadata_vendor_id(ours.get()), 7u);
+    EXPECT_TRUE(isSorted(ours)) << "nothing was there before";
+    EXPECT_EQ(append_camera_metadata(ours.get(), theirs.get()), 0);
+    EXPECT_FALSE(isSorted(ours)) << "a look-up by halves would miss what comes behind";
+    EXPECT_EQ(get_camera_metadata_vendor_id(owned(clone_camera_metadata(ours.get())).get()), 7u);
     set_camera_metadata_vendor_id(theirs.get(), 8);
     EXPECT_NE(append_camera_metadata(ours.get(), theirs.get()), 0);
-    EXPECT_EQ(get_camera_metadata_entry_count(ours.get()), 1u);
+    EXPECT_EQ(get_camera_metadata_entry_count(ours.get()), 2u);
 
     // Bytes of any alignment: told apart by the check, and copied into a sound buffer.
     std::vector<uint8_t> shifted = bytesOf(clone);
@@ -251,6 +280,10 @@ TEST(CameraMetadata, KnowsAndroidsTags) {
             {0x00180000, "android.reprocess.effectiveExposureFactor", TYPE_FLOAT},
             {0x001a0002, "android.logicalMultiCamera.activePhysicalId", TYPE_BYTE},
             {0x001b0000, "android.distortionCorrection.mode", TYPE_BYTE},
+            {kCurrentMode, "currentMode", TYPE_INT64},
+            {kYuvTuningData, "yuvTuningData", TYPE_BYTE},
+            {0xc0030099, "cameraId", TYPE_INT32},
+            {0xc00c0018, "3ABufferIndex", TYPE_INT32},
     };
     for (auto const& [tag, name, type] : facts) {
         ASSERT_NE(quen::host::findTag(tag), nullptr) << name;
@@ -265,6 +298,12 @@ TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
     EXPECT_EQ(get_camera_metadata_tag_type(kTheirs), -1);
 
     vendor_tag_cache_ops vendors{};
+    vendors.get_section_name = [](uint32_t, metadata_vendor_id_t id) {
+        return id == 7 ? "com.seven" : nullptr;
+    };
+    vendors.get_tag_name = [](uint32_t tag, metadata_vendor_id_t id) {
+        return id == 7 && tag == kTheirs ? "width" : nullptr;
+    };
     vendors.get_tag_type = [](uint32_t, metadata_vendor_id_t id) { return id == 7 ? 2 : -1; };
     set_camera_metadata_vendor_cache_ops(&vendors);
     Metadata const metadata = owned(allocate_camera_metadata(1, 8));
@@ -272,6 +311,9 @@ TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
     EXPECT_NE(add_camera_metadata_entry(metadata.get(), kTheirs, &item, 1), 0);
     set_camera_metadata_vendor_id(metadata.get(), 7);
     EXPECT_EQ(add_camera_metadata_entry(metadata.get(), kTheirs, &item, 1), 0);
+    EXPECT_STREQ(get_local_camera_metadata_section_name(kTheirs, metadata.get()), "com.seven");
+    EXPECT_STREQ(get_local_camera_metadata_tag_name(kTheirs, metadata.get()), "width");
+    EXPECT_STREQ(get_camera_metadata_tag_name(kCurrentMode), "currentMode") << "without an id";
     set_camera_metadata_vendor_cache_ops(nullptr);
 
     // Last: the platform's own operations do not come back.
@@ -288,20 +330,31 @@ TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
 }
 
 TEST(CameraMetadata, IsDumpedAsText) {
-    Metadata const metadata = owned(allocate_camera_metadata(4, 300));
+    Metadata const metadata = owned(allocate_camera_metadata(6, 300));
     std::vector<int32_t> regions(17, 3);
+    int64_t const durations[] = {1, 2, -3};
+    std::string const unknown(17, '\1');
     camera_metadata_rational_t const color[] = {{1, 2}, {-3, 4}, {5, 6}};
     float const gains[] = {0.5F, 1};
     add_camera_metadata_entry(metadata.get(), kRegions, regions.data(), regions.size());
     add_camera_metadata_entry(metadata.get(), ANDROID_SENSOR_NEUTRAL_COLOR_POINT, color, 3);
     add_camera_metadata_entry(metadata.get(), ANDROID_COLOR_CORRECTION_GAINS, gains, 2);
-    std::unique_ptr<FILE, int (*)(FILE*)> const file(tmpfile(), fclose);
-    dump_indented_camera_metadata(metadata.get(), fileno(file.get()), 1, 1);
-    dump_camera_metadata(nullptr, fileno(file.get()), 2);
-    std::string text(2000, ' ');
-    text.resize(static_cast<size_t>(pread(fileno(file.get()), text.data(), text.size(), 0)));
+    add_camera_metadata_entry(metadata.get(), ANDROID_SCALER_AVAILABLE_RAW_MIN_DURATIONS, durations,
+                              3);
+    quen::host::addEntryOfType(metadata.get(), 0x80ff0001, TYPE_BYTE, unknown.data(), 17);
+    auto const dumped = [](camera_metadata const* which, int verbosity) {
+        std::unique_ptr<FILE, int (*)(FILE*)> const file(tmpfile(), fclose);
+        dump_indented_camera_metadata(which, fileno(file.get()), verbosity, 1);
+        std::string text(2000, ' ');
+        text.resize(static_cast<size_t>(pread(fileno(file.get()), text.data(), text.size(), 0)));
+        return text;
+    };
+    EXPECT_EQ(dumped(nullptr, 2), " Dumping camera metadata array: Not allocated\n");
+    EXPECT_THAT(dumped(metadata.get(), 0), Not(HasSubstr("     [")));
+    EXPECT_THAT(dumped(metadata.get(), 2), HasSubstr("     [3 3 3 3 ]\n     [3 ]\n"));
+    std::string const text = dumped(metadata.get(), 1);
     EXPECT_EQ(text,
-              " Dumping camera metadata array: 3 / 4 entries, 104 / 300 bytes of extra data.\n"
+              " Dumping camera metadata array: 5 / 6 entries, 152 / 300 bytes of extra data.\n"
               "   Version: 1, Flags: 00000000\n"
               "   android.control.aeRegions (10004): int32[17]\n"
               "     [3 3 3 3 ]\n     [3 3 3 3 ]\n     [3 3 3 3 ]\n     [3 3 3 3 ]\n"
@@ -309,7 +362,32 @@ TEST(CameraMetadata, IsDumpedAsText) {
               "     [(1 / 2) (-3 / 4) ]\n     [(5 / 6) ]\n"
               "   android.colorCorrection.gains (00002): float[2]\n"
               "     [0.50000000 1.00000000 ]\n"
-              "Dumping camera metadata array: Not allocated\n");
+              "   android.scaler.availableRawMinDurations (d0007): int64[3]\n"
+              "     [1 2 ]\n     [-3 ]\n"
+              "   unknownSection.unknownTag (80ff0001): byte[17]\n"
+              "     [1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 ]\n");
+}
+
+TEST(CameraMetadata, OfARequestIsLoggedLineByLine) {
+    struct Lines : quen::host::LogSink {
+        void write(char const* /*tag*/, int /*level*/, char const* text) override {
+            all.emplace_back(text);
+        }
+        std::vector<std::string> all;
+    } lines;
+    Metadata const metadata = owned(allocate_camera_metadata(1, 0));
+    add_camera_metadata_entry(metadata.get(), ANDROID_JPEG_QUALITY, "_", 1);
+    quen::host::setLogSink(&lines);
+    QuenParameterUpdater::dumpMetadata(metadata.get(), "unwanted", 6);
+    quen::host::setLogLevel(quen::host::LogLevel::Debug);
+    QuenParameterUpdater::dumpMetadata(metadata.get(), "RAW2YUV", 7);
+    QuenParameterUpdater::dumpMetadata(nullptr, nullptr, 8);
+    quen::host::setLogLevel(quen::host::LogLevel::Warning);
+    quen::host::setLogSink(nullptr);
+    std::string const head = "D [QuenParameterUpdater] ";
+    EXPECT_THAT(lines.all, ElementsAre(head + "frame 7 stage RAW2YUV: 1 tags",
+                                       head + "0x00070004 android.jpeg.quality byte[1] 95",
+                                       head + "frame 8 stage : no metadata"));
 }
 
 }  // namespace

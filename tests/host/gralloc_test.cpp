@@ -2,17 +2,21 @@
 #include <gtest/gtest.h>
 #include <sync/sync.h>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gralloctypes/Gralloc4.h>
+#include <nscam/Format.h>
+#include <system/graphics.h>
 
 #include "support/Graphics.h"
 
@@ -87,7 +91,7 @@ class Gralloc : public testing::Test {
         EXPECT_EQ(decode(get(buffer, type, Error::NONE), &result), android::OK);
         return result;
     }
-    /** Each plane as "type:offset+bits ... @offset/stride widthxheight increment". */
+    /** Each plane: "type:offset+bits ... @offset/stride widthxheight increment =size 1:x:y". */
     std::vector<std::string> planes(void* buffer) {
         std::vector<std::string> texts;
         for (auto const& plane : get(buffer, MetadataType_PlaneLayouts, decodePlaneLayouts)) {
@@ -98,7 +102,8 @@ class Gralloc : public testing::Test {
             }
             text << "@" << plane.offsetInBytes << "/" << plane.strideInBytes << " "
                  << plane.widthInSamples << "x" << plane.heightInSamples << " "
-                 << plane.sampleIncrementInBits;
+                 << plane.sampleIncrementInBits << " =" << plane.totalSizeInBytes
+                 << " 1:" << plane.horizontalSubsampling << ":" << plane.verticalSubsampling;
             texts.push_back(text.str());
         }
         return texts;
@@ -115,7 +120,9 @@ TEST_F(Gralloc, LaysOutEveryFormat) {
         uint32_t width, height, stride;
         Strings planes;
         uint64_t size;
+        std::string code;  // FourCC
     };
+    std::set<uint64_t> ids;
     auto const expectLayout = [&](Expected const& expected) {
         SCOPED_TRACE(static_cast<int>(expected.format));
         hidl_handle const made = allocate(expected.width, expected.height, expected.format);
@@ -126,30 +133,42 @@ TEST_F(Gralloc, LaysOutEveryFormat) {
         EXPECT_EQ(get(buffer, MetadataType_Height, decodeHeight), expected.height);
         EXPECT_EQ(get(buffer, MetadataType_AllocationSize, decodeAllocationSize), expected.size);
         EXPECT_EQ(lseek(made->data[0], 0, SEEK_END), static_cast<off_t>(expected.size));
+        EXPECT_NE(ftruncate(made->data[0], 1), 0) << "shrunk under a mapping";
+        uint32_t const code = get(buffer, MetadataType_PixelFormatFourCC, decodePixelFormatFourCC);
+        EXPECT_EQ(code == 0 ? "" : std::string(reinterpret_cast<char const*>(&code), 4),
+                  expected.code);
+        bool const isYuv = expected.planes.size() > 1;
+        EXPECT_EQ(get(buffer, MetadataType_ChromaSiting, decodeChromaSiting).value,
+                  (isYuv ? ChromaSiting_SitedInterstitial : ChromaSiting_None).value);
+        EXPECT_TRUE(ids.insert(get(buffer, MetadataType_BufferId, decodeBufferId)).second);
     };
     // Odd pictures have chroma for the last row and column, and chroma rows reach as far as luma's.
-    std::string const luma = "1:0+8 @0/128 65x3 8";
-    Strings const nv12 = {luma, "2:0+8 4:8+8 @384/128 33x2 16"};
-    Strings const nv21 = {luma, "4:0+8 2:8+8 @384/128 33x2 16"};
-    Strings const i420 = {luma, "2:0+8 @384/64 33x2 8", "4:0+8 @512/64 33x2 8"};
-    Strings const yv12 = {luma, "4:0+8 @384/64 33x2 8", "2:0+8 @512/64 33x2 8"};
-    Strings const rgba = {"1024:0+8 2048:8+8 4096:16+8 1073741824:24+8 @0/128 17x2 32"};
+    std::string const luma = "1:0+8 @0/128 65x3 8 =384 1:1:1";
+    Strings const nv12 = {luma, "2:0+8 4:8+8 @384/128 33x2 16 =256 1:2:2"};
+    Strings const nv21 = {luma, "4:0+8 2:8+8 @384/128 33x2 16 =256 1:2:2"};
+    Strings const i420 = {luma, "2:0+8 @384/64 33x2 8 =128 1:2:2",
+                          "4:0+8 @512/64 33x2 8 =128 1:2:2"};
+    Strings const yv12 = {luma, "4:0+8 @384/64 33x2 8 =128 1:2:2",
+                          "2:0+8 @512/64 33x2 8 =128 1:2:2"};
+    Strings const blob = {"1048576:0+8 @0/1001 1001x1 8 =1001 1:1:1"};
+    Strings const raw16 = {"1048576:0+16 @0/128 33x2 16 =256 1:1:1"};
+    Strings const rgba = {"1024:0+8 2048:8+8 4096:16+8 1073741824:24+8 @0/128 17x2 32 =256 1:1:1"};
     std::vector<Expected> const usual = {
-            {PixelFormat::YCRCB_420_SP, 65, 3, 128, nv21, 640},
-            {PixelFormat::IMPLEMENTATION_DEFINED, 65, 3, 128, nv12, 640},
-            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv12, 640},
-            {PixelFormat::YV12, 65, 3, 128, yv12, 640},
-            {PixelFormat::BLOB, 1001, 1, 1001, {"1048576:0+8 @0/1001 1001x1 8"}, 1001},
-            {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+-1 @0/128 49x2 0"}, 256},
-            {PixelFormat::RAW12, 43, 2, 85, {"1048576:0+-1 @0/128 43x2 0"}, 256},
-            {PixelFormat::RAW16, 33, 2, 64, {"1048576:0+16 @0/128 33x2 16"}, 256},
-            {PixelFormat::RGBA_8888, 17, 2, 32, rgba, 256},
+            {PixelFormat::YCRCB_420_SP, 65, 3, 128, nv21, 640, "NV21"},
+            {PixelFormat::IMPLEMENTATION_DEFINED, 65, 3, 128, nv12, 640, "NV12"},
+            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv12, 640, "NV12"},
+            {PixelFormat::YV12, 65, 3, 128, yv12, 640, "YV12"},
+            {PixelFormat::BLOB, 1001, 1, 1001, blob, 1001, ""},
+            {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+-1 @0/128 49x2 0 =256 1:1:1"}, 256, ""},
+            {PixelFormat::RAW12, 43, 2, 85, {"1048576:0+-1 @0/128 43x2 0 =256 1:1:1"}, 256, ""},
+            {PixelFormat::RAW16, 33, 2, 64, raw16, 256, "R16 "},
+            {PixelFormat::RGBA_8888, 17, 2, 32, rgba, 256, "AB24"},
     };
     for (Expected const& expected : usual) {
         expectLayout(expected);
     }
     EXPECT_TRUE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::I420));
-    expectLayout({PixelFormat::YCBCR_420_888, 65, 3, 128, i420, 640});
+    expectLayout({PixelFormat::YCBCR_420_888, 65, 3, 128, i420, 640, "YU12"});
     EXPECT_FALSE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::Raw16));
     EXPECT_FALSE(allocator->setLayout(PixelFormat::YV12, Layout::I420));
 }
@@ -171,6 +190,20 @@ TEST_F(Gralloc, RefusesWhatCannotBeAllocated) {
     memset(bad.data() + 4, 0, 4);  // its width
     allocate(bad, 1, Error::BAD_DESCRIPTOR);
     allocate(good, 0, Error::NONE);
+    EXPECT_FALSE(call<bool>(Error::NONE, &MemfdMapper::isSupported,
+                            IMapper::BufferDescriptorInfo{"", 4, 0, 1, PixelFormat::YV12, 0, 0}));
+
+    // Without descriptors there is neither memory nor an import of it.
+    hidl_handle const raw = allocate(64, 2, PixelFormat::RAW16);
+    rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    rlimit const none = {3, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    hidl_handle const made = allocate(good, 1, Error::NO_RESOURCES);
+    import(raw, Error::NO_RESOURCES);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(made.getNativeHandle(), nullptr);
+    EXPECT_EQ(mapper->counts().imports, 0u);
 }
 
 TEST_F(Gralloc, ImportsAnyCopyOfAHandleAndNothingElse) {
@@ -216,6 +249,9 @@ TEST_F(Gralloc, RefusesBuffersInTheWrongState) {
     EXPECT_EQ(mapper->rereadLockedBuffer(buffer), Error::NONE);
     call<hidl_handle>(Error::NONE, &MemfdMapper::flushLockedBuffer, buffer);
     EXPECT_EQ(lock(buffer, {99, 49, 1, 1}), address);
+    import(allocate(1, 1, PixelFormat::BLOB));
+    quen::host::BufferCounts const counts = mapper->counts();
+    EXPECT_TRUE(counts.imports == 2 && counts.mappings == 1 && counts.locks == 2);
     unlock(buffer);
     EXPECT_EQ(free(buffer), Error::BAD_BUFFER) << "still locked";
     unlock(buffer);
@@ -242,6 +278,12 @@ TEST_F(Gralloc, WaitsForAcquireFencesAndGivesReleaseFences) {
     EXPECT_EQ(eventfd_read(event, &value), 0) << "waited for, and still its owner's";
     signaller.join();
     EXPECT_EQ(unlock(buffer).getNativeHandle(), nullptr);
+
+    native_handle_t* const twoFences = native_handle_create(2, 0);
+    twoFences->data[0] = twoFences->data[1] = eventfd(1, EFD_CLOEXEC);
+    lock(buffer, kWhole, Error::BAD_VALUE, hidl_handle(twoFences));
+    close(twoFences->data[0]);
+    native_handle_delete(twoFences);
 
     mapper->setReleaseFences(true);
     lock(buffer);
@@ -270,20 +312,40 @@ TEST(Fences, AreLookedAtAndMerged) {
     for (int const fd : {waiting, signalled, merged}) {
         close(fd);
     }
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    EXPECT_EQ(statusOf(ends[1]), -1) << "failed: nobody reads it any more";
+    close(ends[1]);
 }
 
 // What one import sets every other one tells, and what is reserved is shared likewise.
 TEST_F(Gralloc, TellsEveryPropertyAndKeepsWhatIsSet) {
     using namespace aidl::android::hardware::graphics::common;
-    IMapper::BufferDescriptorInfo const info = {"two", 64, 2, 1, PixelFormat::YV12, 3, 100};
+    IMapper::BufferDescriptorInfo const info = {"two",          64, 2, 1, PixelFormat::YV12,
+                                                1ULL << 40 | 3, 100};
     hidl_handle const raw = allocate(describe(info, Error::NONE), 1, Error::NONE);
     void* const buffer = import(raw);
     EXPECT_EQ(mapper->validateBufferSize(buffer, info, stride), Error::NONE);
     EXPECT_EQ(mapper->validateBufferSize(buffer, info, stride + 1), Error::BAD_VALUE);
+    for (IMapper::BufferDescriptorInfo const& larger :
+         {IMapper::BufferDescriptorInfo{"", 65, 2, 1, PixelFormat::YV12, 3, 100},
+          {"", 64, 3, 1, PixelFormat::YV12, 3, 100},
+          {"", 64, 2, 2, PixelFormat::YV12, 3, 100},
+          {"", 64, 2, 1, PixelFormat::YCRCB_420_SP, 3, 100},
+          {"", 64, 2, 1, PixelFormat::YV12, 3, 101}}) {
+        EXPECT_EQ(mapper->validateBufferSize(buffer, larger, stride), Error::BAD_VALUE);
+    }
+    EXPECT_TRUE(mapper->getTransportSize(buffer, [](Error, uint32_t fds, uint32_t integers) {
+                          EXPECT_EQ(fds, 1u);
+                          EXPECT_EQ(integers, 14u);
+                      }).isOk());
     using List = hidl_vec<IMapper::MetadataTypeDescription>;
     List const list = call<List>(Error::NONE, &MemfdMapper::listSupportedMetadataTypes);
     auto const dump = call<IMapper::BufferDump>(Error::NONE, &MemfdMapper::dumpBuffer, buffer);
     ASSERT_EQ(list.size(), 20u);
+    // Id, codes, size, chroma siting, planes and crop come with the allocation.
+    std::set<int64_t> const lateTypes = {1, 7, 8, 10, 14, 15, 16};
     for (size_t i = 0; i < list.size(); ++i) {
         SCOPED_TRACE(list[i].metadataType.value);
         EXPECT_EQ(get(buffer, list[i].metadataType, Error::NONE), dump.metadataDump[i].metadata);
@@ -291,26 +353,58 @@ TEST_F(Gralloc, TellsEveryPropertyAndKeepsWhatIsSet) {
         bool const isSettled = list[i].metadataType.value <= 6 || list[i].metadataType.value == 9;
         EXPECT_EQ(mapper->set(buffer, list[i].metadataType, nothing),
                   isSettled ? Error::BAD_VALUE : Error::UNSUPPORTED);
+        bool const isKnown = lateTypes.count(list[i].metadataType.value) == 0;
+        EXPECT_EQ(call<hidl_vec<uint8_t>>(isKnown ? Error::NONE : Error::UNSUPPORTED,
+                                          &MemfdMapper::getFromBufferDescriptorInfo, info,
+                                          list[i].metadataType),
+                  isKnown ? dump.metadataDump[i].metadata : hidl_vec<uint8_t>());
     }
     get(buffer, MetadataType_Smpte2094_40, Error::UNSUPPORTED);
-    EXPECT_EQ(get(buffer, MetadataType_PixelFormatFourCC, decodePixelFormatFourCC), 0x32315659u);
     std::vector<Rect> const crop = get(buffer, MetadataType_Crop, decodeCrop);
     ASSERT_EQ(crop.size(), 3u);
-    EXPECT_EQ(crop[1].right, 32);
+    EXPECT_TRUE(crop[1].right == 32 && crop[1].bottom == 1);
+    EXPECT_EQ(get(buffer, MetadataType_Usage, decodeUsage), info.usage);
+    EXPECT_EQ(get(buffer, MetadataType_LayerCount, decodeLayerCount), 1u);
+    EXPECT_EQ(get(buffer, MetadataType_ProtectedContent, decodeProtectedContent), 0u);
+    EXPECT_EQ(get(buffer, MetadataType_Compression, decodeCompression).name, Compression_None.name);
+    EXPECT_EQ(get(buffer, MetadataType_Interlaced, decodeInterlaced).name, Interlaced_None.name);
 
     void* const other = import(raw);
+    EXPECT_EQ(call<hidl_vec<IMapper::BufferDump>>(Error::NONE, &MemfdMapper::dumpBuffers).size(),
+              2u);
     hidl_vec<uint8_t> encoded;
+    auto const expectShared = [&](IMapper::MetadataType const& type) {
+        EXPECT_EQ(mapper->set(buffer, type, encoded), Error::NONE) << type.value;
+        EXPECT_EQ(get(other, type, Error::NONE), encoded) << type.value;
+    };
     encodeDataspace(Dataspace::JFIF, &encoded);
-    EXPECT_EQ(mapper->set(buffer, MetadataType_Dataspace, encoded), Error::NONE);
+    expectShared(MetadataType_Dataspace);
     encodeCta861_3(Cta861_3{500, 200}, &encoded);
-    EXPECT_EQ(mapper->set(buffer, MetadataType_Cta861_3, encoded), Error::NONE);
+    expectShared(MetadataType_Cta861_3);
+    encodeSmpte2086(Smpte2086{{1, 2}, {3, 4}, {5, 6}, {7, 8}, 9, 10}, &encoded);
+    expectShared(MetadataType_Smpte2086);
+    encodeBlendMode(BlendMode::COVERAGE, &encoded);
+    expectShared(MetadataType_BlendMode);
     EXPECT_EQ(get(other, MetadataType_Dataspace, decodeDataspace), Dataspace::JFIF);
-    EXPECT_EQ(get(other, MetadataType_Cta861_3, decodeCta861_3)->maxContentLightLevel, 500);
-    EXPECT_FALSE(get(other, MetadataType_Smpte2086, decodeSmpte2086));
-    void* const plain = import(allocate(64, 2, PixelFormat::RAW16));
+    Smpte2086 const display = *get(other, MetadataType_Smpte2086, decodeSmpte2086);
+    EXPECT_TRUE(display.primaryBlue.y == 6 && display.whitePoint.x == 7);
+    EXPECT_TRUE(display.maxLuminance == 9 && display.minLuminance == 10);
+    EXPECT_EQ(decodeSmpte2086(encoded, nullptr), android::BAD_VALUE);
+    EXPECT_EQ(encodeSmpte2086(std::nullopt, nullptr), android::BAD_VALUE);
+    encoded = hidl_vec<uint8_t>();  // unset
+    expectShared(MetadataType_Cta861_3);
+    expectShared(MetadataType_Smpte2086);
+    std::string const longName(210, 'n');
+    void* const plain = import(allocate(
+            describe({longName, 64, 2, 1, PixelFormat::RAW16, 3, 0}, Error::NONE), 1, Error::NONE));
+    EXPECT_EQ(get(plain, MetadataType_Name, decodeName), longName.substr(0, 200));
     encodeBlendMode(BlendMode::COVERAGE, &encoded);
     EXPECT_EQ(mapper->set(plain, MetadataType_BlendMode, encoded), Error::NONE);
     EXPECT_EQ(get(plain, MetadataType_BlendMode, decodeBlendMode), BlendMode::COVERAGE);
+    EXPECT_TRUE(mapper->getReservedRegion(plain, [](Error error, void* region, uint64_t size) {
+                          EXPECT_EQ(error, Error::NONE);
+                          EXPECT_TRUE(region == nullptr && size == 0);
+                      }).isOk());
 
     char* regions[2] = {};
     auto const keep = [&](int place) {
@@ -328,11 +422,32 @@ TEST_F(Gralloc, TellsEveryPropertyAndKeepsWhatIsSet) {
     EXPECT_STREQ(regions[1], "shared");
 
     EXPECT_TRUE(call<bool>(Error::NONE, &MemfdMapper::isSupported, info));
-    hidl_vec<uint8_t> const wanted = call<hidl_vec<uint8_t>>(
-            Error::NONE, &MemfdMapper::getFromBufferDescriptorInfo, info, MetadataType_Width);
-    EXPECT_EQ(wanted, get(buffer, MetadataType_Width, Error::NONE));
-    call<hidl_vec<uint8_t>>(Error::UNSUPPORTED, &MemfdMapper::getFromBufferDescriptorInfo, info,
-                            MetadataType_PlaneLayouts);
+}
+
+TEST(PixelFormats, AreTakenApartIntoPlanes) {
+    using namespace NSCam::Utils::Format;
+    struct Expected {
+        int format;
+        size_t bits, planes, lastWidth, lastBits;  // of a picture 65 pixels wide
+    };
+    for (Expected const& expected : {Expected{HAL_PIXEL_FORMAT_RGBA_8888, 32, 1, 65, 32},
+                                     {HAL_PIXEL_FORMAT_BLOB, 8, 1, 65, 8},
+                                     {HAL_PIXEL_FORMAT_RAW10, 10, 1, 65, 10},
+                                     {HAL_PIXEL_FORMAT_RAW12, 12, 1, 65, 12},
+                                     {HAL_PIXEL_FORMAT_RAW16, 16, 1, 65, 16},
+                                     {HAL_PIXEL_FORMAT_YCRCB_420_SP, 12, 2, 33, 16},
+                                     {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, 12, 2, 33, 16},
+                                     {HAL_PIXEL_FORMAT_YCBCR_420_888, 12, 3, 33, 8},
+                                     {HAL_PIXEL_FORMAT_YV12, 12, 3, 33, 8},
+                                     {0x7777, 0, 0, 0, 0}}) {
+        SCOPED_TRACE(expected.format);
+        EXPECT_EQ(queryImageBitsPerPixel(expected.format), expected.bits);
+        ASSERT_EQ(queryPlaneCount(expected.format), expected.planes);
+        size_t const last = expected.planes - 1;
+        EXPECT_EQ(queryPlaneWidthInPixels(expected.format, last, 65), expected.lastWidth);
+        EXPECT_EQ(queryPlaneBitsPerPixel(expected.format, last), expected.lastBits);
+        EXPECT_EQ(queryPlaneWidthInPixels(expected.format, expected.planes, 65), 0u);
+    }
 }
 
 void append(std::vector<uint8_t>& bytes, std::string const& text,
@@ -374,9 +489,11 @@ TEST(Gralloc4, EncodesPlaneLayoutsByteForByte) {
         EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE) << size;
     }
     for (size_t const countByte : {7, 8 + 53 + 8, 8 + 53 + 8 + 7}) {
-        wrong = expected;
-        wrong.at(countByte) = 0x80;
-        EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
+        for (uint8_t const count : {0x80, 0x40}) {  // below 0, and far too many
+            wrong = expected;
+            wrong.at(countByte) = count;
+            EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
+        }
     }
     expectDecoded();
 }

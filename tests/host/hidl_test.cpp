@@ -1,6 +1,8 @@
 #include <fcntl.h>
 
+#include <cerrno>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -79,6 +81,23 @@ TEST(HidlHandle, PointsAtANativeHandleAndClonesItWhenCopied) {
     }
 }
 
+TEST(NativeHandle, RefusesSizesAlignmentAndVersionsThatAreNotIts) {
+    EXPECT_EQ(native_handle_create(NATIVE_HANDLE_MAX_FDS + 1, 0), nullptr);
+    EXPECT_EQ(native_handle_create(0, NATIVE_HANDLE_MAX_INTS + 1), nullptr);
+    EXPECT_EQ(native_handle_create(-1, 0), nullptr);
+    alignas(native_handle_t) char storage[sizeof(native_handle_t) + 8];
+    EXPECT_EQ(native_handle_init(storage + 1, 1, 0), nullptr);
+    native_handle_t* const handle = native_handle_init(storage, 1, 0);
+    handle->data[0] = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    handle->version = 0;
+    EXPECT_EQ(native_handle_close(handle), -EINVAL);
+    EXPECT_EQ(native_handle_delete(handle), -EINVAL);
+    EXPECT_TRUE(isOpen(handle->data[0]));
+    handle->version = sizeof(native_handle_t);
+    EXPECT_EQ(native_handle_close(handle), 0);
+    EXPECT_FALSE(isOpen(handle->data[0]));
+}
+
 TEST(HidlHandleDeathTest, AbortsWhenACloneFails) {
     native_handle_t* const handle = native_handle_create(1, 0);
     handle->data[0] = 1 << 20;
@@ -150,6 +169,17 @@ TEST(TransportReturn, CarriesAValueOrAStatus) {
     EXPECT_FALSE(heir.isDeadObject());
     EXPECT_EQ("Status(EX_TRANSACTION_FAILED): 'OK: stand-in lost'", heir.description());
     EXPECT_TRUE(Return<void>(Status::fromStatusT(android::DEAD_OBJECT)).isDeadObject());
+    EXPECT_TRUE(Status::fromStatusT(android::OK).isOk());
+    std::pair<Status, char const*> const texts[] = {
+            {Status::ok(), "No error"},
+            {Status::fromStatusT(android::TIMED_OUT),
+             "Status(EX_TRANSACTION_FAILED): 'TIMED_OUT: '"},
+            {Status::fromStatusT(-5), "Status(EX_TRANSACTION_FAILED): '-5 Input/output error: '"},
+            {Status::fromExceptionCode(Status::EX_NULL_POINTER), "Status(EX_NULL_POINTER): ''"},
+            {Status::fromExceptionCode(-77, "odd"), "Status(-77): 'odd'"}};
+    for (auto const& [status, text] : texts) {
+        EXPECT_EQ(status.description(), text);
+    }
 }
 
 TEST(TransportReturnDeathTest, AbortsOnAFailureNobodyLookedAt) {

@@ -1,7 +1,9 @@
+#include <cstring>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -62,6 +64,12 @@ TEST(IEntry, FirstItemDecidesTheType) {
     EXPECT_EQ(hint.type(), IMetadata::TYPE_MINT32) << "its tag's";
     entry.push_back(MRect({1, 2}, {3, 4}), Type2Type<MRect>());
     EXPECT_EQ(entry.itemAt(0, Type2Type<MRect>()).s.w, 3);
+    IMetadata::IEntry const moved = std::move(entry);
+    EXPECT_TRUE(entry.isEmpty() && moved.count() == 1);
+
+    auto const& tags = NSCam::IDefaultMetadataTagSet::singleton()->getTagSet();
+    EXPECT_STREQ(tags.nameOf(kCurrentMode), "currentMode");
+    EXPECT_EQ(tags.nameOf(0x80ff0001), nullptr);
 }
 
 // Few items lie in the entry, many in a block: neither the change-over nor items that come from the
@@ -97,6 +105,24 @@ TEST(IEntry, CopiesShareLargeItemsUntilOneChanges) {
     EXPECT_EQ(original.count(), 2'000'000u);
 }
 
+TEST(IEntry, NestedMetadataIsCopiedAndEnded) {
+    auto items = entryOf<uint8_t>(1, std::vector<uint8_t>(100, 9));
+    void const* const address = items.data();
+    {
+        IMetadata inner;
+        inner.update(1, items);
+        IMetadata::IEntry const nested = entryOf<IMetadata>(2, {inner, inner});
+        IMetadata::IEntry copy = nested;
+        copy.push_back(inner, Type2Type<IMetadata>());
+        copy.replaceItemAt(0, IMetadata(), Type2Type<IMetadata>());
+        EXPECT_TRUE(copy.itemAt(0, Type2Type<IMetadata>()).isEmpty());
+        EXPECT_EQ(copy.itemAt(2, Type2Type<IMetadata>()).entryFor(1).data(), address);
+        EXPECT_EQ(nested.itemAt(0, Type2Type<IMetadata>()).entryFor(1).data(), address);
+    }
+    items.replaceItemAt(0, uint8_t{1}, Type2Type<uint8_t>());
+    EXPECT_EQ(items.data(), address) << "shared with metadata that has ended";
+}
+
 TEST(IMetadataSet, HoldsWhatAMapHolds) {
     std::mt19937 random(3);
     IMetadata metadata;
@@ -122,6 +148,7 @@ TEST(IMetadataSet, HoldsWhatAMapHolds) {
     }
     EXPECT_EQ(metadata.entryFor(41).tag(), 41u);
     EXPECT_TRUE(metadata.entryFor(41).isEmpty());
+    EXPECT_TRUE(metadata.entryAt(metadata.count()).isEmpty());
 }
 
 class Converter : public testing::Test {
@@ -129,8 +156,12 @@ class Converter : public testing::Test {
     Flat flatten(IMetadata const& metadata) {
         camera_metadata* flat = nullptr;
         size_t size = 0;
+        android::hardware::hidl_vec<uint8_t> bytes;
         EXPECT_TRUE(mConverter->convert(metadata, flat, &size));
+        EXPECT_TRUE(mConverter->convert(metadata, bytes));
         EXPECT_EQ(validate_camera_metadata_structure(flat, &size), 0);
+        EXPECT_TRUE(bytes.size() == size && memcmp(bytes.data(), flat, size) == 0);
+        free_camera_metadata(reinterpret_cast<camera_metadata*>(bytes.data()));
         return {flat, &free_camera_metadata};
     }
 
@@ -193,6 +224,24 @@ TEST_F(Converter, CarriesEveryTypeThereAndBack) {
     ASSERT_TRUE(mConverter->convert(mixed.get(), sorted));
     EXPECT_THAT(itemsOf<int>(sorted.entryFor(kRegions)), ElementsAre(2));
     EXPECT_EQ(sorted.count(), get_camera_metadata_entry_count(mixed.get()) - 1);
+}
+
+TEST_F(Converter, AsksTheTagSetForTypesThatAndroidHasNot) {
+    struct Types : NSCam::IMetadataTagSet {
+        int typeOf(uint32_t tag) const override {
+            return tag == kRegions ? IMetadata::TYPE_MPoint : IMetadata::TYPE_MSize;
+        }
+        char const* nameOf(uint32_t /*tag*/) const override { return nullptr; }
+    } const types;
+    Flat const flat(allocate_camera_metadata(2, 32), &free_camera_metadata);
+    int32_t const pairs[] = {1, 2, 3, 4};
+    add_camera_metadata_entry(flat.get(), kRegions, pairs, 4);
+    add_camera_metadata_entry(flat.get(), ANDROID_SCALER_CROP_REGION, pairs, 4);
+    IMetadata metadata;
+    ASSERT_TRUE(IMetadataConverter::createInstance(types)->convert(flat.get(), metadata));
+    EXPECT_EQ(metadata.entryFor(kRegions).itemAt(1, Type2Type<NSCam::MPoint>()).y, 4);
+    EXPECT_EQ(metadata.entryFor(ANDROID_SCALER_CROP_REGION).itemAt(0, Type2Type<NSCam::MSize>()).h,
+              2);
 }
 
 TEST_F(Converter, LeavesOutWhatTheFlatFormCannotHoldAndSaysSoOnce) {

@@ -1,3 +1,7 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -19,7 +23,7 @@ namespace {
 class Sink : public quen::host::LogSink {
   public:
     Sink() { quen::host::setLogSink(this); }
-    ~Sink() override { quen::host::setLogSink(nullptr); }
+    ~Sink() override { EXPECT_EQ(quen::host::setLogSink(nullptr), this); }
     void write(char const* tag, int level, char const* text) override {
         put("camera", tag, level, text);
     }
@@ -50,7 +54,8 @@ std::string allowed(char const* tag) {
 
 TEST(LogTest, LevelsAreSetByNameAndByTag) {
     EXPECT_EQ("EW", allowed("quen"));
-    quen::host::setTagLogLevel("loud", LogLevel::Debug);
+    quen::host::setTagLogLevel("loud", LogLevel::Silent);
+    quen::host::setTagLogLevel("loud", LogLevel::Debug);  // the later one counts
     quen::host::setTagLogLevel("quiet", LogLevel::Error);
     std::pair<char const*, char const*> const levels[] = {
             {"debug", "EWID"}, {"info", "EWI"}, {"warning", "EW"}, {"error", "E"}, {"silent", ""}};
@@ -58,6 +63,7 @@ TEST(LogTest, LevelsAreSetByNameAndByTag) {
         EXPECT_TRUE(quen::host::setLogLevel(name));
         EXPECT_EQ(letters, allowed("quen")) << name;
         EXPECT_EQ("EWID", allowed("loud"));
+        EXPECT_EQ(letters, allowed("louder"));
         EXPECT_EQ("E", allowed("quiet"));
     }
     EXPECT_FALSE(quen::host::setLogLevel("Debug"));
@@ -67,19 +73,31 @@ TEST(LogTest, LevelsAreSetByNameAndByTag) {
 }
 
 TEST(LogTest, ASinkTakesBothKindsOfLines) {
+    std::pair<char const*, std::string> const levels[] = {
+            {"debug", "11111111"}, {"info", "11001111"},   {"warning", "00000111"},
+            {"error", "00000011"}, {"silent", "00000000"}, {"warning", "00000111"}};
+    for (auto const& [name, loggable] : levels) {
+        quen::host::setLogLevel(name);
+        std::string found;
+        for (int priority = ANDROID_LOG_UNKNOWN; priority < ANDROID_LOG_SILENT; ++priority) {
+            found += std::to_string(__android_log_is_loggable(priority, "quen", ANDROID_LOG_INFO));
+        }
+        EXPECT_EQ(found, loggable) << name;
+    }
     Sink sink;
     log_dbg_print("quen", 1, "E [quen] text");
     EXPECT_GT(__android_log_print(ANDROID_LOG_ERROR, "quen", "%s %d", "failed", 3), 0);
     EXPECT_GT(__android_log_write(ANDROID_LOG_WARN, nullptr, "no tag"), 0);
+    EXPECT_GT(__android_log_write(ANDROID_LOG_WARN, "quen", nullptr), 0);
     EXPECT_LE(__android_log_print(ANDROID_LOG_INFO, "quen", "unwanted"), 0);
     EXPECT_EQ(__android_log_is_loggable(ANDROID_LOG_INFO, "quen", ANDROID_LOG_DEBUG), 0);
     EXPECT_EQ(__android_log_is_loggable(ANDROID_LOG_WARN, nullptr, ANDROID_LOG_ERROR), 1);
     EXPECT_LE(__android_log_write(ANDROID_LOG_SILENT, "quen", "unwanted"), 0);
     std::string const longText(2000, 'x');
     __android_log_print(ANDROID_LOG_ERROR, "quen", "%s", longText.c_str());
-    EXPECT_THAT(sink.lines,
-                ElementsAre("camera quen 1 E [quen] text", "android quen 6 failed 3",
-                            "android  5 no tag", "android quen 6 " + longText.substr(0, 1023)));
+    EXPECT_THAT(sink.lines, ElementsAre("camera quen 1 E [quen] text", "android quen 6 failed 3",
+                                        "android  5 no tag", "android quen 5 ",
+                                        "android quen 6 " + longText.substr(0, 1023)));
 }
 
 TEST(LogTest, StandardErrorGetsWholeLinesFromEveryThread) {
@@ -100,6 +118,38 @@ TEST(LogTest, StandardErrorGetsWholeLinesFromEveryThread) {
         ASSERT_THAT(line, whole);
     }
     EXPECT_EQ(600, count);
+    testing::internal::CaptureStderr();
+    log_dbg_print("quen", 2, std::string(5000, 'x').c_str());
+    std::string const cut = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(cut.size() == 4096 && cut.back() == '\n');
+    EXPECT_STREQ(get_filename("a/b/c.cpp"), "c.cpp");
+    EXPECT_STREQ(get_filename("c.cpp"), "c.cpp");
+}
+
+TEST(LogTest, StandardErrorGetsTheLetterOfTheLevel) {
+    quen::host::setLogLevel(LogLevel::Debug);
+    testing::internal::CaptureStderr();
+    for (int level = 0; level < 5; ++level) {
+        log_dbg_print("quen", level, "x");
+    }
+    for (int priority = ANDROID_LOG_VERBOSE; priority < ANDROID_LOG_FATAL; ++priority) {
+        __android_log_write(priority, "quen", "x");
+    }
+    std::istringstream output(testing::internal::GetCapturedStderr());
+    std::string letters;
+    for (std::string line; std::getline(output, line);) {
+        letters += line.at(line.find(" quen: x") - 1);
+    }
+    EXPECT_EQ(letters, "DEWI?VDIWE");
+
+    int const kept = dup(STDERR_FILENO);
+    close(STDERR_FILENO);
+    errno = ENOENT;
+    log_dbg_print("quen", 1, "nowhere to go");
+    EXPECT_EQ(errno, ENOENT);
+    dup2(kept, STDERR_FILENO);
+    close(kept);
+    quen::host::setLogLevel(LogLevel::Warning);
 }
 
 TEST(LogDeathTest, AnAssertionSpeaksAndEndsTheProcess) {
@@ -107,5 +157,15 @@ TEST(LogDeathTest, AnAssertionSpeaksAndEndsTheProcess) {
     EXPECT_DEATH(__android_log_assert("1", "quen", "(%s){#%d}\r\n", "init", 7),
                  "[0-9:.]+ +[0-9]+ F quen: \\(init\\)\\{#7\\}");
     EXPECT_DEATH(__android_log_assert("x == 1", "quen", nullptr), "Assertion failed: x == 1");
+    struct Echo : quen::host::LogSink {
+        void write(char const*, int, char const*) override {}
+        void writeAndroid(char const*, int, char const* text) override { std::cerr << text; }
+    } echo;
+    EXPECT_DEATH(
+            {
+                quen::host::setLogSink(&echo);
+                __android_log_assert(nullptr, "quen", "twice");
+            },
+            "^twice.* F quen: twice");
     quen::host::setLogLevel(LogLevel::Warning);
 }

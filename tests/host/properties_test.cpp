@@ -4,8 +4,10 @@
 
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
+#include <nscam/ATMsEventMgr.h>
 
 #include "host/base/Properties.h"
+#include "host/metadata/EventText.h"
 
 namespace {
 
@@ -29,6 +31,21 @@ TEST(Properties, AreSetReadAndUnset) {
     property_set(kKey, "");
     EXPECT_EQ("", read(nullptr));
     EXPECT_EQ(longest, read((longest + "y").c_str()));
+    EXPECT_EQ(-1, property_set("", "x"));
+    EXPECT_EQ(-1, property_set(nullptr, "x"));
+}
+
+TEST(EventTexts, AreSetReadAndCleared) {
+    auto* const events = NSCam::ATMsEventMgr::getInstance();
+    std::string text = "before";
+    EXPECT_FALSE(events->getString("APP_NAME", text));
+    EXPECT_EQ("", text);
+    quen::host::setEventString("APP_NAME", "first");
+    quen::host::setEventString("APP_NAME", "second");
+    EXPECT_TRUE(events->getString("APP_NAME", text));
+    EXPECT_EQ("second", text);
+    quen::host::clearEventString("APP_NAME");
+    EXPECT_FALSE(events->getString("APP_NAME", text));
 }
 
 TEST(Properties, ReadAsNumbersAndTruthValues) {
@@ -36,10 +53,16 @@ TEST(Properties, ReadAsNumbersAndTruthValues) {
     std::tuple<char const*, int32_t, int64_t, int8_t> const cases[] = {
             {"0", 0, 0, 0},
             {"0x10", 16, 16, 9},
+            {"010", 8, 8, 9},
+            {"-2147483649", -7, -2147483649, 9},
             {"4 seconds", 4, 4, 9},
             {"2147483648", -7, 2147483648, 9},
             {"9223372036854775808", -7, -8, 9},
-            {"on", -7, -8, 1},
+            {"no", -7, -8, 0},
+            {"false", -7, -8, 0},
+            {"y", -7, -8, 1},
+            {"yes", -7, -8, 1},
+            {"On", -7, -8, 9},
     };
     for (auto const& [text, number, wide, truth] : cases) {
         property_set(kKey, text);

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <utility>
 #include <vector>
 
@@ -48,9 +50,29 @@ TEST(ServiceRegistry, FindsServicesByInterfaceAndInstance) {
     EXPECT_EQ(successor, IISPModule::getService("internal/0"));
     EXPECT_EQ(1, module->getStrongCount());
     EXPECT_EQ(android::BAD_VALUE, successor->registerAsService(""));
+    EXPECT_EQ(android::BAD_VALUE, quen::host::registerService("", "internal/0", successor));
+    EXPECT_EQ(android::BAD_VALUE,
+              quen::host::registerService(IISPModule::descriptor, "internal/0", nullptr));
     EXPECT_TRUE(quen::host::unregisterService(IISPModule::descriptor, "internal/0"));
     EXPECT_FALSE(quen::host::unregisterService(IISPModule::descriptor, "internal/0"));
     EXPECT_EQ(1, successor->getStrongCount());
+}
+
+TEST(Service, AnswersAsAnObjectOfThisProcess) {
+    sp<Module> const module = new Module;
+    EXPECT_FALSE(module->isRemote());
+    EXPECT_TRUE(module->ping().isOk());
+    EXPECT_TRUE(module->interfaceChain([](auto const& chain) {
+                          ASSERT_EQ(chain.size(), 1u);
+                          EXPECT_EQ(chain[0], IBase::descriptor);
+                      }).isOk());
+    EXPECT_TRUE(module->interfaceDescriptor([](auto const& descriptor) {
+                          EXPECT_EQ(descriptor, IBase::descriptor);
+                      }).isOk());
+    EXPECT_TRUE(
+            module->getHashChain([](auto const& hashes) { EXPECT_EQ(hashes.size(), 1u); }).isOk());
+    EXPECT_TRUE(
+            module->getDebugInfo([](auto const& info) { EXPECT_EQ(info.pid, getpid()); }).isOk());
 }
 
 TEST(ServiceRegistry, TellsOfADeathOnce) {
@@ -68,6 +90,7 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
         EXPECT_TRUE(module->linkToDeath(recipient, cookie));
     }
     EXPECT_TRUE(module->unlinkToDeath(recipient));
+    EXPECT_TRUE(module->unlinkToDeath(new Recipient)) << "which has no link";
 
     quen::host::announceDeath(module);
     quen::host::announceDeath(module);

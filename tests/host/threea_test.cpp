@@ -2,6 +2,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <memory>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,14 @@ TEST_F(ThreeA, BuffersAreSharedAndFoundByIndex) {
     EXPECT_EQ(read[kBytes - 1], 77);
     munmap(written, kBytes);
     munmap(read, kBytes);
+    EXPECT_NE(ftruncate(found, 1), 0) << "shrunk under a reader";
+    QIF3ABufferInfo small;
+    EXPECT_EQ(Quen3AInfoManager::Get3AInfoBuf(&small, 1), 0);
+    EXPECT_EQ(small.size, kBytes);
+
+    auto const store = std::make_shared<SharedMemoryThreeAStore>();
+    EXPECT_NE(setThreeAStore(store), nullptr);
+    EXPECT_EQ(setThreeAStore(nullptr), store);
 }
 
 TEST_F(ThreeA, RefusalsLeaveTheCallersRecordsAlone) {
@@ -57,6 +66,8 @@ TEST_F(ThreeA, RefusalsLeaveTheCallersRecordsAlone) {
         EXPECT_LT(Quen3AInfoManager::GetTuningData(&descriptor, index), 0);
         EXPECT_EQ(descriptor, -1);
     }
+    EXPECT_LT(Quen3AInfoManager::GetTuningData(nullptr, static_cast<unsigned>(get().bufferIndex)),
+              0);
 }
 
 TEST_F(ThreeA, FullPoolTakesTheBufferLeastRecentlyHandedOut) {
@@ -80,13 +91,13 @@ TEST_F(ThreeA, FullPoolTakesTheBufferLeastRecentlyHandedOut) {
 }
 
 TEST_F(ThreeA, DescriptorsStayClearOfTheStandardStreams) {
-    int const kept = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
-    close(STDIN_FILENO);
+    int const kept = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    close(STDERR_FILENO);
     int const descriptor = get().fd;
-    int const restored = dup2(kept, STDIN_FILENO);
+    int const restored = dup2(kept, STDERR_FILENO);
     close(kept);
     EXPECT_GE(descriptor, 3);
-    EXPECT_EQ(restored, STDIN_FILENO);
+    EXPECT_EQ(restored, STDERR_FILENO);
 }
 
 }  // namespace

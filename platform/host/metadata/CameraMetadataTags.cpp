@@ -90,22 +90,6 @@ TagInfo const* findVendorTag(uint32_t tag) {
     return tag < CAMERA_METADATA_VENDOR_TAG_BOUNDARY ? nullptr : findTag(vendorTags(), tag);
 }
 
-int countPlatformTags(vendor_tag_ops_t const* /*ops*/) {
-    int count = 0;
-    for (TagInfo const& info : vendorTags()) {
-        count += info.tag < CAMERA_METADATA_VENDOR_TAG_BOUNDARY ? 0 : 1;
-    }
-    return count;
-}
-
-void listPlatformTags(vendor_tag_ops_t const* /*ops*/, uint32_t* tags) {
-    for (TagInfo const& info : vendorTags()) {
-        if (info.tag >= CAMERA_METADATA_VENDOR_TAG_BOUNDARY) {
-            *tags++ = info.tag;
-        }
-    }
-}
-
 char const* sectionOfPlatformTag(vendor_tag_ops_t const* /*ops*/, uint32_t tag) {
     return findVendorTag(tag) == nullptr ? nullptr : "vendor";
 }
@@ -120,9 +104,9 @@ int typeOfPlatformTag(vendor_tag_ops_t const* /*ops*/, uint32_t tag) {
     return info == nullptr ? -1 : info->type;
 }
 
-constexpr vendor_tag_ops_t kPlatformTags = {countPlatformTags,    listPlatformTags,
-                                            sectionOfPlatformTag, nameOfPlatformTag,
-                                            typeOfPlatformTag,    {}};
+// Nobody asks for a list of the tags.
+constexpr vendor_tag_ops_t kPlatformTags = {
+        nullptr, nullptr, sectionOfPlatformTag, nameOfPlatformTag, typeOfPlatformTag, {}};
 
 std::atomic<vendor_tag_ops_t const*> gVendorTags{&kPlatformTags};
 std::atomic<vendor_tag_cache_ops const*> gVendorsTags{nullptr};
