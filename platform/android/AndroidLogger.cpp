@@ -24,7 +24,7 @@ LogLevel levelOf(int priority) {
     }
 }
 
-/** Takes a line that the library lets pass. Any thread. */
+/** Receives a line that the library lets pass. Any thread. */
 void write(__android_logger_data const* line, char const* text) {
     char const* const tag = line->tag == nullptr ? "" : line->tag;
     if (line->priority == ANDROID_LOG_FATAL) {

@@ -8,18 +8,18 @@ extern "C" {
 #endif
 
 /**
- * For the camera service alone: what the process's vendor tags are. The operations stay the
- * caller's and valid; null takes them away. On the host the platform's own tags are set from the
- * start, as a camera service sets them on the phone. Any thread.
+ * For the camera service only: sets the operations that describe the process's vendor tags. The
+ * caller keeps them valid; null removes them. The host sets those of the platform's own tags at the
+ * start, as a camera service does on the phone. Any thread.
  */
 int set_camera_metadata_vendor_ops(const vendor_tag_ops_t* query_ops);
 
-/** The same for buffers that have a vendor id; they go before the operations above. */
+/** As above, for buffers that have a vendor id; these take precedence. */
 int set_camera_metadata_vendor_cache_ops(const struct vendor_tag_cache_ops* query_cache_ops);
 
 void set_camera_metadata_vendor_id(camera_metadata_t* meta, metadata_vendor_id_t id);
 
-/** CAMERA_METADATA_INVALID_VENDOR_ID for a null buffer. */
+/** Returns CAMERA_METADATA_INVALID_VENDOR_ID for a null buffer. */
 metadata_vendor_id_t get_camera_metadata_vendor_id(const camera_metadata_t* meta);
 
 /** Section, name and type of a tag for buffers of that vendor id. */

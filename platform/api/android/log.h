@@ -18,7 +18,7 @@ typedef enum android_LogPriority {
     ANDROID_LOG_SILENT,
 } android_LogPriority;
 
-/** Write one line to the log. Any thread. The outcome is above 0 when it was written. */
+/** Write one line to the log. Any thread. Return a value above 0 when it was written. */
 int __android_log_write(int prio, char const* tag, char const* text);
 int __android_log_print(int prio, char const* tag, char const* format, ...)
         __attribute__((format(printf, 3, 4)));
@@ -26,10 +26,10 @@ int __android_log_vprint(int prio, char const* tag, char const* format, va_list 
         __attribute__((format(printf, 3, 0)));
 
 /**
- * Whether a line of that tag and priority would be written: 1 or 0. Any thread.
+ * Returns whether a line of that tag and priority would be written: 1 or 0. Any thread.
  *
- * @param default_prio what counts on the phone where nothing was set for the tag; the host's own
- *        level does here
+ * @param default_prio used on the phone when nothing is set for the tag; the host uses its own
+ *        level
  */
 int __android_log_is_loggable(int prio, char const* tag, int default_prio);
 

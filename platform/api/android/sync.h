@@ -8,22 +8,22 @@ extern "C" {
 #endif
 
 /**
- * Makes a fence that signals when both have; the descriptors stay the caller's. The host's fences
- * are any descriptors that become readable: of two that both wait no third can be made there.
+ * Merges two fences into one that signals when both have; the caller keeps both. A fence of the
+ * host is any descriptor that becomes readable: it cannot merge two pending ones.
  *
  * @param name of the new fence, for debugging
- * @return the new fence; -1 with errno EINVAL for what is no fence, ENOSYS for two that wait
+ * @return the new fence; -1 with errno EINVAL for what is no fence, ENOSYS for two pending ones
  */
 int32_t sync_merge(const char* name, int32_t fd1, int32_t fd2);
 
 /**
- * What is known of a fence: its status is 1 when it has signalled, 0 while it waits, below 0 for an
- * error. The host's have no fences within.
+ * Returns the state of a fence: status 1 when it has signalled, 0 while pending, below 0 for an
+ * error. Fences of the host contain no other fences.
  *
  * @return for sync_file_info_free; null with errno
  */
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wshadow"  // the function is called as the record is
+#pragma GCC diagnostic ignored "-Wshadow"  // function and struct have one name
 struct sync_file_info* sync_file_info(int32_t fd);
 #pragma GCC diagnostic pop
 

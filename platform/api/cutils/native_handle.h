@@ -9,7 +9,7 @@
     alignas(native_handle_t) char                            \
             name[sizeof(native_handle_t) + sizeof(int) * ((maxFds) + (maxInts))]
 
-/** A buffer's name: file descriptors, then integers that describe what they are of. */
+/** Identifies a buffer: file descriptors, then integers that describe it. */
 typedef struct native_handle {
     int version;  ///< sizeof(native_handle_t)
     int numFds;
@@ -25,15 +25,14 @@ extern "C" {
 
 /**
  * Makes a handle in `storage`, which NATIVE_HANDLE_DECLARE_STORAGE declared for at least as many
- * slots. Its slots are left for the caller to fill.
+ * slots. The caller fills the slots.
  *
  * @return the handle, not to be deleted; null with errno EINVAL when the storage is not aligned
  */
 native_handle_t* native_handle_init(char* storage, int numFds, int numInts);
 
 /**
- * Makes a handle on the heap, its slots left for the caller to fill, which hold anything until
- * then.
+ * Allocates a handle. The caller fills the slots, which are not initialised.
  *
  * @return for native_handle_delete; null with errno EINVAL or ENOMEM
  */
@@ -43,21 +42,21 @@ native_handle_t* native_handle_create(int numFds, int numInts);
  * Makes a handle with duplicates of the descriptors, open across an exec as dup makes them, and a
  * copy of the integers.
  *
- * @param handle a null one gives null on the host; on the phone it ends the process
+ * @param handle null gives null on the host and ends the process on the phone
  * @return for native_handle_close and native_handle_delete; null, nothing left open, with errno
  */
 native_handle_t* native_handle_clone(native_handle_t const* handle);
 
 /**
- * Closes the descriptors; slots below 0 are let pass. errno stays as it was.
+ * Closes the descriptors; skips slots below 0. Leaves errno as it was.
  *
- * @param handle a null one is let pass on the host; on the phone it ends the process
+ * @param handle null is ignored on the host and ends the process on the phone
  * @return 0, or -EINVAL for a handle of another version
  */
 int native_handle_close(native_handle_t const* handle);
 
 /**
- * Frees a handle, its descriptors untouched.
+ * Frees a handle; leaves its descriptors open.
  *
  * @return 0, or -EINVAL for a handle of another version
  */

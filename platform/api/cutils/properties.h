@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/** Room for a value, with its end. PROPERTY_KEY_MAX is an old limit: keys may be longer. */
+/** Size of a value, final zero included. PROPERTY_KEY_MAX is an old limit: keys may be longer. */
 #define PROPERTY_KEY_MAX 32
 #define PROPERTY_VALUE_MAX 92
 
@@ -21,7 +21,7 @@ int property_get(char const* key, char* value, char const* defaultValue);
  * Read a property as a number (decimal, 0x.. or 0..) or a truth value (0, n, no, false, off; 1, y,
  * yes, true, on). Any thread.
  *
- * @return the default when the property is unset or does not read so, or is out of the type's range
+ * @return the default when the property is unset, cannot be read so, or is out of the type's range
  */
 int8_t property_get_bool(char const* key, int8_t defaultValue);
 int64_t property_get_int64(char const* key, int64_t defaultValue);

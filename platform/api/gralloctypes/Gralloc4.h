@@ -112,19 +112,19 @@ inline auto const PlaneLayoutComponentType_RAW =
         details::standardComponent(details::Component::RAW);
 inline auto const PlaneLayoutComponentType_A = details::standardComponent(details::Component::A);
 
-/** Whether the type is one of the standard's, by its name; the value may be unknown. */
+/** Checks the name of a type for the standard's; the value may be unknown. */
 bool isStandardMetadataType(
         hardware::graphics::mapper::V4_0::IMapper::MetadataType const& metadataType);
 bool isStandardPlaneLayoutComponentType(
         ::aidl::android::hardware::graphics::common::ExtendableType const& componentType);
 
 /*
- * Properties as bytes and back: the property's type (its name as a 64-bit length and characters,
- * its value as 64 bits), then the value. Integers are little-endian in their own width; lists and
- * texts have a 64-bit count before them.
+ * Encode properties as bytes, and decode them: the property's type (its name as a 64-bit length and
+ * characters, its value as 64 bits), then the value. Integers are little-endian in their own width;
+ * lists and texts have a 64-bit count before them.
  *
- * OK, or BAD_VALUE: for a null output, for bytes of another property, for too few and for too many.
- * The output is left as it was then.
+ * Return OK, or BAD_VALUE for a null output, bytes of another property, too few bytes or too many.
+ * A failure leaves the output unchanged.
  */
 status_t encodeBufferId(uint64_t bufferId, hardware::hidl_vec<uint8_t>* encoded);
 status_t decodeBufferId(hardware::hidl_vec<uint8_t> const& encoded, uint64_t* bufferId);
@@ -187,7 +187,7 @@ status_t encodeChromaSiting(
 status_t decodeChromaSiting(hardware::hidl_vec<uint8_t> const& encoded,
                             ::aidl::android::hardware::graphics::common::ExtendableType* value);
 
-/** An area a plane. */
+/** One area per plane. */
 status_t encodeCrop(std::vector<::aidl::android::hardware::graphics::common::Rect> const& value,
                     hardware::hidl_vec<uint8_t>* encoded);
 status_t decodeCrop(hardware::hidl_vec<uint8_t> const& encoded,
@@ -203,7 +203,7 @@ status_t encodeBlendMode(::aidl::android::hardware::graphics::common::BlendMode 
 status_t decodeBlendMode(hardware::hidl_vec<uint8_t> const& encoded,
                          ::aidl::android::hardware::graphics::common::BlendMode* value);
 
-// What can be absent is no bytes at all then.
+// An absent value is encoded as no bytes.
 status_t encodeSmpte2086(
         std::optional<::aidl::android::hardware::graphics::common::Smpte2086> const& value,
         hardware::hidl_vec<uint8_t>* encoded);

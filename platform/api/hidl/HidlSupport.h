@@ -20,10 +20,10 @@ struct IBase;
 
 namespace hardware {
 
-/** Is told of the death of a service that it was linked to. */
+/** Is notified of the death of a service that it is linked to. */
 struct hidl_death_recipient : public virtual RefBase {
     /**
-     * The service has died. On a thread of the service's side.
+     * Called when the service has died, on a thread of the service's side.
      *
      * @param cookie as it was linked with
      */
@@ -51,7 +51,7 @@ std::string toHexString(T value, bool prefix = true) {
 
 }  // namespace details
 
-/** An array of a fixed size in a record; zero from the start, which the phone does not promise. */
+/** An array of a fixed size in a record; initially zero, which the phone does not promise. */
 template <typename T, size_t SIZE>
 class hidl_array {
   public:

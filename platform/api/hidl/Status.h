@@ -11,7 +11,7 @@
 
 namespace android::hardware {
 
-/** How the transport of a call ended. Success takes no memory. */
+/** Outcome of the transport of a call. Success takes no memory. */
 class Status final {
   public:
     enum Exception : int32_t {
@@ -62,9 +62,9 @@ std::ostream& operator<<(std::ostream& stream, Status const& status);
 namespace details {
 
 /**
- * The transport's side of a Return: a failure has to be looked at before it is dropped or
- * overwritten; otherwise the process aborts. isOk looks at it, isDeadObject only when that is what
- * the failure is. Moving hands the duty over.
+ * The transport's outcome in a Return. Aborts the process when a failure is dropped or overwritten
+ * unchecked: isOk checks it, isDeadObject only a failure of that kind. A move takes the obligation
+ * along.
  */
 class return_status {
   public:
@@ -88,10 +88,10 @@ class return_status {
         return isDead;
     }
 
-    /** As isOk, but the failure stays to be looked at. */
+    /** As isOk, without checking a failure. */
     bool isOkUnchecked() const { return mStatus.isOk(); }
 
-    /** Text of the outcome; does not count as looking at it. */
+    /** Text of the outcome; does not check a failure. */
     std::string description() const { return mStatus.description(); }
 
   protected:
@@ -122,8 +122,8 @@ class return_status {
 }  // namespace details
 
 /**
- * What a HIDL call gives back: a value, or how the transport failed. Reading the value of a failed
- * call aborts the process, and so does dropping a failure that nobody has looked at.
+ * Result of a HIDL call: a value, or the transport's failure. Aborts the process when the value of
+ * a failed call is read, or when an unchecked failure is dropped.
  */
 template <typename T>
 class Return : public details::return_status {

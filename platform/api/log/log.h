@@ -20,7 +20,7 @@
 
 #ifndef ALOGV
 #if LOG_NDEBUG
-// Never runs, but is compiled: its arguments stay in use and its format checked.
+// Compiled, never run: its arguments stay in use and its format checked.
 #define ALOGV(...)                                         \
     do {                                                   \
         if (false) {                                       \

@@ -4,7 +4,7 @@
 
 namespace NSCam {
 
-/** The camera framework's key-to-text store; tells, for one, which application is running. */
+/** The camera framework's key-to-text store, for instance of the running application's name. */
 class ATMsEventMgr {
   public:
     static ATMsEventMgr* getInstance();

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-/** Geometry of the Android HAL pixel formats. Formats that are not known answer 0. */
+/** Geometry of the Android HAL pixel formats; 0 for unknown ones. */
 namespace NSCam::Utils::Format {
 
 size_t queryPlaneCount(int format);

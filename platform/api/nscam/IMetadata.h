@@ -14,7 +14,7 @@ struct Type2Type {
     using OriginalType = T;
 };
 
-/** A set of typed entries, one a tag, in ascending order of their tags. Not thread-safe. */
+/** A set of typed entries, one per tag, in ascending order of their tags. Not thread-safe. */
 class IMetadata {
   public:
     using Tag_t = uint32_t;
@@ -69,9 +69,8 @@ class IMetadata {
         void clear();
 
         /**
-         * Appends an item, or `count` items as one block. The first one decides the entry's type;
-         * an item of another type than those before it is left out. A block without items gives an
-         * entry that has none its type.
+         * Appends an item, or `count` items as one block. The first one sets the type of the entry;
+         * items of another type are left out. An empty block only sets the type of an empty entry.
          */
         template <typename T>
         void push_back(typename Type2Type<T>::OriginalType const& item, Type2Type<T>);
@@ -117,7 +116,7 @@ class IMetadata {
     IMetadata& operator=(IMetadata const& other);
     IMetadata& operator=(IMetadata&& other) noexcept;
 
-    /** Adds every entry of `other`, in place of what stands here under the same tag. */
+    /** Adds every entry of `other`, in place of those with the same tags. */
     IMetadata& operator+=(IMetadata const& other);
 
     size_t count() const;
@@ -129,7 +128,7 @@ class IMetadata {
     /** Copy of the entry at a position, 0 <= index < count(). */
     IEntry entryAt(size_t index) const;
 
-    /** Sets a tag's entry to a copy of `entry`, which answers to `tag` from then on. */
+    /** Sets a tag's entry to a copy of `entry`, whose tag becomes `tag`. */
     void update(Tag_t tag, IEntry const& entry);
 
     /** @return whether there was such an entry */

@@ -18,12 +18,12 @@ class IMetadataConverter : public virtual android::RefBase {
     static android::sp<IMetadataConverter> createInstance(IMetadataTagSet const& tagSet);
 
     /**
-     * What a `camera_metadata` cannot hold is left out: entries of tags that are neither Android's
-     * nor a vendor's, of another type than the tag's, or of a type that it has not. A debug line
-     * names each such tag once.
+     * Leaves out what a `camera_metadata` cannot hold: entries of tags that are neither Android's
+     * nor a vendor's, of another type than the tag's, or of a type that it lacks. Logs each such
+     * tag once, at debug level.
      *
-     * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`; left
-     *               alone on failure
+     * @param buffer receives a new buffer, which the caller frees with `free_camera_metadata`;
+     *        unchanged on failure
      * @param size receives its length in bytes when not null
      * @return false when there is no memory
      */
@@ -38,8 +38,8 @@ class IMetadataConverter : public virtual android::RefBase {
                          android::hardware::hidl_vec<uint8_t>& buffer) const = 0;
 
     /**
-     * @param buffer left unchanged; of two entries of one tag the later counts
-     * @param metadata receives the entries, in place of what it holds under the same tags
+     * @param buffer not changed; of two entries of one tag the later counts
+     * @param metadata receives the entries, in place of those with the same tags
      * @return false for a null buffer
      */
     virtual bool convert(camera_metadata const* buffer, IMetadata& metadata) const = 0;

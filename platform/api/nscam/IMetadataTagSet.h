@@ -4,19 +4,19 @@
 
 namespace NSCam {
 
-/** What is known of the metadata tags: the `IMetadata` type each one has. */
+/** Types and names of the metadata tags. */
 class IMetadataTagSet {
   public:
     virtual ~IMetadataTagSet() = default;
 
-    /** Type code of a tag (`IMetadata::TYPE_*`), TYPE_UNKNOWN for a tag that is not known. */
+    /** Returns the type of a tag (`IMetadata::TYPE_*`), TYPE_UNKNOWN for an unknown one. */
     virtual int typeOf(uint32_t tag) const = 0;
 
-    /** Name of a tag, or null for a tag that is not known. */
+    /** Returns the name of a tag, null for an unknown one. */
     virtual char const* nameOf(uint32_t tag) const = 0;
 };
 
-/** Where the platform keeps its tag set. */
+/** Access to the tag set of the platform. */
 class IDefaultMetadataTagSet {
   public:
     static IDefaultMetadataTagSet* singleton();

@@ -4,9 +4,9 @@
 
 /** A shared 3A information buffer, as handed out by Quen3AInfoManager. */
 struct QIF3ABufferInfo {
-    int32_t fd = -1;          ///< descriptor; stays the manager's
+    int32_t fd = -1;          ///< descriptor, owned by the manager
     uint32_t size = 0;        ///< bytes
-    int32_t bufferIndex = 0;  ///< what Quen3AInfoManager::GetTuningData finds it by
+    int32_t bufferIndex = 0;  ///< key for Quen3AInfoManager::GetTuningData
     uint32_t reserved[5] = {};
 };
 
@@ -16,7 +16,7 @@ class Quen3AInfoManager {
     /**
      * Hands out a buffer of at least `size` bytes.
      *
-     * @param info filled on success, left alone on failure
+     * @param info filled on success, unchanged on failure
      * @return 0, or a negative error code
      */
     static int Get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size);
@@ -24,7 +24,7 @@ class Quen3AInfoManager {
     /**
      * Finds the buffer that was handed out under an index.
      *
-     * @param fd receives its descriptor, which stays the manager's; left alone when there is none
+     * @param fd receives its descriptor, owned by the manager; unchanged on failure
      * @return 0, or a negative error code
      */
     static int GetTuningData(int* fd, unsigned int bufferIndex);

@@ -12,9 +12,9 @@ extern "C" {
 
 /**
  * A flat buffer of metadata entries, each a tag with items of one type. The buffer holds no
- * pointers: it can be copied as bytes. Calls answer 0 for success and another value for a failure,
- * which leaves the buffer as it was; a null buffer is a failure. The counts and capacities of a
- * null buffer are 0 on the host; on the phone asking for them ends the process. Not thread-safe.
+ * pointers: it can be copied as bytes. Calls return 0 for success and another value for a failure,
+ * which leaves the buffer unchanged; a null buffer is a failure. The counts and capacities of a
+ * null buffer are 0 on the host; on the phone, reading them ends the process. Not thread-safe.
  */
 
 /** Types of items; the type of a tag is fixed. */
@@ -33,7 +33,7 @@ typedef struct camera_metadata_rational {
     int32_t denominator;
 } camera_metadata_rational_t;
 
-/** An entry as it is found; `data` points into the buffer and is valid until the buffer changes. */
+/** A found entry; `data` points into the buffer and is valid until the buffer changes. */
 typedef struct camera_metadata_entry {
     size_t index;
     uint32_t tag;
@@ -71,7 +71,7 @@ typedef struct camera_metadata camera_metadata_t;
 extern const size_t camera_metadata_type_size[NUM_TYPES];
 extern const char* camera_metadata_type_names[NUM_TYPES];
 
-/** Name of a section, and the ids it has: the first one and the one behind the last. */
+/** Id ranges of the sections (first id, one past the last), and their names. */
 extern unsigned int camera_metadata_section_bounds[ANDROID_SECTION_COUNT][2];
 extern const char* camera_metadata_section_names[ANDROID_SECTION_COUNT];
 
@@ -81,7 +81,7 @@ extern const char* camera_metadata_section_names[ANDROID_SECTION_COUNT];
  */
 camera_metadata_t* allocate_camera_metadata(size_t entry_capacity, size_t data_capacity);
 
-/** As above, in memory of the caller's, 8-byte aligned; null when `dst_size` is too small. */
+/** As above, in the caller's memory, 8-byte aligned; null when `dst_size` is too small. */
 camera_metadata_t* place_camera_metadata(void* dst, size_t dst_size, size_t entry_capacity,
                                          size_t data_capacity);
 
@@ -102,11 +102,10 @@ size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata);
 size_t get_camera_metadata_data_count(const camera_metadata_t* metadata);
 size_t get_camera_metadata_data_capacity(const camera_metadata_t* metadata);
 
-/** Copies into memory of the caller's, without spare capacity; null when `dst_size` is too small.
- */
+/** Copies into the caller's memory, without spare capacity; null when `dst_size` is too small. */
 camera_metadata_t* copy_camera_metadata(void* dst, size_t dst_size, const camera_metadata_t* src);
 
-/** Validates and copies bytes of any alignment; null when they are no sound buffer. */
+/** Validates and copies bytes of any alignment; null when they are not a valid buffer. */
 camera_metadata_t* allocate_copy_camera_metadata_checked(const camera_metadata_t* src,
                                                          size_t src_size);
 
@@ -114,20 +113,20 @@ camera_metadata_t* allocate_copy_camera_metadata_checked(const camera_metadata_t
 camera_metadata_t* clone_camera_metadata(const camera_metadata_t* src);
 
 /**
- * Adds every entry of `src`; those that `dst` has already are there twice afterwards. Fails for
+ * Adds every entry of `src`; tags that `dst` has already are there twice afterwards. Fails for
  * buffers of different vendors.
  */
 int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src);
 
 enum {
     CAMERA_METADATA_VALIDATION_ERROR = 1,
-    CAMERA_METADATA_VALIDATION_SHIFTED = 2,  ///< sound, and not aligned: copy it before use
+    CAMERA_METADATA_VALIDATION_SHIFTED = 2,  ///< valid, but not aligned: copy it before use
 };
 
 /**
- * Checks that no access to the buffer leaves it, and that each tag has its type. Alignment is asked
- * of the entries and of their data as they stand, from an aligned header on. The host refuses what
- * the phone takes: entries that lie over the header, and data behind the last that is in use.
+ * Checks that no access leaves the buffer, and that each tag has its type. Checks the alignment of
+ * the entries and of their data relative to the header. Unlike the phone, the host refuses entries
+ * that overlap the header, and data behind data_count.
  *
  * @param expected_size bytes that the buffer may take; null when not known
  */
@@ -136,11 +135,11 @@ int validate_camera_metadata_structure(const camera_metadata_t* metadata,
 
 // ---- Entries
 
-/** Appends an entry; fails for an unknown tag and without room. Finding is linear until a sort. */
+/** Appends an entry; fails for an unknown tag and without room. Look-up is linear until a sort. */
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
                               size_t data_count);
 
-/** Sorts the entries by tag, so that finding is fast. */
+/** Sorts the entries by tag, for fast look-up. */
 int sort_camera_metadata(camera_metadata_t* dst);
 
 int get_camera_metadata_entry(camera_metadata_t* src, size_t index, camera_metadata_entry_t* entry);
@@ -168,14 +167,14 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const voi
 // ---- Tags
 
 /**
- * Section, name within it and type of a tag; null, null and -1 for one that is not known, and for
- * every vendor's tag while no operations say what it is (camera_metadata_hidden.h).
+ * Section, name within it and type of a tag; null, null and -1 for an unknown one, and for vendors'
+ * tags while no operations describe them (camera_metadata_hidden.h).
  */
 const char* get_camera_metadata_section_name(uint32_t tag);
 const char* get_camera_metadata_tag_name(uint32_t tag);
 int get_camera_metadata_tag_type(uint32_t tag);
 
-/** The same by the operations that belong to the buffer's vendor id; `meta` may be null. */
+/** As above, with the operations of the buffer's vendor id; `meta` may be null. */
 const char* get_local_camera_metadata_section_name(uint32_t tag, const camera_metadata_t* meta);
 const char* get_local_camera_metadata_tag_name(uint32_t tag, const camera_metadata_t* meta);
 int get_local_camera_metadata_tag_type(uint32_t tag, const camera_metadata_t* meta);

@@ -73,8 +73,8 @@ typedef enum camera_metadata_section_start {
 } camera_metadata_section_start_t;
 
 /**
- * Android 11's tags. A section's ids stand without a gap; its _END is the id behind its last.
- * The comments have type and number of items.
+ * Android 11's tags. The ids of a section are contiguous; its _END is one past the last. The
+ * comments have type and number of items.
  */
 typedef enum camera_metadata_tag {
     ANDROID_COLOR_CORRECTION_MODE = 0x00000,                        // byte

@@ -6,17 +6,17 @@
 extern "C" {
 #endif
 
-/** Vendors' tags begin here. */
+/** First id of vendors' tags. */
 #define CAMERA_METADATA_VENDOR_TAG_BOUNDARY 0x80000000u
 
-/** Of a buffer that belongs to no vendor in particular. */
+/** Vendor id of a buffer without a vendor. */
 #define CAMERA_METADATA_INVALID_VENDOR_ID UINT64_MAX
 
 typedef uint64_t metadata_vendor_id_t;
 
 /**
- * What a vendor's tags are. Texts stay the vendor's and valid; answers for a tag that is none of
- * the vendor's are null and -1. Any thread may call.
+ * Describes a vendor's tags. The vendor keeps the texts valid. Returns null and -1 for unknown
+ * tags. Any thread may call.
  */
 typedef struct vendor_tag_ops vendor_tag_ops_t;
 struct vendor_tag_ops {
@@ -28,7 +28,7 @@ struct vendor_tag_ops {
     void* reserved[8];  ///< null
 };
 
-/** The same of several vendors, told apart by their ids. */
+/** As above, for several vendors by their ids. */
 struct vendor_tag_cache_ops {
     int (*get_tag_count)(metadata_vendor_id_t id);
     void (*get_all_tags)(uint32_t* tag_array, metadata_vendor_id_t id);

@@ -6,8 +6,8 @@
 #include <system/graphics-base.h>
 
 /**
- * Where the samples of a locked YCbCr buffer lie. Sample (x, y) of luma is at y + y * ystride + x;
- * one of chroma at cb (cr) + (y / 2) * cstride + (x / 2) * chroma_step.
+ * Addresses of the samples of a locked YCbCr buffer: luma (x, y) is at y + y * ystride + x, chroma
+ * at cb (cr) + (y / 2) * cstride + (x / 2) * chroma_step.
  */
 struct android_ycbcr {
     void* y;

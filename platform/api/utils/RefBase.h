@@ -12,14 +12,14 @@ namespace android {
  * Base of reference-counted objects, usually a virtual one.
  *
  * The object deletes itself with its last strong reference (sp); weak references (wp) outlive it
- * and tell that it is gone. A new object has no reference yet: the first strong one calls
- * onFirstRef, unless it comes of a promotion. Who deletes an object that never was held has to see
- * to it that no weak reference is left: the process aborts otherwise, where some phones only log.
- * Any thread may take and drop references.
+ * and tell that it is gone. A new object has no reference: the first strong one calls onFirstRef,
+ * unless a promotion took it. Whoever deletes an object that was never held must drop all weak
+ * references first: the process aborts otherwise, where some phones only log. Any thread may take
+ * and drop references.
  */
 class RefBase {
   public:
-    /** The counts of an object; stays while a weak reference needs it. */
+    /** Counts of an object; exists as long as a weak reference does. */
     class weakref_type {
       public:
         void incWeak(void const* id);
@@ -41,17 +41,19 @@ class RefBase {
     weakref_type* createWeak(void const* id) const;
     weakref_type* getWeakRefs() const;
 
-    /** Strong references at this moment, 1 << 28 of a fresh object; for debugging. */
+    /** Current number of strong references, 1 << 28 for an object never held; for debugging. */
     int32_t getStrongCount() const;
 
   protected:
     RefBase();
     virtual ~RefBase();
 
-    /** The first strong reference has been taken; on the thread that took it. */
+    /** Called after the first strong reference was taken, on the thread that took it. */
     virtual void onFirstRef();
 
-    /** The last strong reference has gone and the object goes next; on the thread that dropped it.
+    /**
+     * Called after the last strong reference was dropped and before the object is destroyed, on the
+     * thread that dropped it.
      */
     virtual void onLastStrongRef(void const* id);
 
@@ -65,11 +67,11 @@ class RefBase {
 };
 
 /**
- * Weak reference to a RefBase: does not keep the object, but tells whether it is still there.
+ * Weak reference to a RefBase: does not keep the object alive, but tells whether it is.
  *
- * A conversion to a virtual base's type needs the object alive. A move copies. Weak references are
- * equal when they are of the same object, gone or not: a new object at an old one's address is
- * another. They order by address, and by object where addresses agree.
+ * Converting to a virtual base's type needs the object alive. A move copies. Weak references are
+ * equal when they refer to the same object, gone or not: a new object at the address of an old one
+ * differs from it. They order by address, then by object.
  */
 template <typename T>
 class wp {
@@ -114,7 +116,7 @@ class wp {
 
     void clear() { *this = wp(); }
 
-    /** A strong reference, or null once the object is gone. */
+    /** Returns a strong reference, or null once the object is gone. */
     sp<T> promote() const {
         sp<T> strong;
         if (mCounts != nullptr && mCounts->attemptIncStrong(&strong)) {

@@ -10,18 +10,16 @@ namespace android {
 template <typename T>
 class wp;
 
-/** Aborts: a reference was changed by another thread, or by the object it let go of. */
+/** Aborts: another thread, or the destructor of the released object, changed a reference. */
 [[noreturn]] void sp_report_race();
 
 /**
- * Strong reference to a reference-counted object (see RefBase): the object lives while there is
- * one.
+ * Strong reference to a reference-counted object (see RefBase): keeps the object alive.
  *
- * T may be incomplete where a reference is only declared. One reference is not to be changed by two
- * threads at a time; the count it shares with other references may be. An assignment lets go of the
- * old object while the reference still points at it: a destructor that comes back finds the object
- * that is going, and must not assign. A reference that is moved to itself lets go of its object.
- * Comparisons are by address.
+ * T may be incomplete where a reference is only declared. Two threads must not change one reference
+ * at a time; they may change the count it shares with other references. An assignment releases the
+ * old object while the reference still points at it: its destructor sees it there, and must not
+ * assign. A reference moved to itself releases its object. Comparisons are by address.
  */
 template <typename T>
 class sp {

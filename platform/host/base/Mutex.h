@@ -67,7 +67,7 @@ class Condition {
     void wait(Mutex& mutex) HOST_REQUIRES(mutex) {
         std::unique_lock<std::mutex> held(mutex.mMutex, std::adopt_lock);
         mCondition.wait(held);
-        held.release();  // the caller goes on holding it
+        held.release();  // the caller still holds it
     }
 
     /** As wait, until `end` at the latest. @return false when the time is up */

@@ -53,7 +53,7 @@ native_handle_t* native_handle_clone(native_handle_t const* handle) {
     for (int i = 0; i < handle->numFds; ++i) {
         clone->data[i] = dup(handle->data[i]);
         if (clone->data[i] < 0) {
-            clone->numFds = i;  // the slots behind hold nothing yet
+            clone->numFds = i;  // the later slots are not filled yet
             native_handle_close(clone);
             native_handle_delete(clone);
             return nullptr;

@@ -13,7 +13,7 @@ namespace quen::host {
 
 namespace {
 
-/** The exception that stops the work; of several, the last. Thread-safe. */
+/** Keeps the exception that stops the work; of several, the last. Any thread. */
 class Failure {
   public:
     void keepCurrentException() {

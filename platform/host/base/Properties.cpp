@@ -21,7 +21,7 @@ struct PropertyTable {
     std::map<std::string, std::string, std::less<>> values HOST_GUARDED_BY(lock);
 };
 
-/** Stays until the process ends: a thread may read a property while objects are torn down. */
+/** Never destroyed: a thread may read a property while the process exits. */
 PropertyTable& table() {
     static auto* const instance = new PropertyTable;
     return *instance;

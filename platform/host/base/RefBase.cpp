@@ -7,19 +7,19 @@
 namespace android {
 namespace {
 
-// The strong count of an object that never had a strong reference: far above any real count, so
-// that "no reference yet" and "the last one has gone" differ.
+// Strong count of an object that never had a strong reference. Far above any real count, which
+// tells such an object from one that has lost its last reference.
 constexpr int32_t kNeverHeld = 1 << 28;
 
 }  // namespace
 
 /**
- * The object itself counts as one weak reference, so that weak references come and go while it is
- * being made. The counts go with the last weak reference.
+ * Counts the object itself as one weak reference, so that its constructor may take and drop weak
+ * references. Deleted with the last weak reference.
  */
 class RefBase::Counts final : public RefBase::weakref_type {
   public:
-    /** Ends the "no reference yet" of an object; for the one thread that moved kNeverHeld on. */
+    /** Takes kNeverHeld off the count. Only for the thread whose increment found it there. */
     void endNeverHeld() { mStrong.fetch_sub(kNeverHeld, std::memory_order_relaxed); }
 
     std::atomic<int32_t> mStrong{kNeverHeld};
@@ -41,8 +41,8 @@ bool RefBase::weakref_type::attemptIncStrong(void const* /*id*/) {
     auto* const counts = static_cast<Counts*>(this);
     int32_t strong = counts->mStrong.load(std::memory_order_relaxed);
     while (strong > 0) {
-        // A fresh object's count moves like any other: another thread's first and last reference
-        // may come between the look and the count, and then there is nothing to hold.
+        // Counts an object that was never held like any other: when another thread takes and drops
+        // its first reference after the load, the exchange fails.
         if (counts->mStrong.compare_exchange_weak(strong, strong + 1, std::memory_order_relaxed)) {
             if (strong == kNeverHeld) {
                 counts->endNeverHeld();

@@ -46,8 +46,7 @@ int sync_wait(int fd, int timeout) {
 
 namespace {
 
-/** @return 1 for a fence that has signalled, 0 for one that waits, -1 with errno for what is none
- */
+/** @return 1 for a signalled fence, 0 for a pending one, -1 with errno for no fence */
 int statusOf(int fd) {
     if (sync_wait(fd, 0) == 0) {
         return 1;
@@ -67,7 +66,7 @@ int32_t sync_merge(const char* /*name*/, int32_t fd1, int32_t fd2) {
         errno = ENOSYS;
         return -1;
     }
-    // One has signalled: the other says it all.
+    // One has signalled: the result signals when the other does.
     return dup(first == 1 ? fd2 : fd1);
 }
 

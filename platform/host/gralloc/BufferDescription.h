@@ -8,13 +8,13 @@
 namespace quen::host {
 
 /**
- * Whether such a buffer can be had: NONE; BAD_VALUE for an empty one and for a BLOB of more than
- * one row; UNSUPPORTED for an unknown format, several layers, and one too large.
+ * Checks whether a buffer can be allocated: NONE; BAD_VALUE for an empty one and for a BLOB of more
+ * than one row; UNSUPPORTED for an unknown format, several layers, and one too large.
  */
 android::hardware::graphics::mapper::V4_0::Error checkDescription(
         android::hardware::graphics::mapper::V4_0::IMapper::BufferDescriptorInfo const& info);
 
-/** A description as the bytes that the mapper gives and the allocator takes. */
+/** Encodes a description as the bytes that the mapper returns and the allocator takes. */
 android::hardware::hidl_vec<uint8_t> encodeDescription(
         android::hardware::graphics::mapper::V4_0::IMapper::BufferDescriptorInfo const& info);
 

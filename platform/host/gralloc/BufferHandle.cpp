@@ -42,7 +42,7 @@ uint64_t join(uint32_t const (&halves)[2]) {
     return uint64_t{halves[1]} << 32 | halves[0];
 }
 
-/** The extent that the integers state; none when they do not agree with each other. */
+/** Returns the extent that the integers state; none when they contradict each other. */
 std::optional<BufferExtent> soundExtentOf(Integers const& integers) {
     if (integers.magic != kMagic || integers.layout < Layout::Blob ||
         integers.layout > Layout::Yv12) {
@@ -55,7 +55,7 @@ std::optional<BufferExtent> soundExtentOf(Integers const& integers) {
     return isSound ? extent : std::nullopt;
 }
 
-/** Whether the memory is as large as the buffer; its settings come with the first that is set. */
+/** Checks the size of the memory. Without reserved bytes, the settings add to it when first set. */
 bool hasMemoryOf(int memory, BufferFacts const& facts) {
     struct stat status;
     if (fstat(memory, &status) != 0) {

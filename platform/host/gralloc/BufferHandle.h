@@ -10,32 +10,32 @@
 
 namespace quen::host {
 
-/** What a buffer's handle tells of it. */
+/** Parameters of a buffer, as its handle carries them. */
 struct BufferFacts {
-    uint64_t id;  ///< unlike that of every other buffer
+    uint64_t id;  ///< unique
     uint32_t width;
     uint32_t height;
     android::hardware::graphics::common::V1_2::PixelFormat format;
     Layout layout;
     uint64_t usage;
     BufferExtent extent;
-    uint64_t reservedSize;  ///< bytes beside the picture, for clients
+    uint64_t reservedSize;  ///< bytes beside the picture for clients
 };
 
 /**
- * Makes the handle of a buffer: its memory as the only descriptor, its facts as integers.
+ * Makes the handle of a buffer: its memory as the only descriptor, its parameters as integers.
  *
- * @param memory becomes the handle's
+ * @param memory owned by the handle on success
  * @return for native_handle_close and native_handle_delete; null, `memory` still the caller's, when
- *         there is no memory for it
+ *         out of memory
  */
 native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts);
 
 /**
- * Reads a handle that makeBufferHandle made, or any copy of one: it is known by its integers.
+ * Reads a handle from makeBufferHandle, or any copy of one: recognises it by its integers.
  *
  * @param handle may be null
- * @return nothing for any other handle, and for one whose memory is not as large as it says, with
+ * @return nothing for any other handle, and for one whose memory is not as large as it states, with
  *         the settings (BufferSettings.h) or without
  */
 std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle);

@@ -7,9 +7,9 @@
 namespace quen::host {
 
 /**
- * What clients set of a buffer. Lies in the buffer's memory behind the picture, for every process
- * that has the buffer; the bytes reserved for clients come after it. Memory without any reserved is
- * no larger than the picture until something is set.
+ * Settings of a buffer that clients change. Stored in the buffer's memory behind the picture, so
+ * that every process that has the buffer shares them; the bytes reserved for clients follow. Memory
+ * without reserved bytes ends with the picture until the first setting is written.
  */
 struct BufferSettings {
     int32_t dataspace;
@@ -22,16 +22,16 @@ struct BufferSettings {
 
 static_assert(sizeof(BufferSettings) == 64, "wrong size");
 
-/** Where the reserved bytes begin in the memory. */
+/** Offset of the reserved bytes in the memory. */
 uint64_t reservedOffset(BufferFacts const& facts);
 
-/** Bytes of the memory, settings and reserved bytes included. */
+/** Size of the memory in bytes, settings and reserved bytes included. */
 uint64_t wholeSize(BufferFacts const& facts);
 
-/** The settings in a buffer's memory; all zero where nothing was set. */
+/** Reads the settings from a buffer's memory; all zero when none was set. */
 BufferSettings readSettings(int memory, BufferFacts const& facts);
 
-/** @return false when there is no memory for them */
+/** @return false when the memory cannot be enlarged */
 bool writeSettings(int memory, BufferFacts const& facts, BufferSettings const& settings);
 
 }  // namespace quen::host

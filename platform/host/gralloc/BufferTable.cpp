@@ -11,7 +11,7 @@ ImportedBuffer::~ImportedBuffer() {
     native_handle_delete(mHandle);
 }
 
-/** Settings are read and written past the mapping; reserved bytes are a part of it. */
+/** Maps the reserved bytes, too. Settings are not accessed through the mapping. */
 uint64_t ImportedBuffer::mappedSize() const {
     return mFacts.reservedSize != 0 ? wholeSize(mFacts) : mFacts.extent.sizeInBytes;
 }
@@ -24,8 +24,8 @@ uint8_t* ImportedBuffer::mapReserved() {
 uint8_t* ImportedBuffer::map() {
     MutexLock const guard(mMapLock);
     if (mMapping == nullptr) {
-        // Whoever locks a picture goes through all of it. A plain block may be larger than what is
-        // ever written to it.
+        // A client that locks a picture accesses all of it. A BLOB may be larger than what is ever
+        // written to it.
         bool const isBlock = mFacts.layout == Layout::Blob;
         mMapping =
                 MemoryMapping::of(memory(), mappedSize(), isBlock ? 0 : mFacts.extent.sizeInBytes);
@@ -66,7 +66,7 @@ std::vector<std::shared_ptr<ImportedBuffer>> BufferTable::all() const {
 }
 
 bool BufferTable::remove(void const* handle) {
-    std::shared_ptr<ImportedBuffer> removed;  // ends after the lock: giving memory back takes long
+    std::shared_ptr<ImportedBuffer> removed;  // destroyed after the unlock: unmapping takes long
     MutexLock const guard(mLock);
     auto const found = mEntries.find(handle);
     if (found == mEntries.end() || found->second.locks > 0) {

@@ -15,12 +15,12 @@
 namespace quen::host {
 
 /**
- * A buffer of another handle's, for use in this process: a handle of its own and, once it is asked
- * for, the memory mapped. Gives both back when it ends. Any thread.
+ * An imported buffer: owns a clone of the raw handle and, once mapped, the mapping. Releases both
+ * in the destructor. Any thread.
  */
 class ImportedBuffer {
   public:
-    /** @param handle becomes the buffer's, descriptors included */
+    /** @param handle owned by the buffer, descriptors included */
     ImportedBuffer(native_handle_t* handle, BufferFacts const& facts)
         : mHandle(handle), mFacts(facts) {}
     ~ImportedBuffer();
@@ -32,8 +32,9 @@ class ImportedBuffer {
     int memory() const { return mHandle->data[0]; }
 
     /**
-     * Address of the memory, mapped at the first call: many buffers are imported only to be handed
-     * on. Null when it cannot be mapped.
+     * Maps the memory at the first call: many buffers are imported only to be passed on.
+     *
+     * @return its address; null when it cannot be mapped
      */
     uint8_t* map();
 
@@ -50,16 +51,16 @@ class ImportedBuffer {
     std::shared_ptr<MemoryMapping> mMapping HOST_GUARDED_BY(mMapLock);
 };
 
-/** How much is in use, to find what was forgotten. */
+/** Numbers of objects in use, to find leaks. */
 struct BufferCounts {
     size_t imports;
     size_t mappings;  ///< of imported buffers
-    size_t locks;     ///< nested ones one by one
+    size_t locks;     ///< nested ones counted each
 };
 
 /**
- * The imported buffers by the addresses of their handles. An address that is not in it is never
- * followed. Any thread; the lock is not held while memory is mapped or given back.
+ * The imported buffers by the addresses of their handles. Never dereferences an address that it
+ * does not hold. Any thread; maps and unmaps memory without the lock.
  */
 class BufferTable {
   public:
@@ -68,7 +69,7 @@ class BufferTable {
     /** Null when there is no such buffer. */
     std::shared_ptr<ImportedBuffer> find(void const* handle) const;
 
-    /** The same of a locked buffer only. */
+    /** As find, for locked buffers only. */
     std::shared_ptr<ImportedBuffer> findLocked(void const* handle) const;
 
     std::vector<std::shared_ptr<ImportedBuffer>> all() const;

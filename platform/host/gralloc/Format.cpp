@@ -10,7 +10,7 @@ namespace NSCam::Utils::Format {
 namespace {
 
 struct Plane {
-    size_t subsampling;  // pixels of the picture to one of the plane's, across
+    size_t subsampling;  // picture pixels per plane pixel, horizontally
     size_t bitsPerPixel;
 };
 
@@ -57,7 +57,7 @@ size_t queryPlaneWidthInPixels(int format, size_t planeIndex, size_t imageWidthI
     if (plane == nullptr) {
         return 0;
     }
-    // An odd picture's last column has chroma of its own.
+    // The last column of an odd width has a chroma sample of its own.
     return imageWidthInPixels / plane->subsampling + imageWidthInPixels % plane->subsampling;
 }
 

@@ -21,9 +21,9 @@ namespace android::gralloc4 {
 
 namespace {
 
-constexpr size_t kUsualBytes = 512;  // the plane layouts of a picture take nearly as many
+constexpr size_t kUsualBytes = 512;  // nearly what the plane layouts of a picture take
 
-/** Collects the bytes of a property. */
+/** Encodes a property as bytes. */
 class Encoder {
   public:
     Encoder() { mBytes.reserve(kUsualBytes); }
@@ -102,7 +102,7 @@ class Encoder {
     std::vector<uint8_t> mBytes;
 };
 
-/** Takes the bytes of a property apart; each step tells whether there were enough of them. */
+/** Decodes the bytes of a property; each step returns false when too few are left. */
 class Decoder {
   public:
     explicit Decoder(hidl_vec<uint8_t> const& bytes)
@@ -155,7 +155,7 @@ class Decoder {
         if (!takeCount(count)) {
             return false;
         }
-        // Not made at once: a count that lies ends with the bytes, not with the memory.
+        // Not allocated in advance: a wrong count then runs out of bytes, not of memory.
         for (size_t i = 0; i < count; ++i) {
             if (!take(items.emplace_back())) {
                 return false;
@@ -164,7 +164,7 @@ class Decoder {
         return true;
     }
 
-    /** Takes a property's type; false when it is not that one. */
+    /** Decodes a property's type; returns false for another one. */
     bool takeType(MetadataType const& expected) {
         std::string name;
         int64_t value = 0;
@@ -174,7 +174,7 @@ class Decoder {
     bool isAtEnd() const { return mRemaining == 0; }
 
   private:
-    /** Nothing takes less than a byte an item. */
+    /** Decodes a count. An item takes a byte at least: a larger count is wrong. */
     bool takeCount(size_t& count) {
         int64_t value = 0;
         if (!take(value) || value < 0 || static_cast<uint64_t>(value) > mRemaining) {

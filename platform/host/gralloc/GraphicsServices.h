@@ -7,15 +7,15 @@
 
 namespace quen::host {
 
-/** The graphics services of a process, to be set up further and asked for what is in use. */
+/** The graphics services of a process, with their host-only settings and counters. */
 struct GraphicsServices {
     android::sp<MemfdAllocator> allocator;
     android::sp<MemfdMapper> mapper;
 };
 
 /**
- * Registers a fresh allocator and a fresh mapper as "default", in place of earlier ones. Whoever
- * fetched those keeps them, and frees through the mapper it imported with.
+ * Registers a new allocator and a new mapper as "default", in place of earlier ones. Clients that
+ * hold the earlier ones go on using them, and free buffers through the mapper that imported them.
  */
 GraphicsServices registerGraphicsServices();
 

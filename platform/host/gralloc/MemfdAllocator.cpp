@@ -26,13 +26,13 @@ namespace {
 
 constexpr size_t kLongestName = 200;  // of a memfd; the kernel takes a little more
 
-/** Unlike in every process that this one may share buffers with. */
+/** Returns an id that no other buffer has, in any process of this machine. */
 uint64_t nextBufferId() {
     static std::atomic<uint32_t> gLatest{0};
     return static_cast<uint64_t>(getpid()) << 32 | ++gLatest;
 }
 
-/** Memory that nobody may shrink under a mapping. -1 when there is none. */
+/** Creates memory, sealed against shrinking under a mapping. -1 on failure. */
 int createMemory(std::string const& name, uint64_t size) {
     int const memory = memfd_create(name.c_str(), MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (memory < 0) {
@@ -46,7 +46,7 @@ int createMemory(std::string const& name, uint64_t size) {
     return memory;
 }
 
-/** A handle that owns its memory; null when there is none. */
+/** Creates a handle that owns its memory; null on failure. */
 hidl_handle createBuffer(std::string const& name, BufferFacts const& facts) {
     hidl_handle result;
     int const memory = createMemory(
@@ -86,7 +86,7 @@ Return<void> MemfdAllocator::allocate(hidl_vec<uint8_t> const& bufferDescriptor,
     Error error = decodeDescription(bufferDescriptor, info) ? checkDescription(info)
                                                             : Error::BAD_DESCRIPTOR;
     if (error == Error::BAD_VALUE) {
-        error = Error::BAD_DESCRIPTOR;  // no mapper gave it
+        error = Error::BAD_DESCRIPTOR;  // not from a mapper
     }
     if (error != Error::NONE) {
         cb(error, 0, {});

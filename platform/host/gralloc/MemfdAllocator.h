@@ -12,9 +12,8 @@
 namespace quen::host {
 
 /**
- * Allocates graphic buffers as shared memory: a memfd a buffer, sealed against shrinking,
- * reading as zero. No buffer is ever used again. The rules of rows and planes are
- * BufferLayout.h's.
+ * Allocates each graphic buffer as a memfd of its own, zeroed and sealed against shrinking. Never
+ * reuses a buffer. BufferLayout.h has the rules of rows and planes.
  *
  * Any thread; takes no lock.
  */
@@ -23,9 +22,9 @@ class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAll
     using PixelFormat = android::hardware::graphics::common::V1_2::PixelFormat;
 
     /**
-     * Chooses the layout of a format's buffers from now on, for the formats that leave it to the
-     * allocator: IMPLEMENTATION_DEFINED and YCBCR_420_888, NV12 unless chosen. YCRCB_420_SP, NV21
-     * unless chosen, can be given another one too, as on phones whose allocator knows better.
+     * Sets the layout of a format's future buffers, for the formats whose layout the allocator
+     * chooses: IMPLEMENTATION_DEFINED and YCBCR_420_888 (NV12 unless set), and YCRCB_420_SP (NV21
+     * unless set), which some phones' allocators lay out otherwise.
      *
      * @return false, nothing changed, for any other format and for a layout that is not 4:2:0
      */

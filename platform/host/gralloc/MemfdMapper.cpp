@@ -19,24 +19,24 @@ namespace quen::host {
 
 namespace {
 
-/** Whether the bits are some of the CPU's, and none besides. */
+/** Checks for CPU usage bits: at least one, and no other bits. */
 bool isCpuUsage(uint64_t usage) {
     constexpr uint64_t kCpuUsages = BufferUsage::CPU_READ_MASK | BufferUsage::CPU_WRITE_MASK;
     return (usage & kCpuUsages) != 0 && (usage & ~kCpuUsages) == 0;
 }
 
-/** Whether [start, start + length) lies within [0, limit); empty areas do, too. */
+/** Checks that [start, start + length) lies within [0, limit); an empty range does. */
 bool isWithin(int32_t start, int32_t length, uint32_t limit) {
     return start >= 0 && length >= 0 && int64_t{start} + length <= int64_t{limit};
 }
 
-/** All zero, the whole buffer, is within every one. */
+/** Accepts the all-zero area, which means the whole buffer. */
 bool isWithin(MemfdMapper::Rect const& area, BufferFacts const& facts) {
     return isWithin(area.left, area.width, facts.width) &&
            isWithin(area.top, area.height, facts.height);
 }
 
-/** @return false for a handle that is no fence */
+/** Waits for a fence; returns false for a handle that is none. */
 bool waitFor(native_handle_t const* fence) {
     if (fence == nullptr || fence->numFds == 0) {
         return true;
@@ -44,7 +44,7 @@ bool waitFor(native_handle_t const* fence) {
     return fence->numFds == 1 && sync_wait(fence->data[0], -1) == 0;
 }
 
-/** A fence that has signalled. Null, which says the same, when there is none to be had. */
+/** Creates a signalled fence; null, which means the same, on failure. */
 android::hardware::hidl_handle signalledFence() {
     android::hardware::hidl_handle result;
     int const event = eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK);

@@ -9,11 +9,11 @@
 namespace quen::host {
 
 /**
- * Maps the buffers of MemfdAllocator, of any copy of their handles and of any process.
+ * Imports and maps the buffers of MemfdAllocator, from any copy of their handles, of any process.
  *
- * A buffer that is not imported, or no longer, is refused with BAD_BUFFER whatever its address is;
- * so are freeing a locked buffer and unlocking one that is not. A locked buffer's address stays the
- * same until it is freed. What is still imported when the mapper ends is given back. Any thread.
+ * Refuses with BAD_BUFFER every address that is not an imported buffer, whatever it points at, and
+ * the freeing of a locked buffer and the unlocking of one that is not. A locked buffer keeps its
+ * address until it is freed. The destructor frees what is still imported. Any thread.
  */
 class MemfdMapper : public android::hardware::graphics::mapper::V4_0::IMapper {
   public:
@@ -22,7 +22,7 @@ class MemfdMapper : public android::hardware::graphics::mapper::V4_0::IMapper {
     using Error = android::hardware::graphics::mapper::V4_0::Error;
     using hidl_handle = android::hardware::hidl_handle;
 
-    /** Whether `unlock` gives a fence, signalled already, instead of none. Off unless set. */
+    /** Sets whether `unlock` returns a fence, already signalled. Off by default. */
     void setReleaseFences(bool enabled) { mReleaseFences = enabled; }
 
     BufferCounts counts() const { return mTable.counts(); }
@@ -35,7 +35,7 @@ class MemfdMapper : public android::hardware::graphics::mapper::V4_0::IMapper {
                       hidl_handle const& acquireFence, lock_cb cb) override;
     Return<void> unlock(void* buffer, unlock_cb cb) override;
 
-    /** There are no caches between the CPU and the memory: these answer only whether they may. */
+    /** Only check that the buffer is locked: there are no caches between the CPU and the memory. */
     Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) override;
     Return<Error> rereadLockedBuffer(void* buffer) override;
 

@@ -75,8 +75,8 @@ std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes,
     if (address == MAP_FAILED) {
         return nullptr;
     }
-    // At one go, pages take two thirds of the time of their faults one by one, half of the time of
-    // two threads' faults together.
+    // Populating all pages in one call takes two thirds of the time of single page faults, and half
+    // of that of two threads faulting together.
     if (populated != 0) {
         madvise(address, populated, MADV_POPULATE_WRITE);
     }

@@ -32,7 +32,7 @@ namespace quen::host {
 
 namespace {
 
-/** The name a buffer was allocated with: its memory has it, so that it goes wherever that goes. */
+/** Reads the name a buffer was allocated with from its memory, which takes it to every process. */
 std::string nameOf(ImportedBuffer const& buffer) {
     std::string const prefix = "/memfd:";
     std::string const suffix = " (deleted)";
@@ -46,7 +46,7 @@ std::string nameOf(ImportedBuffer const& buffer) {
     return path.substr(prefix.size(), path.size() - prefix.size() - suffix.size());
 }
 
-/** A buffer, or the wish for one, as its properties are told. */
+/** What properties are read from: a buffer, or the description of one. */
 struct Subject {
     std::string name;
     uint64_t width;
@@ -54,7 +54,7 @@ struct Subject {
     PixelFormat format;
     uint64_t usage;
     BufferSettings settings;
-    BufferFacts const* facts;  // null for a wish
+    BufferFacts const* facts;  // null for a description
 };
 
 Subject subjectOf(ImportedBuffer const& buffer) {
@@ -78,7 +78,7 @@ uint32_t fourCCOf(Layout layout) {
     return code;
 }
 
-/** The whole picture, a plane each. */
+/** Returns the whole area of each plane. */
 std::vector<Rect> cropOf(BufferFacts const& facts) {
     std::vector<Rect> areas;
     for (PlaneLayout const& plane : planesOf(facts.layout, facts.width, facts.height)) {
@@ -240,7 +240,7 @@ constexpr Property kProperties[] = {
          storeCta861},
 };
 
-/** Null for a property that is not known, SMPTE2094_40 among them. */
+/** Returns null for an unknown property, SMPTE2094_40 among them. */
 Property const* findProperty(BufferMetadataType const& type) {
     if (!gralloc4::isStandardMetadataType(type)) {
         return nullptr;

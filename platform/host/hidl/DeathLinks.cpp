@@ -19,7 +19,7 @@ struct LinkTable {
     std::vector<DeathLink> links HOST_GUARDED_BY(lock);  // oldest first
 };
 
-/** Stays until the process ends, when objects that link and unlink are torn down in any order. */
+/** Never destroyed: objects link and unlink while the process exits, in any order. */
 LinkTable& table() {
     static auto* const instance = new LinkTable;
     return *instance;
@@ -28,7 +28,7 @@ LinkTable& table() {
 }  // namespace
 
 void addDeathLink(DeathLink link) {
-    // References are dropped without the lock: what they end may come back here.
+    // Dropped after the unlock: a destructor may call back into this table.
     std::vector<DeathLink> outlived;
     std::vector<sp<IBase>> alive;
     LinkTable& deathLinks = table();

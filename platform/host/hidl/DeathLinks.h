@@ -9,22 +9,21 @@
 
 namespace quen::host {
 
-/** Who is to be told of a service's death. The recipient is held until it was told or unlinked. */
+/** A recipient to notify of a service's death; held until it is notified or unlinked. */
 struct DeathLink {
     android::wp<android::hidl::base::V1_0::IBase> service;
     android::sp<android::hardware::hidl_death_recipient> recipient;
     uint64_t cookie;
 };
 
-/** The process's links; those of services that were destroyed go when links are added. Any thread.
- */
+/** Adds a link, and drops the links of services that were destroyed. Any thread. */
 void addDeathLink(DeathLink link);
 
-/** Takes the newest link of a recipient to a service away. False when there is none. */
+/** Removes the newest link of a recipient to a service. False when there is none. */
 bool removeDeathLink(android::hidl::base::V1_0::IBase& service,
                      android::sp<android::hardware::hidl_death_recipient> const& recipient);
 
-/** Takes every link to a service, oldest first. */
+/** Removes and returns every link to a service, oldest first. */
 std::vector<DeathLink> takeDeathLinks(android::hidl::base::V1_0::IBase& service);
 
 }  // namespace quen::host

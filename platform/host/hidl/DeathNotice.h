@@ -6,8 +6,8 @@
 namespace quen::host {
 
 /**
- * Has a service die as far as others can tell: it leaves the registry, and who was linked to its
- * death is told, in the order of linking, on this thread. A link is used up by it. Any thread.
+ * Simulates the death of a service: unregisters it, then notifies the linked recipients on this
+ * thread, in the order of linking. Removes their links. Any thread.
  */
 void announceDeath(android::sp<android::hidl::base::V1_0::IBase> const& service);
 

@@ -20,8 +20,8 @@ struct Registry {
 };
 
 /**
- * Stays until the process ends, services in it included: they have threads and use other objects of
- * the process, which would be gone by then.
+ * Never destroyed, with the services in it: their threads use other objects of the process, which
+ * would be destroyed before them.
  */
 Registry& registry() {
     static auto* const instance = new Registry;
@@ -42,7 +42,7 @@ android::status_t registerService(std::string_view descriptor, std::string_view 
     ServiceName name = nameOf(descriptor, instance);
     Registry& known = registry();
     MutexLock const lock(known.lock);
-    // The service before leaves with the parameter, after the lock.
+    // The earlier service is released with the parameter, after the unlock.
     std::swap(known.services[std::move(name)], service);
     return android::OK;
 }
@@ -70,7 +70,7 @@ bool unregisterService(std::string_view descriptor, std::string_view instance) {
 }
 
 bool unregisterService(sp<IBase> const& service) {
-    // The caller's reference keeps the object while the registry's go.
+    // The caller's reference keeps the object alive: none is destroyed with the lock held.
     Registry& known = registry();
     MutexLock const lock(known.lock);
     bool removed = false;

@@ -8,14 +8,14 @@
 #include <utils/StrongPointer.h>
 
 /**
- * The process's services, found by an interface's descriptor and an instance's name, as getService
- * and registerAsService of the interfaces do. The registry holds a service until it is replaced or
- * taken out. Any thread; references are dropped outside the registry's lock.
+ * The process's services by interface descriptor and instance name, as getService and
+ * registerAsService of the interfaces use them. Holds a service until it is replaced or
+ * unregistered. Any thread; drops references outside the lock.
  */
 namespace quen::host {
 
 /**
- * Makes an object the service of that name, in place of any earlier one.
+ * Registers an object under a name, in place of any earlier one.
  *
  * @param service of the interface that the descriptor names
  * @return OK, or BAD_VALUE for a null service or an empty name
@@ -30,10 +30,10 @@ android::sp<android::hidl::base::V1_0::IBase> findService(std::string_view descr
 /** @return whether there was such a service */
 bool unregisterService(std::string_view descriptor, std::string_view instance);
 
-/** Takes an object out wherever it is registered. False when it was not. */
+/** Unregisters an object from all of its names. False when it has none. */
 bool unregisterService(android::sp<android::hidl::base::V1_0::IBase> const& service);
 
-/** The service under an interface's own descriptor, as that interface. */
+/** Finds a service under an interface's own descriptor, as that interface. */
 template <typename Interface>
 android::sp<Interface> findServiceOf(std::string const& instance) {
     auto const service = findService(Interface::descriptor, instance);

@@ -7,7 +7,7 @@
 
 using quen::host::LogLevel;
 
-// Every level can be had; LogControl.h says which are wanted.
+// All set: LogControl.h decides which lines are logged.
 LogLevelInfo g_logInfoLv[4] = {
         {true, "D "},
         {true, "E "},

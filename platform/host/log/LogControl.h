@@ -4,38 +4,37 @@
 #include <string_view>
 
 /**
- * What a program wants of the log, of the camera's lines and Android's alike. Any thread.
+ * Controls the log of a program, the camera's lines and Android's alike. Any thread.
  *
- * Errors and warnings are written, to standard error, unless a program says otherwise. The flags of
- * `g_logInfoLv` are all set and are not touched: which lines are wanted is decided by the enable
- * test.
+ * By default errors and warnings go to standard error. The flags of `g_logInfoLv` are all set and
+ * stay so: the enable test decides which lines are logged.
  */
 namespace quen::host {
 
-/** How much is logged: the named level and those before it. */
+/** Which lines are logged: those of the named level and of the levels before it. */
 enum class LogLevel { Silent, Error, Warning, Info, Debug };
 
 /** "silent", "error", "warning", "info" or "debug"; nothing for another name. */
 std::optional<LogLevel> logLevelByName(std::string_view name);
 
-/** The level of every tag that has none of its own. */
+/** Level of every tag without a level of its own. */
 LogLevel logLevel();
 void setLogLevel(LogLevel level);
 
-/** @return false, and nothing changed, for a name that is none of a level */
+/** @return false, and nothing changed, for an unknown name */
 bool setLogLevel(std::string_view name);
 
 /** Gives a tag a level of its own, above or below the others'. */
 void setTagLogLevel(std::string_view tag, LogLevel level);
 
-/** Takes every tag's own level back. */
+/** Removes the levels of single tags. */
 void clearTagLogLevels();
 
 /**
- * Takes the log's lines in the place of standard error.
+ * Receives the log's lines instead of standard error.
  *
- * Lines come on the thread that logs, from several threads at a time. A sink must not log, nor
- * replace the sink.
+ * Called on the thread that logs, by several threads at a time. A sink must not log, nor replace
+ * the sink.
  */
 class LogSink {
   public:
@@ -50,8 +49,8 @@ class LogSink {
     virtual void write(char const* tag, int level, char const* text) = 0;
 
     /**
-     * A line of Android's log (`__android_log_print` and the like), left out unless overridden. A
-     * line that ends the process goes to standard error too.
+     * A line of Android's log (`__android_log_print` and the like); dropped unless overridden. A
+     * line that ends the process goes to standard error, too.
      *
      * @param priority ANDROID_LOG_*
      */
@@ -59,10 +58,10 @@ class LogSink {
 };
 
 /**
- * Replaces the sink; null for standard error. Once the call has returned, no thread is in the old
+ * Replaces the sink; null for standard error. When the call has returned, no thread is in the old
  * sink.
  *
- * @param sink the caller's, to be replaced before it is destroyed
+ * @param sink owned by the caller, who replaces it before destroying it
  * @return the sink before, null for standard error
  */
 LogSink* setLogSink(LogSink* sink);

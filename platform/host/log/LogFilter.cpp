@@ -28,7 +28,7 @@ using TagLevels = std::vector<std::pair<std::string, LogLevel>>;
 std::atomic<LogLevel> gLevel{kDefaultLevel};
 std::atomic<TagLevels const*> gTagLevels{nullptr};  // null when no tag has a level of its own
 
-Mutex gChangeLock;  // held while gLevel, gTagLevels and gWantedLevels change
+Mutex gChangeLock;  // for changes of gLevel, gTagLevels and gWantedLevels, which are read without
 
 LogLevel levelOf(TagLevels const* tags, std::string_view tag) {
     if (tags != nullptr) {
@@ -54,7 +54,7 @@ void publishLocked(TagLevels const* tags) HOST_REQUIRES(gChangeLock) {
     gWantedLevels.store(static_cast<uint32_t>(highest) | byTag, std::memory_order_release);
 }
 
-/** Keeps a table for good: a thread may be reading it, and tables are few. */
+/** Keeps a table until the process exits: a thread may be reading it, and tables are few. */
 TagLevels const* keepLocked(TagLevels levels) HOST_REQUIRES(gChangeLock) {
     static auto* const kept = new std::vector<std::unique_ptr<TagLevels const>>;
     kept->push_back(std::make_unique<TagLevels const>(std::move(levels)));

@@ -22,7 +22,7 @@ constexpr char kPriorityLetters[] = "??VDIWEF";  // by ANDROID_LOG_*
 constexpr char kCameraLetters[] = "DEWI";        // by the camera's level
 
 std::atomic<LogSink*> gSink{nullptr};
-SharedMutex gSinkLock;  // held for reading in the sink, for writing to replace it
+SharedMutex gSinkLock;  // shared while the sink is called, exclusive to replace it
 
 template <size_t N>
 char letterOf(char const (&letters)[N], int index) {
@@ -44,7 +44,7 @@ void writeWhole(char const* bytes, size_t count) {
             if (errno == EINTR) {
                 continue;
             }
-            return;  // nowhere to say so
+            return;  // nowhere left to report it
         }
         bytes += written;
         count -= static_cast<size_t>(written);
@@ -72,7 +72,7 @@ void writeToStandardError(char letter, char const* tag, char const* text) {
     errno = error;
 }
 
-/** Calls `use` with the sink, which stays meanwhile. False when there is none. */
+/** Calls `use` with the sink, which is not replaced meanwhile. False without a sink. */
 template <typename Use>
 bool withSink(Use use) {
     if (gSink.load(std::memory_order_relaxed) == nullptr) {

@@ -4,8 +4,10 @@
 
 namespace quen::host {
 
-/** Longest line on standard error with its end; longer ones are cut. One write, whole even on a
- * pipe. */
+/**
+ * Longest line on standard error, newline included; longer ones are cut. Written in one call: lines
+ * do not mix, even on a pipe.
+ */
 constexpr size_t kOutputLineBytes = 4096;
 
 /** Hand a line to the sink, or write it to standard error where there is none. Any thread. */

@@ -11,7 +11,7 @@ size_t dataStart(size_t entryCapacity) {
     return alignData(sizeof(camera_metadata) + entryCapacity * sizeof(MetadataEntry));
 }
 
-/** Whether a buffer of such capacities can state its own size. */
+/** Checks that 32 bits can hold the size of a buffer of such capacities. */
 bool isRepresentable(size_t entryCapacity, size_t dataCapacity) {
     constexpr size_t kMost = UINT32_MAX - kDataAlignment;
     return entryCapacity <= (kMost - sizeof(camera_metadata)) / sizeof(MetadataEntry) &&

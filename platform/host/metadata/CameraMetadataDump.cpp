@@ -12,7 +12,7 @@ using namespace quen::host;
 
 namespace {
 
-constexpr int kMostOfMany = 16;  // values of an entry, where not all are wanted
+constexpr int kMostOfMany = 16;  // values of an entry, below verbosity 2
 
 /** Values on one line of text, by type. */
 constexpr size_t kValuesPerLine[NUM_TYPES] = {16, 4, 8, 2, 4, 2};
@@ -24,7 +24,7 @@ T load(uint8_t const* items, size_t index) {
     return item;
 }
 
-/** One value as text, with a blank behind it. */
+/** Formats one value, followed by a blank. */
 std::string valueText(uint8_t type, uint8_t const* items, size_t index) {
     char text[400] = "";  // the longest double takes 320
     switch (type) {
@@ -87,7 +87,7 @@ void appendEntry(std::string& text, camera_metadata const* metadata, MetadataEnt
     }
     bool const isInline = itemBytes(entry) <= kInlineDataBytes;
     if (!isInline && entry.data.offset >= metadata->data_count) {
-        return;  // no data of this buffer's
+        return;  // an offset outside of the data
     }
     uint8_t const* const items = isInline ? entry.data.value : dataOf(metadata) + entry.data.offset;
     size_t const count = verbosity < 2 ? std::min<size_t>(entry.count, kMostOfMany) : entry.count;
@@ -123,7 +123,7 @@ void dump_indented_camera_metadata(const camera_metadata_t* metadata, int fd, in
     for (size_t written = 0; written < text.size();) {
         ssize_t const count = write(fd, text.data() + written, text.size() - written);
         if (count <= 0) {
-            return;  // whoever reads has gone
+            return;  // the reader has closed it
         }
         written += static_cast<size_t>(count);
     }

@@ -12,7 +12,10 @@ bool tagLess(MetadataEntry const& left, MetadataEntry const& right) {
     return left.tag < right.tag;
 }
 
-/** Writes items, which may be the entry's own, where its data lies, up to the next entry's. */
+/**
+ * Writes items to an entry's data, and zeroes the padding behind them. `data` may be the entry's
+ * own.
+ */
 void writeData(camera_metadata* metadata, MetadataEntry const& entry, void const* data) {
     size_t const bytes = itemBytes(entry);
     uint8_t* const destination = dataOf(metadata) + entry.data.offset;
@@ -20,7 +23,9 @@ void writeData(camera_metadata* metadata, MetadataEntry const& entry, void const
     memset(destination + bytes, 0, dataBytes(entry) - bytes);
 }
 
-/** Puts items into an entry that has no data yet, and room for it: in itself or at the data's end.
+/**
+ * Stores the items of an entry that has no data: in the entry itself, or at the end of the data,
+ * where the caller has checked for room.
  */
 void storeItems(camera_metadata* metadata, MetadataEntry& entry, void const* data) {
     size_t const bytes = itemBytes(entry);
@@ -37,7 +42,7 @@ void storeItems(camera_metadata* metadata, MetadataEntry& entry, void const* dat
     memcpy(entry.data.value, items, sizeof(items));
 }
 
-/** Closes the gap that an entry's data leaves. The entry itself is the caller's to mend. */
+/** Removes an entry's data and closes the gap. The caller updates the entry itself. */
 void removeData(camera_metadata* metadata, MetadataEntry const& entry) {
     uint32_t const taken = static_cast<uint32_t>(dataBytes(entry));
     if (taken == 0) {
@@ -55,7 +60,7 @@ void removeData(camera_metadata* metadata, MetadataEntry const& entry) {
     }
 }
 
-/** Whether items of that many can be stated at all. */
+/** Checks that 32 bits can hold the size of so many items. */
 bool isCountable(uint8_t type, size_t count) {
     return count <= (UINT32_MAX - kDataAlignment) / camera_metadata_type_size[type];
 }
@@ -74,7 +79,7 @@ void describe(camera_metadata const* metadata, size_t index, Entry* out) {
     out->tag = entry.tag;
     out->type = entry.type;
     out->count = entry.count;
-    // Either record's pointer type: what is handed out as writable was handed in as such.
+    // Serves both record types: a writable pointer is only returned for a writable buffer.
     out->data.u8 = static_cast<uint8_t*>(const_cast<void*>(itemsOf(metadata, entry)));
 }
 
@@ -176,7 +181,7 @@ int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src)
             added[i].data.offset += dst->data_count;
         }
     }
-    // What is put behind nothing keeps its order; anything else has to be sorted again.
+    // Entries appended to an empty buffer keep their order; others have to be sorted again.
     dst->flags &= ~kMetadataSorted;
     if (dst->entry_count == 0) {
         dst->flags |= src->flags & kMetadataSorted;

@@ -76,18 +76,18 @@ inline uint8_t const* dataOf(camera_metadata const* metadata) {
     return dataOf(const_cast<camera_metadata*>(metadata));
 }
 
-/** Bytes of an entry's items, wherever they lie. */
+/** Bytes of an entry's items, in the entry itself or in the data area. */
 inline size_t itemBytes(MetadataEntry const& entry) {
     return camera_metadata_type_size[entry.type] * entry.count;
 }
 
-/** Bytes that an entry takes behind the entries. */
+/** Bytes of the data area that an entry takes. */
 inline size_t dataBytes(MetadataEntry const& entry) {
     return calculate_camera_metadata_entry_data_size(entry.type, entry.count);
 }
 
 /**
- * Appends an entry of a type that the caller vouches for.
+ * Appends an entry of the given type, which is not checked.
  *
  * @param data may be null when `count` is 0
  * @return kMetadataOk or kMetadataError

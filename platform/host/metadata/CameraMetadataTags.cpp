@@ -85,7 +85,7 @@ unsigned int camera_metadata_section_bounds[ANDROID_SECTION_COUNT][2] = {
 
 namespace {
 
-/** The tag, where it is a vendor's by its id too. */
+/** Finds a vendor's tag whose id is in the vendors' range, too. */
 TagInfo const* findVendorTag(uint32_t tag) {
     return tag < CAMERA_METADATA_VENDOR_TAG_BOUNDARY ? nullptr : findTag(vendorTags(), tag);
 }
@@ -104,14 +104,14 @@ int typeOfPlatformTag(vendor_tag_ops_t const* /*ops*/, uint32_t tag) {
     return info == nullptr ? -1 : info->type;
 }
 
-// Nobody asks for a list of the tags.
+// The list of the tags is never asked for.
 constexpr vendor_tag_ops_t kPlatformTags = {
         nullptr, nullptr, sectionOfPlatformTag, nameOfPlatformTag, typeOfPlatformTag, {}};
 
 std::atomic<vendor_tag_ops_t const*> gVendorTags{&kPlatformTags};
 std::atomic<vendor_tag_cache_ops const*> gVendorsTags{nullptr};
 
-/** Asks whoever knows a vendor's tag: the operations by vendor id, the process's, or nobody. */
+/** Asks about a vendor's tag: the operations for the vendor id, else those of the process. */
 template <typename ByVendor, typename OfProcess, typename Answer>
 Answer askVendor(metadata_vendor_id_t id, ByVendor const& byVendor, OfProcess const& ofProcess,
                  Answer unknown) {
@@ -168,7 +168,7 @@ const char* get_local_camera_metadata_tag_name_vendor_id(uint32_t tag, metadata_
                 [=](auto const* ops) { return ops->get_tag_name(ops, tag); },
                 static_cast<char const*>(nullptr));
     }
-    // The table has full names, which begin with the section's.
+    // The table has full names, which begin with the name of the section.
     TagInfo const* const info = findTag(androidTags(), tag);
     return info == nullptr ? nullptr : strrchr(info->name, '.') + 1;
 }

@@ -6,7 +6,7 @@ using namespace quen::host;
 
 namespace {
 
-/** Whether the buffer's own figures leave its parts within it and in order. */
+/** Checks that the header places all parts within the buffer, in order. */
 bool isHeaderSound(camera_metadata const& header) {
     uint64_t const entriesEnd = uint64_t{header.entries_start} +
                                 uint64_t{header.entry_capacity} * sizeof(MetadataEntry);
@@ -16,7 +16,7 @@ bool isHeaderSound(camera_metadata const& header) {
            dataEnd <= header.size;
 }
 
-/** Whether the entries, if there are any, lie aligned, and behind the header. */
+/** Checks that the entries, if there are any, are aligned and lie behind the header. */
 bool isPlaceSound(camera_metadata const& header) {
     return header.entry_count == 0 || (header.entries_start >= sizeof(camera_metadata) &&
                                        header.entries_start % alignof(MetadataEntry) == 0);
@@ -30,7 +30,7 @@ bool isTypeSound(MetadataEntry const& entry, camera_metadata const& header) {
            get_local_camera_metadata_tag_type(entry.tag, &header) == entry.type;
 }
 
-/** Whether the data lies where there is some: copies leave out what is behind the last of it. */
+/** Checks that an entry's data lies within data_count: copies leave out what is behind it. */
 bool isDataSound(MetadataEntry const& entry, camera_metadata const& header) {
     uint64_t const bytes = uint64_t{entry.count} * camera_metadata_type_size[entry.type];
     if (bytes == 0) {

@@ -4,7 +4,7 @@
 
 namespace quen::host {
 
-/** Puts a text under a key of NSCam::ATMsEventMgr, in place of any earlier one. Any thread. */
+/** Sets the text of a key of NSCam::ATMsEventMgr, in place of any earlier one. Any thread. */
 void setEventString(std::string const& key, std::string const& value);
 
 /** Removes a key of NSCam::ATMsEventMgr. Any thread. */

@@ -8,7 +8,7 @@ namespace NSCam {
 
 namespace {
 
-/** The first entry of a tag not below `tag`. */
+/** Finds the first entry whose tag is `tag` or higher. */
 template <typename Iterator>
 Iterator lowerBound(Iterator first, Iterator last, IMetadata::Tag_t tag) {
     return std::lower_bound(first, last, tag,
@@ -70,7 +70,7 @@ IMetadata::IEntry IMetadata::entryAt(size_t index) const {
 void IMetadata::update(Tag_t tag, IEntry const& entry) {
     IEntry copy(entry);
     copy.mTag = tag;
-    // Whoever fills metadata does so in the order of the tags more often than not.
+    // Entries mostly arrive in the order of their tags.
     if (mEntries.empty() || mEntries.back().tag() < tag) {
         if (mEntries.capacity() == 0) {
             mEntries.reserve(kUsualEntries);

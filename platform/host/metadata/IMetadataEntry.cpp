@@ -44,7 +44,7 @@ inline constexpr int kTypeOf<MRect> = IMetadata::TYPE_MRect;
 template <>
 inline constexpr int kTypeOf<IMetadata> = IMetadata::TYPE_IMetadata;
 
-/** Makes copies of items in raw memory. All but nested metadata are plain bytes. */
+/** Copies items into raw memory. All but nested metadata are plain bytes. */
 void copyItems(int type, void* destination, void const* source, size_t count) {
     if (type == IMetadata::TYPE_IMetadata) {
         std::uninitialized_copy_n(static_cast<IMetadata const*>(source), count,
@@ -61,8 +61,8 @@ unsigned char* advance(void* items, int type, size_t count) {
 }  // namespace
 
 /**
- * Items in the heap. While more than one entry owns a block, nothing in it changes: whoever wants
- * to change something takes a copy first. So the last owner's count is the number of items in it.
+ * Items on the heap. A block with several owners is immutable: an entry copies it before it changes
+ * anything. So the count of the last owner is the number of items in it.
  */
 struct alignas(std::max_align_t) IMetadata::IEntry::Block {
     explicit Block(size_t items) : capacity(items) {}
@@ -114,7 +114,9 @@ IMetadata::IEntry& IMetadata::IEntry::operator=(IEntry&& other) noexcept {
     return *this;
 }
 
-/** Takes over the items of another entry, which stays behind empty. Holds none itself. */
+/**
+ * Moves the items of another entry here, which leaves that one empty. This entry must hold none.
+ */
 void IMetadata::IEntry::take(IEntry& other) {
     mType = other.mType;
     mHasBlock = other.mHasBlock;
@@ -128,7 +130,7 @@ void IMetadata::IEntry::take(IEntry& other) {
     other.mCount = 0;
 }
 
-/** Lets go of the block, if there is one; the count is the caller's to mend. */
+/** Releases the block, if there is one. The caller updates the count. */
 void IMetadata::IEntry::release() {
     if (!mHasBlock) {
         return;
@@ -172,7 +174,7 @@ void IMetadata::IEntry::clear() {
     mCount = 0;
 }
 
-/** A block of the entry's type, without items. */
+/** Allocates an empty block for items of the entry's type. */
 IMetadata::IEntry::Block* IMetadata::IEntry::newBlock(size_t capacity) const {
     void* const memory = ::operator new(sizeof(Block) + capacity * kItemBytes[mType],
                                         std::align_val_t(alignof(Block)));
@@ -192,7 +194,7 @@ void IMetadata::IEntry::append(int type, void const* items, size_t count) {
     } else if (!mHasBlock && type != TYPE_IMetadata && needed <= kInlineBytes / kItemBytes[type]) {
         copyItems(type, advance(mInline, type, mCount), items, count);
     } else {
-        // The old items go last: what is appended may be one of them.
+        // Releases the old items last: `items` may be some of them.
         size_t const itemsSoFar = mCount;
         Block* const block = newBlock(std::max(needed, 2 * itemsSoFar));
         copyItems(type, block->items(), data(), itemsSoFar);
@@ -204,7 +206,7 @@ void IMetadata::IEntry::append(int type, void const* items, size_t count) {
     mCount = needed;
 }
 
-/** The items, no longer shared with anyone. */
+/** Returns the items for writing; copies them first when they are shared. */
 void* IMetadata::IEntry::writableItems() {
     if (!mHasBlock) {
         return mInline;

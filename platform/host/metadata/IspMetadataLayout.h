@@ -33,7 +33,7 @@ static_assert(sizeof(IspRecordLayout) == 56, "wrong size");
 inline constexpr uint32_t kIspItemBytes[] = {1, 4, 8, 4};
 inline constexpr uint32_t kIspTypeCount = sizeof(kIspItemBytes) / sizeof(kIspItemBytes[0]);
 
-/** What the writer answers. */
+/** Return codes of the writer. */
 enum IspWriteError : int {
     kIspWritten = 0,
     kIspDataTooLarge = 1,  ///< more than a record holds

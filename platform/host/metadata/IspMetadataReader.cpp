@@ -23,7 +23,7 @@ std::optional<T> itemAt(IspRecord const& record, uint32_t type, size_t index) {
     return item;
 }
 
-/** What is wrong with a record, or null. */
+/** Returns the error of a record, or null. */
 char const* findFault(IspRecordLayout const& record) {
     if (record.type >= kIspTypeCount) {
         return "a record has an unknown type";

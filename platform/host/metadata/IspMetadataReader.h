@@ -24,9 +24,8 @@ struct IspRecord {
 };
 
 /**
- * Reads an ISP metadata buffer that may come from anywhere: whatever is wrong with it is found
- * while parsing, and no access leaves the buffer afterwards. Keeps pointing at the buffer; copies
- * nothing.
+ * Reads an untrusted ISP metadata buffer. Parsing finds every error in it; no access leaves the
+ * buffer afterwards. Points at the buffer; copies nothing.
  */
 class IspMetadataReader {
   public:
@@ -36,7 +35,7 @@ class IspMetadataReader {
      */
     bool parse(void const* data, size_t size);
 
-    /** What was wrong, in words; empty when nothing was. */
+    /** The error of the last parse, as text; empty when there was none. */
     char const* error() const { return mError; }
 
     /** Records of the buffer. */

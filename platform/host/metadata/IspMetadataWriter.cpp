@@ -23,7 +23,7 @@ IspWriteError checkItems(unsigned int type, void const* data, unsigned int byteS
     return byteSize % kIspItemBytes[type] == 0 ? kIspWritten : kIspBrokenItem;
 }
 
-/** Reads the header of a buffer whose records end where the buffer does. */
+/** Reads the header. False unless the records end where the buffer does. */
 bool readHeader(std::vector<unsigned char> const& vec, IspHeader& header) {
     if (vec.size() < sizeof(header)) {
         return false;

@@ -18,14 +18,14 @@ namespace {
 constexpr char kLogTag[] = "IMetadataConverter";
 constexpr int kDebug = 0;  // the level's place in g_logInfoLv
 
-/** Says, once a tag, what a conversion leaves out. Any thread. */
+/** Logs what a conversion leaves out, once per tag. Any thread. */
 class LeftOut {
   public:
     void tell(IMetadata::IEntry const& entry, char const* reason);
 
   private:
     quen::host::Mutex mLock;
-    std::set<uint32_t> mTold HOST_GUARDED_BY(mLock);  // tags that a line was written of
+    std::set<uint32_t> mTold HOST_GUARDED_BY(mLock);  // tags that were logged
 };
 
 void LeftOut::tell(IMetadata::IEntry const& entry, char const* reason) {
@@ -44,20 +44,20 @@ void LeftOut::tell(IMetadata::IEntry const& entry, char const* reason) {
     log_dbg_print(kLogTag, kDebug, text);
 }
 
-/** Appends `count` items, which lie packed, to an entry. */
+/** Appends `count` packed items to an entry. */
 template <typename T>
 void pushItems(IMetadata::IEntry& entry, void const* items, size_t count) {
     entry.push_back(static_cast<T const*>(items), count, Type2Type<T>());
 }
 
-/** How the items of one IMetadata type stand in a `camera_metadata`. */
+/** How a `camera_metadata` stores the items of an IMetadata type. */
 struct FlatType {
     int type;             ///< -1: not at all
     size_t itemsPerItem;  ///< of that type
     void (*push)(IMetadata::IEntry& entry, void const* items, size_t count);
 };
 
-/** By IMetadata type. The first ones stand at the codes of their `camera_metadata` types, too. */
+/** Indexed by IMetadata type; the first six also by `camera_metadata` type. */
 constexpr FlatType kFlatTypes[] = {
         {TYPE_BYTE, 1, pushItems<uint8_t>},  {TYPE_INT32, 1, pushItems<int32_t>},
         {TYPE_FLOAT, 1, pushItems<float>},   {TYPE_INT64, 1, pushItems<int64_t>},
@@ -75,7 +75,7 @@ FlatType const& flatTypeOf(int metadataType) {
     return metadataType < 0 ? kNoFlatType : kFlatTypes[metadataType];
 }
 
-/** An entry on its way into a `camera_metadata`. */
+/** An entry to write to a `camera_metadata`. */
 struct FlatEntry {
     IMetadata::IEntry entry;
     uint8_t type;
@@ -101,17 +101,17 @@ class MetadataConverter final : public IMetadataConverter {
     mutable LeftOut mLeftOut;
 };
 
-/** The type that a tag has in every `camera_metadata`; -1 for a tag that is not known. */
+/** Returns the `camera_metadata` type of a tag; -1 for an unknown one. */
 int MetadataConverter::flatTypeOfTag(uint32_t tag) const {
     int const type = get_camera_metadata_tag_type(tag);
     return type != -1 ? type : flatTypeOf(mTagSet.typeOf(tag)).type;
 }
 
-/** Decides how an entry is written. Returns false, and says why, when it is not. */
+/** Adds an entry to those to write. Logs why and returns false when it cannot be written. */
 bool MetadataConverter::flatten(IMetadata::IEntry&& entry, std::vector<FlatEntry>& out) const {
     bool const isVendorTag = entry.tag() >= CAMERA_METADATA_VENDOR_TAG_BOUNDARY;
     if (!isVendorTag && get_camera_metadata_tag_type(entry.tag()) == -1) {
-        // Whoever validates the buffer would refuse all of it.
+        // Validation would refuse the whole buffer.
         mLeftOut.tell(entry, "Android has no such tag");
         return false;
     }
@@ -177,7 +177,7 @@ bool MetadataConverter::convert(IMetadata const& metadata,
     return true;
 }
 
-/** The entry as the tag set wants it; plain items where the tag's own type does not fit them. */
+/** Converts an entry to the type of the tag set; to plain items when they do not fit it. */
 IMetadata::IEntry MetadataConverter::unflatten(camera_metadata_ro_entry const& flat) const {
     IMetadata::IEntry entry(flat.tag);
     FlatType const& ofTag = flatTypeOf(mTagSet.typeOf(flat.tag));
@@ -188,8 +188,8 @@ IMetadata::IEntry MetadataConverter::unflatten(camera_metadata_ro_entry const& f
 }
 
 /**
- * The entries by their tags, those of one tag as they stand in the buffer. Metadata is filled
- * fastest in this order: an entry that comes late moves all behind it.
+ * Returns the entries in the order of their tags, stable within a tag. IMetadata is filled fastest
+ * in this order: an insertion moves all entries behind it.
  */
 std::vector<camera_metadata_ro_entry> MetadataConverter::entriesInTagOrder(
         camera_metadata const* buffer) {

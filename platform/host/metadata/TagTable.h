@@ -10,7 +10,7 @@
 
 namespace quen::host {
 
-/** The kinds of values that tags have: type in either form of metadata, number of items. */
+/** Make the record of a tag: its type in both forms of metadata, its number of items. */
 constexpr TagInfo bytes(uint32_t tag, char const* name, uint32_t count) {
     return {tag, name, TYPE_BYTE, NSCam::IMetadata::TYPE_MUINT8, count};
 }
@@ -41,7 +41,7 @@ constexpr TagInfo rectangle(uint32_t tag, char const* name) {
 
 inline constexpr uint32_t kAnyNumber = 0;
 
-/** Whether a table's ids ascend, so that they can be looked up by halving. */
+/** Checks that a table's ids ascend, as binary search needs. */
 template <size_t SIZE>
 constexpr bool isAscending(TagInfo const (&tags)[SIZE]) {
     for (size_t i = 1; i < SIZE; ++i) {

@@ -6,7 +6,7 @@
 
 namespace quen::host {
 
-/** What is known of one metadata tag. */
+/** Properties of a metadata tag. */
 struct TagInfo {
     uint32_t tag;
     char const* name;  ///< "currentMode", "android.jpeg.quality"
@@ -32,11 +32,11 @@ TagRange androidTags();
 /** The chip maker's and the phone maker's tags, one of which has an id in an Android section. */
 TagRange vendorTags();
 
-/** The tag in one of the tables; null for a tag that is not known. */
+/** Find a tag by id; null for an unknown one. */
 TagInfo const* findTag(TagRange const& tags, uint32_t tag);
 TagInfo const* findTag(uint32_t tag);
 
-/** By name, upper and lower case alike; null when no tag has it. */
+/** Finds a tag by name, ignoring case; null for an unknown one. */
 TagInfo const* findTag(std::string_view name);
 
 }  // namespace quen::host

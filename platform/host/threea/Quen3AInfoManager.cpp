@@ -22,7 +22,7 @@ struct Installed {
     }
 };
 
-/** Kept alive by the caller, so that a call outlasts the store's replacement. */
+/** Shared with the caller: a replaced store lives until the calls in it return. */
 std::shared_ptr<IThreeAStore> currentStore() {
     Installed& installed = Installed::instance();
     quen::host::MutexLock const lock(installed.lock);

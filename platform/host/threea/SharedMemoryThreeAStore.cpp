@@ -11,7 +11,7 @@ namespace quen::host {
 
 namespace {
 
-constexpr int kLeastDescriptor = 3;  // those below mean "none", or a standard stream, to somebody
+constexpr int kLeastDescriptor = 3;  // lower ones are standard streams, or mean "none" to a client
 
 /** Moves a descriptor out of the range of the standard streams. */
 int raiseDescriptor(int descriptor) {
@@ -25,14 +25,14 @@ int raiseDescriptor(int descriptor) {
     return raised;
 }
 
-/** Shared memory of fixed size; -1, and errno says why. */
+/** Creates shared memory of a fixed size; -1 with errno on failure. */
 int createSharedMemory(uint32_t size) {
     int const descriptor =
             raiseDescriptor(memfd_create("quen-3a-info", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     if (descriptor < 0) {
         return -1;
     }
-    // Whoever maps it can rely on its size: nobody may shrink it under a reader.
+    // Sealed: nobody can change the size under a reader.
     if (ftruncate(descriptor, size) != 0 ||
         fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW) != 0) {
         int const error = errno;
@@ -58,7 +58,8 @@ int SharedMemoryThreeAStore::get3AInfoBuf(QIF3ABufferInfo* info, unsigned int si
         return -EINVAL;
     }
     MutexLock const lock(mLock);
-    // A buffer that is yet to be made was never handed out: the pool fills up before any is reused.
+    // A buffer that does not exist yet counts as the oldest: the pool fills up before any is
+    // reused.
     auto const next = std::min_element(mBuffers.begin(), mBuffers.end(),
                                        [](Buffer const& left, Buffer const& right) {
                                            return left.lastHandedOut < right.lastHandedOut;
@@ -86,7 +87,7 @@ int SharedMemoryThreeAStore::getTuningData(int* fd, unsigned int bufferIndex) {
         mBuffers[bufferIndex - 1].descriptor < 0) {
         return -ENOENT;
     }
-    // In use again, so that the next buffer asked for is another one.
+    // Counts as handed out again, so that the next request gets another buffer.
     Buffer& buffer = mBuffers[bufferIndex - 1];
     buffer.lastHandedOut = ++mHandedOut;
     *fd = buffer.descriptor;

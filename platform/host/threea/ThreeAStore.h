@@ -10,7 +10,7 @@
 
 namespace quen::host {
 
-/** What Quen3AInfoManager asks for its buffers. Any thread. */
+/** Source of the buffers of Quen3AInfoManager. Any thread. */
 class IThreeAStore {
   public:
     virtual ~IThreeAStore() = default;
@@ -30,9 +30,9 @@ class IThreeAStore {
 std::shared_ptr<IThreeAStore> setThreeAStore(std::shared_ptr<IThreeAStore> store);
 
 /**
- * A bounded pool of shared-memory buffers, made when they are first needed. Once the pool is full,
- * a request for a buffer takes the one that nobody has been handed for the longest time, with
- * whatever is in it. Descriptors are 3 or more, and closed with the store.
+ * A bounded pool of shared-memory buffers, created on demand. When the pool is full, hands out the
+ * least recently handed out buffer again, with its old content. Descriptors are 3 or more; the
+ * destructor closes them.
  */
 class SharedMemoryThreeAStore final : public IThreeAStore {
   public:

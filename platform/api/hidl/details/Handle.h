@@ -8,8 +8,8 @@
 namespace android::hardware {
 
 /**
- * A native handle in a record. Made from a native handle it points at it; a copy duplicates the
- * descriptors and owns the duplicate, and aborts when that fails.
+ * A native handle in a record. Constructed from a native handle it points at it; a copy duplicates
+ * the descriptors and owns the duplicate, and aborts when that fails.
  */
 class hidl_handle {
   public:
@@ -39,7 +39,8 @@ class hidl_handle {
     }
 
     /**
-     * Gives up the handle of before, and ends it when it was owned, even if it is the same.
+     * Replaces the handle. Closes and deletes the old one when it was owned, even when it is the
+     * same.
      *
      * @param shouldOwn whether `handle` is to be closed and deleted with this object
      */

@@ -11,7 +11,7 @@
 
 namespace android::hardware {
 
-/** A text in a record, with an end. Comparisons and streams see it up to its first zero byte. */
+/** A zero-terminated text in a record. Comparisons and streams stop at its first zero byte. */
 class hidl_string {
   public:
     hidl_string() { setEmpty(); }
@@ -48,7 +48,7 @@ class hidl_string {
         setEmpty();
     }
 
-    /** Points at a text that outlives this object, `data[size]` being its end. */
+    /** Points at a text that outlives this object; `data[size]` must be zero. */
     void setToExternal(char const* data, size_t size) {
         if (size > UINT32_MAX || data[size] != '\0') {
             details::fatal("hidl_string: the text has no end at its size");

@@ -14,7 +14,7 @@ namespace android::hardware {
 
 namespace details {
 
-/** Position in a hidl_vec, of `T` or `T const`; no plain pointer, and not convertible to one. */
+/** Iterator of a hidl_vec, of `T` or `T const`; not convertible to a plain pointer. */
 template <typename T>
 class vec_iterator {
   public:
@@ -61,11 +61,11 @@ class vec_iterator {
 
 /**
  * An array in a record: pointer, 32-bit count, owns flag. A copy is deep. A vector that was moved
- * from, or whose data was released, still points at its items, which another owns now. Not
+ * from, or whose data was released, still points at the items, which it no longer owns. Not
  * thread-safe.
  *
- * Kinder than the phone's: moved to itself it stays as it was, and a change of the count copies
- * items that are not its own, where the phone moves them.
+ * Unlike the phone's: a move to itself changes nothing, and a change of the count copies items that
+ * the vector does not own, where the phone moves them.
  */
 template <typename T>
 class hidl_vec {
@@ -137,7 +137,7 @@ class hidl_vec {
         mOwnsBuffer = true;
     }
 
-    /** Hands the items over, for delete[]; this object points at them still. */
+    /** Gives up the ownership of the items, for delete[]; still points at them. */
     T* releaseData() {
         if (!mOwnsBuffer && mSize > 0) {
             resize(mSize);

@@ -9,18 +9,18 @@
 
 namespace android::hidl::base::V1_0 {
 
-/** What is known of a service for debugging. */
+/** Debugging information about a service. */
 struct DebugInfo final {
     enum class Architecture : int32_t { UNKNOWN = 0, IS_64BIT, IS_32BIT };
 
     int32_t pid;
-    uint64_t ptr;  ///< address of the object in its process; 0 when it is not told
+    uint64_t ptr;  ///< address of the object in its process; 0 when unknown
     Architecture arch;
 };
 
 /**
- * Base of every HIDL interface. The operations answer for an object of this process that has
- * nothing special to tell; an interface's implementation need not write them.
+ * Base of every HIDL interface. Implements the operations for an object of this process: an
+ * implementation of an interface need not.
  */
 struct IBase : virtual public ::android::RefBase {
     static const char* descriptor;
@@ -34,7 +34,7 @@ struct IBase : virtual public ::android::RefBase {
                                ::android::hardware::hidl_array<uint8_t, 32>>& hashchain)>;
     using getDebugInfo_cb = std::function<void(const DebugInfo& info)>;
 
-    /** Whether the object lives in another process. */
+    /** Returns whether the object lives in another process. */
     virtual bool isRemote() const;
 
     /** Descriptors of the interface and its bases, the most derived first; here IBase's alone. */
@@ -53,9 +53,9 @@ struct IBase : virtual public ::android::RefBase {
     virtual ::android::hardware::Return<void> setHALInstrumentation();
 
     /**
-     * Has `recipient` told when this service dies. An object of the own process cannot die before
-     * its clients do, and the phone keeps no such link; the host does, since its services stand for
-     * remote ones, and whoever plays their death has the recipients told.
+     * Notifies `recipient` when this service dies. The phone keeps no link to an object of the own
+     * process, which cannot die before its clients. The host does: its services stand for remote
+     * ones, whose death a program can simulate.
      *
      * @return false for a null recipient
      */
@@ -63,14 +63,14 @@ struct IBase : virtual public ::android::RefBase {
             const ::android::sp<::android::hardware::hidl_death_recipient>& recipient,
             uint64_t cookie);
 
-    /** Answers when the service is there. */
+    /** Returns when the service is alive. */
     virtual ::android::hardware::Return<void> ping();
 
     virtual ::android::hardware::Return<void> getDebugInfo(getDebugInfo_cb cb);
     virtual ::android::hardware::Return<void> notifySyspropsChanged();
 
     /**
-     * Ends one link of `recipient`, if there is one.
+     * Removes one link of `recipient`, if there is one.
      *
      * @return false for a null recipient
      */

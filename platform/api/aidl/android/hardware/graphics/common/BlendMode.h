@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** How a buffer is laid over what is below it. */
+/** How a buffer is blended with what is below it. */
 enum class BlendMode : int32_t {
     INVALID = 0,
     NONE = 1,

@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** Places of chroma samples that are standardised. */
+/** Standard positions of chroma samples. */
 enum class ChromaSiting : int64_t {
     NONE = 0,  ///< no 4:2:0 picture
     UNKNOWN = 1,

@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** Compressions that are standardised. */
+/** Standard compressions. */
 enum class Compression : int64_t {
     NONE = 0,
     DISPLAY_STREAM_COMPRESSION = 1,

@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** How sample values are to be read as colours, as much as cameras use of it. */
+/** How to interpret sample values as colours; the values that cameras use. */
 enum class Dataspace : int32_t {
     UNKNOWN = 0,
     ARBITRARY = 1,

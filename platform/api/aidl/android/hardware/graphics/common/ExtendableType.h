@@ -5,8 +5,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** A value of an enumeration that others may add to: whose name it is, and the value it has there.
- */
+/** A value of an extendable enumeration: the enumeration's name, and the value in it. */
 class ExtendableType {
   public:
     std::string name;

@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** Ways of interlacing that are standardised. */
+/** Standard kinds of interlacing. */
 enum class Interlaced : int64_t {
     NONE = 0,
     TOP_BOTTOM = 1,

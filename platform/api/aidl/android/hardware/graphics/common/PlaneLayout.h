@@ -17,7 +17,7 @@ class PlaneLayout {
     int64_t widthInSamples = 0;
     int64_t heightInSamples = 0;
     int64_t totalSizeInBytes = 0;
-    int64_t horizontalSubsampling = 0;  ///< pixels of the picture to a sample
+    int64_t horizontalSubsampling = 0;  ///< picture pixels per sample
     int64_t verticalSubsampling = 0;
 };
 

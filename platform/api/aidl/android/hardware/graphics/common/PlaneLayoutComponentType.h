@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** What the samples of a component are, as standardised. */
+/** Standard kinds of components. */
 enum class PlaneLayoutComponentType : int64_t {
     Y = 1 << 0,
     CB = 1 << 1,

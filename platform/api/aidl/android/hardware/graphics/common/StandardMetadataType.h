@@ -4,7 +4,7 @@
 
 namespace aidl::android::hardware::graphics::common {
 
-/** The properties of a buffer that every mapper knows by the same number. */
+/** Standard properties of a buffer, by the numbers that every mapper uses. */
 enum class StandardMetadataType : int64_t {
     INVALID = 0,
     BUFFER_ID = 1,

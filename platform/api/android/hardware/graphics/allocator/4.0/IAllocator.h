@@ -13,7 +13,7 @@
 
 namespace android::hardware::graphics::allocator::V4_0 {
 
-/** Where graphic buffers come from. Any thread. */
+/** Allocates graphic buffers. Any thread. */
 struct IAllocator : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
 
@@ -21,22 +21,22 @@ struct IAllocator : public ::android::hidl::base::V1_0::IBase {
                                            const hidl_vec<hidl_handle>& buffers)>;
 
     /**
-     * Makes buffers of one kind, all of them or none.
+     * Allocates buffers of one description, all or none.
      *
      * @param bufferDescriptor from IMapper::createDescriptor
      * @param count how many; 0 gives none, with NONE
      * @param cb is called once, before the call returns, with the pixels from one row to the next
-     *        and with raw handles, which are the allocator's: a copy keeps one. BAD_DESCRIPTOR,
+     *        and with raw handles, which the allocator owns: copy one to keep it. BAD_DESCRIPTOR,
      *        NO_RESOURCES, UNSUPPORTED
      */
     virtual Return<void> allocate(const hidl_vec<uint8_t>& bufferDescriptor, uint32_t count,
                                   allocate_cb cb) = 0;
 
-    /** Looks the service up; null when no such instance is registered. */
+    /** Finds the service; null when no such instance is registered. */
     static ::android::sp<IAllocator> getService(const std::string& serviceName = "default",
                                                 bool getStub = false);
 
-    /** Makes this object the instance `serviceName`, in place of any earlier one. */
+    /** Registers this object as the instance `serviceName`, in place of any earlier one. */
     ::android::status_t registerAsService(const std::string& serviceName = "default");
 };
 

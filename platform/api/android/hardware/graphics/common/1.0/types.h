@@ -16,7 +16,7 @@ enum class PixelFormat : int32_t {
     YCBCR_422_I = 0x14,
     RGBA_FP16 = 0x16,
     RAW16 = 0x20,
-    BLOB = 0x21,  ///< bytes: width is their number, height 1
+    BLOB = 0x21,  ///< bytes: `width` of them, height 1
     IMPLEMENTATION_DEFINED = 0x22,
     YCBCR_420_888 = 0x23,
     RAW_OPAQUE = 0x24,
@@ -28,7 +28,7 @@ enum class PixelFormat : int32_t {
     YV12 = 0x32315659,
 };
 
-/** What a buffer is for, as bits; the CPU's two are numbers in their masks. */
+/** Uses of a buffer, as bits; those of the CPU are numbers within their masks. */
 enum class BufferUsage : uint64_t {
     CPU_READ_MASK = 0xF,
     CPU_READ_NEVER = 0,
@@ -55,7 +55,7 @@ enum class BufferUsage : uint64_t {
     VENDOR_MASK_HI = 0xFFFFull << 48,
 };
 
-// Combined they are plain bits, as hidl_bitfield has them.
+// Combinations are plain bits, as hidl_bitfield has them.
 constexpr uint64_t operator|(BufferUsage left, BufferUsage right) {
     return static_cast<uint64_t>(left) | static_cast<uint64_t>(right);
 }

@@ -15,16 +15,16 @@
 namespace android::hardware::graphics::mapper::V4_0 {
 
 /**
- * Access to graphic buffers in this process. Any thread.
+ * Gives this process access to graphic buffers. Any thread.
  *
- * A raw handle is imported first; the buffer that an import gives is a native handle's address and
- * is good for the other operations until it is freed. A callback is called once, before its
- * operation returns, also on failure; what it is given is good during the call only.
+ * Import a raw handle first: an imported buffer is a native handle's address, valid for the other
+ * operations until it is freed. A callback is called once, before its operation returns, also on
+ * failure; its arguments are valid during the call only.
  */
 struct IMapper : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
 
-    /** What is wanted of a buffer. */
+    /** Description of a buffer to allocate. */
     struct BufferDescriptorInfo final {
         hidl_string name __attribute__((aligned(8)));  ///< for debugging
         uint32_t width __attribute__((aligned(4)));    ///< pixels
@@ -32,7 +32,7 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
         uint32_t layerCount __attribute__((aligned(4)));
         common::V1_2::PixelFormat format __attribute__((aligned(4)));
         hidl_bitfield<common::V1_2::BufferUsage> usage __attribute__((aligned(8)));
-        uint64_t reservedSize __attribute__((aligned(8)));  ///< bytes beside the picture
+        uint64_t reservedSize __attribute__((aligned(8)));  ///< bytes to reserve beside the picture
     };
 
     /** An area of a buffer, in pixels. */
@@ -43,7 +43,7 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
         int32_t height __attribute__((aligned(4)));
     };
 
-    /** Names a property of a buffer: whose name it is, and the value it has there. */
+    /** Names a property of a buffer: the enumeration's name, and the value in it. */
     struct MetadataType final {
         hidl_string name __attribute__((aligned(8)));
         int64_t value __attribute__((aligned(8)));
@@ -84,34 +84,36 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
     using getReservedRegion_cb =
             std::function<void(Error error, void* reservedRegion, uint64_t reservedSize)>;
 
-    /** Makes the descriptor that an allocator takes. BAD_VALUE, NO_RESOURCES, UNSUPPORTED. */
+    /** Encodes the descriptor that an allocator takes. BAD_VALUE, NO_RESOURCES, UNSUPPORTED. */
     virtual Return<void> createDescriptor(const BufferDescriptorInfo& description,
                                           createDescriptor_cb cb) = 0;
 
     /**
-     * Makes a raw handle usable in this process.
+     * Imports a raw handle into this process.
      *
-     * @param rawHandle an allocator's, or a copy of one; stays the caller's. BAD_BUFFER,
+     * @param rawHandle an allocator's, or a copy of one; owned by the caller. BAD_BUFFER,
      *        NO_RESOURCES
      */
     virtual Return<void> importBuffer(const hidl_handle& rawHandle, importBuffer_cb cb) = 0;
 
-    /** Ends an import. BAD_BUFFER for anything but an imported buffer. */
+    /** Frees an imported buffer. BAD_BUFFER for anything else. */
     virtual Return<Error> freeBuffer(void* buffer) = 0;
 
-    /** BAD_VALUE when the buffer is not as large as `description` and `stride` want it. */
+    /** Checks that a buffer is as large as `description` and `stride` ask. BAD_VALUE otherwise. */
     virtual Return<Error> validateBufferSize(void* buffer, const BufferDescriptorInfo& description,
                                              uint32_t stride) = 0;
 
-    /** How many descriptors and integers of the handle another process needs. BAD_BUFFER. */
+    /**
+     * Returns how many descriptors and integers of the handle another process needs. BAD_BUFFER.
+     */
     virtual Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) = 0;
 
     /**
      * Gives the CPU access to an area until `unlock`. Locks of one buffer nest.
      *
-     * @param cpuUsage CPU bits of BufferUsage, some, and no others
+     * @param cpuUsage at least one CPU bit of BufferUsage, and no other bits
      * @param accessRegion all zero for the whole buffer
-     * @param acquireFence null, or what to wait for first; stays the caller's
+     * @param acquireFence to wait for first, or null; owned by the caller
      * @param cb is given the address of the buffer, not of the area. BAD_BUFFER, BAD_VALUE,
      *        NO_RESOURCES
      */
@@ -121,53 +123,54 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
     /**
      * Ends one lock.
      *
-     * @param cb is given a fence that tells when the CPU's work is done, or a null handle when it
-     *        is done already; the mapper's own, to be duplicated. BAD_BUFFER
+     * @param cb is given a fence that signals when the CPU's work is done, or a null handle when it
+     *        is done already; the mapper owns it: duplicate it to keep it. BAD_BUFFER
      */
     virtual Return<void> unlock(void* buffer, unlock_cb cb) = 0;
 
-    /** Makes what the CPU wrote visible to others, the lock kept. As `unlock` otherwise. */
+    /** Makes the CPU's writes visible to others; keeps the lock. Otherwise as `unlock`. */
     virtual Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) = 0;
 
-    /** Makes what others wrote visible to the CPU, the lock kept. BAD_BUFFER. */
+    /** Makes the writes of others visible to the CPU; keeps the lock. BAD_BUFFER. */
     virtual Return<Error> rereadLockedBuffer(void* buffer) = 0;
 
-    /** Whether a buffer of that kind can be had. */
+    /** Returns whether a buffer can be allocated. */
     virtual Return<void> isSupported(const BufferDescriptorInfo& description,
                                      isSupported_cb cb) = 0;
 
-    /** Tells a property, encoded as `gralloctypes/Gralloc4.h` does. BAD_BUFFER, UNSUPPORTED. */
+    /** Reads a property, encoded as `gralloctypes/Gralloc4.h` does. BAD_BUFFER, UNSUPPORTED. */
     virtual Return<void> get(void* buffer, const MetadataType& metadataType, get_cb cb) = 0;
 
     /**
-     * Changes a property, for every process that has the buffer. BAD_BUFFER; BAD_VALUE for what is
-     * settled with the allocation; UNSUPPORTED for what cannot be set, and for malformed bytes.
+     * Changes a property, for every process that has the buffer. BAD_BUFFER; BAD_VALUE for a
+     * property that the allocation fixed; UNSUPPORTED for one that cannot be set, and for malformed
+     * bytes.
      */
     virtual Return<Error> set(void* buffer, const MetadataType& metadataType,
                               const hidl_vec<uint8_t>& metadata) = 0;
 
-    /** Tells a property that buffers of that kind begin with. BAD_VALUE, UNSUPPORTED. */
+    /** Reads the initial value of a property of such buffers. BAD_VALUE, UNSUPPORTED. */
     virtual Return<void> getFromBufferDescriptorInfo(const BufferDescriptorInfo& description,
                                                      const MetadataType& metadataType,
                                                      getFromBufferDescriptorInfo_cb cb) = 0;
 
     virtual Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) = 0;
 
-    /** Every property of a buffer, or of all that are imported in this process. BAD_BUFFER. */
+    /** Dump every property of a buffer, or of all imported buffers of this process. BAD_BUFFER. */
     virtual Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) = 0;
     virtual Return<void> dumpBuffers(dumpBuffers_cb cb) = 0;
 
     /**
-     * The bytes beside the picture that were asked for, shared by all processes that have the
-     * buffer; good until the buffer is freed. None were asked for: null and 0. BAD_BUFFER
+     * Returns the bytes reserved beside the picture, which all processes that have the buffer
+     * share; valid until the buffer is freed. Null and 0 when none were reserved. BAD_BUFFER
      */
     virtual Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) = 0;
 
-    /** Looks the service up; null when no such instance is registered. */
+    /** Finds the service; null when no such instance is registered. */
     static ::android::sp<IMapper> getService(const std::string& serviceName = "default",
                                              bool getStub = false);
 
-    /** Makes this object the instance `serviceName`, in place of any earlier one. */
+    /** Registers this object as the instance `serviceName`, in place of any earlier one. */
     ::android::status_t registerAsService(const std::string& serviceName = "default");
 };
 

@@ -6,17 +6,17 @@
 namespace vendor::mediatek::hardware::camera::isphal::V1_0 {
 
 /**
- * Where an ISP device delivers the results of its requests.
+ * Receives the results of the requests of an ISP device.
  *
  * Called on threads of the ISP HAL. The software ISP delivers one result at a time.
  */
 struct ICallback : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
 
-    /** Takes the final result of a request; called exactly once a request. */
+    /** Receives the final result of a request, exactly once per request. */
     virtual ::android::hardware::Return<void> processResult(const ISPResult& result) = 0;
 
-    /** Takes an early word on a request whose final result is still to come. */
+    /** Receives an early notice of a request whose final result is still to come. */
     virtual ::android::hardware::Return<void> processEarlyResult(const ISPResult& result) = 0;
 };
 

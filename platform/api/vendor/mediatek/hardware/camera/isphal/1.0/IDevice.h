@@ -6,9 +6,7 @@
 
 namespace vendor::mediatek::hardware::camera::isphal::V1_0 {
 
-/**
- * One offline ISP: takes images that were captured already and develops or encodes them.
- */
+/** One offline ISP: develops or encodes images that were captured already. */
 struct IDevice : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
 
@@ -22,17 +20,17 @@ struct IDevice : public ::android::hidl::base::V1_0::IBase {
             const ISPStreamConfiguration& config, const ::android::sp<ICallback>& callback) = 0;
 
     /**
-     * Takes requests. Each accepted one is answered through ICallback::processResult.
+     * Accepts requests. Delivers a result for each through ICallback::processResult.
      *
-     * @param requests handles in it are the caller's; the device keeps clones of what it needs
+     * @param requests the caller owns the handles in it; the device keeps clones of what it needs
      */
     virtual ::android::hardware::Return<Status> processISPRequest(
             const ::android::hardware::hidl_vec<ISPRequest>& requests) = 0;
 
-    /** Answers everything outstanding as soon as it can. */
+    /** Delivers the results of all outstanding requests as soon as it can. */
     virtual ::android::hardware::Return<Status> flush() = 0;
 
-    /** Ends the device's work; no result arrives once the call has returned. */
+    /** Closes the device; no result arrives once the call has returned. */
     virtual ::android::hardware::Return<Status> closeISPDevice() = 0;
 };
 

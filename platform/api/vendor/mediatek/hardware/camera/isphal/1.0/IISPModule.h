@@ -10,7 +10,7 @@
 
 namespace vendor::mediatek::hardware::camera::isphal::V1_0 {
 
-/** The service through which offline ISP devices are opened. */
+/** The service that opens offline ISP devices. */
 struct IISPModule : public ::android::hidl::base::V1_0::IBase {
     static const char* descriptor;
 
@@ -20,11 +20,11 @@ struct IISPModule : public ::android::hidl::base::V1_0::IBase {
     /** Opens a device; `cb` is called once, before the call returns. */
     virtual ::android::hardware::Return<void> openISPDevice(openISPDevice_cb cb) = 0;
 
-    /** Looks the service up; null when no such instance is registered. */
+    /** Finds the service; null when no such instance is registered. */
     static ::android::sp<IISPModule> getService(const std::string& serviceName = "default",
                                                 bool getStub = false);
 
-    /** Makes this object the instance `serviceName`, in place of any earlier one. */
+    /** Registers this object as the instance `serviceName`, in place of any earlier one. */
     ::android::status_t registerAsService(const std::string& serviceName = "default");
 };
 

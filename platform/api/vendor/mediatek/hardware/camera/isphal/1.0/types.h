@@ -75,7 +75,7 @@ static_assert(offsetof(ISPBuffer, reserved) == 48, "wrong offset");
 static_assert(offsetof(ISPBuffer, reservedSize) == 64, "wrong offset");
 static_assert(sizeof(ISPBuffer) == 72, "wrong size");
 
-/** One request: an input image and what is to be made of it. */
+/** One request: an input image and the outputs to make of it. */
 struct ISPRequest final {
     uint32_t requestNumber __attribute__((aligned(4)));
     hidl_vec<uint8_t> settings __attribute__((aligned(8)));  ///< ISP metadata buffer

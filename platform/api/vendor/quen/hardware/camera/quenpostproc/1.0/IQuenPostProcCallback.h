@@ -7,7 +7,7 @@
 namespace vendor::quen::hardware::camera::quenpostproc::V1_0 {
 
 /**
- * Where a client of the post-processing service learns what became of its requests.
+ * Notifies a client of the post-processing service of the results of its requests.
  *
  * Called on a thread of the ISP HAL: the metadata first, then the end of the request.
  */

@@ -4,7 +4,7 @@
 
 namespace vendor::quen::hardware::camera::quenpostproc::V1_0 {
 
-/** Status of a request as its client is told it. */
+/** Status of a request, as reported to its client. */
 enum class Status : uint32_t {
     OK = 0,
     ILLEGAL_ARGUMENT = 1,
