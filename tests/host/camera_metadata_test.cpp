@@ -93,6 +93,29 @@ TEST(CameraMetadata, RefusesWhatDoesNotFitAndStaysAsItWas) {
     EXPECT_NE(copy_camera_metadata(memory, 72, metadata.get()), nullptr);
 }
 
+TEST(CameraMetadata, RefusesNull) {
+    camera_metadata_entry_t entry;
+    Metadata const metadata = owned(allocate_camera_metadata(1, 8));
+    EXPECT_NE(add_camera_metadata_entry(nullptr, kRegions, "1234", 1), 0);
+    EXPECT_NE(update_camera_metadata_entry(nullptr, 0, "1234", 1, nullptr), 0);
+    EXPECT_NE(delete_camera_metadata_entry(nullptr, 0), 0);
+    EXPECT_NE(sort_camera_metadata(nullptr), 0);
+    EXPECT_NE(find_camera_metadata_entry(nullptr, kRegions, &entry), 0);
+    EXPECT_NE(get_camera_metadata_entry(nullptr, 0, &entry), 0);
+    EXPECT_NE(get_camera_metadata_entry(metadata.get(), 0, &entry), 0);
+    EXPECT_NE(append_camera_metadata(nullptr, metadata.get()), 0);
+    EXPECT_NE(append_camera_metadata(metadata.get(), nullptr), 0);
+    EXPECT_NE(validate_camera_metadata_structure(nullptr, nullptr), 0);
+    EXPECT_EQ(clone_camera_metadata(nullptr), nullptr);
+    EXPECT_EQ(copy_camera_metadata(&entry, 200, nullptr), nullptr);
+    EXPECT_EQ(allocate_copy_camera_metadata_checked(nullptr, 200), nullptr);
+    EXPECT_EQ(get_camera_metadata_entry_count(nullptr) + get_camera_metadata_data_count(nullptr) +
+                      get_camera_metadata_entry_capacity(nullptr) +
+                      get_camera_metadata_data_capacity(nullptr),
+              0u);
+    EXPECT_EQ(get_camera_metadata_vendor_id(nullptr), CAMERA_METADATA_INVALID_VENDOR_ID);
+}
+
 TEST(CameraMetadata, AnUpdateOfTheSameSizeStaysInPlace) {
     Metadata const metadata = owned(allocate_camera_metadata(4, 64));
     int64_t const modes[] = {1, 2};
@@ -182,7 +205,9 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     ASSERT_EQ(append_camera_metadata(metadata.get(), clone.get()), 0);
     camera_metadata_entry_t appended;
     ASSERT_EQ(get_camera_metadata_entry(metadata.get(), 3, &appended), 0);
-    EXPECT_EQ(memcmp(appended.data.u8, tuning, 5), 0);
+    appended.data.u8[0] = 6;
+    EXPECT_EQ(itemsOf(metadata, kYuvTuningData)[0], 1) << "an append has data of its own";
+    EXPECT_EQ(memcmp(appended.data.u8 + 1, tuning + 1, 4), 0);
     EXPECT_NE(append_camera_metadata(clone.get(), metadata.get()), 0);  // no room
 
     Metadata const ours = owned(allocate_camera_metadata(3, 0));
@@ -193,6 +218,7 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     add_camera_metadata_entry(theirs.get(), ANDROID_JPEG_QUALITY, "x", 1);
     sort_camera_metadata(theirs.get());
     set_camera_metadata_vendor_id(theirs.get(), 7);
+    EXPECT_TRUE(isSorted(owned(clone_camera_metadata(theirs.get()))));
     EXPECT_EQ(append_camera_metadata(ours.get(), theirs.get()), 0);
     EXPECT_TRUE(isSorted(ours)) << "nothing was there before";
     EXPECT_EQ(append_camera_metadata(ours.get(), theirs.get()), 0);
@@ -295,6 +321,8 @@ TEST(CameraMetadata, KnowsAndroidsTags) {
 TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
     constexpr uint32_t kTheirs = 0x80120034;
     EXPECT_STREQ(get_camera_metadata_tag_name(kCurrentMode), "currentMode");
+    EXPECT_STREQ(get_camera_metadata_section_name(kCurrentMode), "vendor");
+    EXPECT_EQ(get_camera_metadata_section_name(kTheirs), nullptr);
     EXPECT_EQ(get_camera_metadata_tag_type(kTheirs), -1);
 
     vendor_tag_cache_ops vendors{};

@@ -6,12 +6,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gralloctypes/Gralloc4.h>
@@ -58,6 +63,8 @@ class Gralloc : public testing::Test {
         hidl_handle result;
         auto const keep = [&](Error error, uint32_t rowPixels, auto const& buffers) {
             EXPECT_EQ(error, expected);
+            EXPECT_EQ(buffers.size(), error == Error::NONE ? count : 0);
+            EXPECT_EQ(rowPixels != 0, error == Error::NONE);
             stride = rowPixels;
             result = buffers.size() == 1 ? buffers[0] : result;
         };
@@ -190,6 +197,7 @@ TEST_F(Gralloc, RefusesWhatCannotBeAllocated) {
     memset(bad.data() + 4, 0, 4);  // its width
     allocate(bad, 1, Error::BAD_DESCRIPTOR);
     allocate(good, 0, Error::NONE);
+    allocate(good, 2, Error::NONE);
     EXPECT_FALSE(call<bool>(Error::NONE, &MemfdMapper::isSupported,
                             IMapper::BufferDescriptorInfo{"", 4, 0, 1, PixelFormat::YV12, 0, 0}));
 
@@ -261,6 +269,38 @@ TEST_F(Gralloc, RefusesBuffersInTheWrongState) {
     EXPECT_EQ(free(buffer), Error::BAD_BUFFER);
     lock(buffer, kWhole, Error::BAD_BUFFER);
     get(buffer, MetadataType_PlaneLayouts, Error::BAD_BUFFER);
+    EXPECT_EQ(mapper->set(buffer, MetadataType_BlendMode, {}), Error::BAD_BUFFER);
+    EXPECT_EQ(mapper->rereadLockedBuffer(buffer), Error::BAD_BUFFER);
+    EXPECT_EQ(mapper->validateBufferSize(buffer, {}, 0), Error::BAD_BUFFER);
+    call<hidl_handle>(Error::BAD_BUFFER, &MemfdMapper::flushLockedBuffer, buffer);
+    call<IMapper::BufferDump>(Error::BAD_BUFFER, &MemfdMapper::dumpBuffer, buffer);
+    auto const refused = [](Error error, auto... /*sizes*/) {
+        EXPECT_EQ(error, Error::BAD_BUFFER);
+    };
+    EXPECT_TRUE(mapper->getTransportSize(buffer, refused).isOk());
+    EXPECT_TRUE(mapper->getReservedRegion(buffer, refused).isOk());
+}
+
+TEST_F(Gralloc, GivesBackMemoryAndDescriptors) {
+    auto const inUse = [] {
+        std::ifstream maps("/proc/self/maps");
+        std::string const text((std::istreambuf_iterator<char>(maps)), {});
+        auto const descriptors = std::filesystem::directory_iterator("/proc/self/fd");
+        return std::make_pair(std::distance(begin(descriptors), end(descriptors)),
+                              text.find("/memfd:") != std::string::npos);
+    };
+    auto const before = inUse();
+    EXPECT_FALSE(before.second);
+    hidl_handle raw = allocate(64, 2, PixelFormat::RAW16);
+    void* const freed = import(raw);
+    lock(freed);
+    lock(import(raw));
+    EXPECT_TRUE(inUse().second);
+    unlock(freed);
+    free(freed);
+    mapper = nullptr;
+    raw = hidl_handle();
+    EXPECT_EQ(inUse(), before);
 }
 
 TEST_F(Gralloc, WaitsForAcquireFencesAndGivesReleaseFences) {
@@ -285,6 +325,11 @@ TEST_F(Gralloc, WaitsForAcquireFencesAndGivesReleaseFences) {
     close(twoFences->data[0]);
     native_handle_delete(twoFences);
 
+    native_handle_t* const noFence = native_handle_create(0, 0);
+    lock(buffer, kWhole, Error::NONE, hidl_handle(noFence));
+    unlock(buffer);
+    native_handle_delete(noFence);
+
     mapper->setReleaseFences(true);
     lock(buffer);
     hidl_handle const released = unlock(buffer);
@@ -305,6 +350,12 @@ TEST(Fences, AreLookedAtAndMerged) {
     EXPECT_EQ(statusOf(-1), -1);
     EXPECT_EQ(sync_merge("none", waiting, waiting), -1);
     EXPECT_EQ(sync_merge("none", signalled, -1), -1);
+    errno = 0;
+    EXPECT_EQ(sync_wait(waiting, 1), -1);
+    EXPECT_EQ(errno, ETIME);
+    int const alike = sync_merge("alike", signalled, signalled);
+    EXPECT_EQ(statusOf(alike), 1);
+    close(alike);
     int const merged = sync_merge("both", signalled, waiting);
     EXPECT_EQ(statusOf(merged), 0);
     EXPECT_EQ(eventfd_write(waiting, 1), 0);
@@ -353,6 +404,8 @@ TEST_F(Gralloc, TellsEveryPropertyAndKeepsWhatIsSet) {
         bool const isSettled = list[i].metadataType.value <= 6 || list[i].metadataType.value == 9;
         EXPECT_EQ(mapper->set(buffer, list[i].metadataType, nothing),
                   isSettled ? Error::BAD_VALUE : Error::UNSUPPORTED);
+        EXPECT_TRUE(list[i].isGettable);
+        EXPECT_EQ(list[i].isSettable, list[i].metadataType.value >= 17);
         bool const isKnown = lateTypes.count(list[i].metadataType.value) == 0;
         EXPECT_EQ(call<hidl_vec<uint8_t>>(isKnown ? Error::NONE : Error::UNSUPPORTED,
                                           &MemfdMapper::getFromBufferDescriptorInfo, info,
@@ -389,18 +442,20 @@ TEST_F(Gralloc, TellsEveryPropertyAndKeepsWhatIsSet) {
     Smpte2086 const display = *get(other, MetadataType_Smpte2086, decodeSmpte2086);
     EXPECT_TRUE(display.primaryBlue.y == 6 && display.whitePoint.x == 7);
     EXPECT_TRUE(display.maxLuminance == 9 && display.minLuminance == 10);
-    EXPECT_EQ(decodeSmpte2086(encoded, nullptr), android::BAD_VALUE);
+    EXPECT_EQ(decodeSmpte2086(hidl_vec<uint8_t>(), nullptr), android::BAD_VALUE);
     EXPECT_EQ(encodeSmpte2086(std::nullopt, nullptr), android::BAD_VALUE);
     encoded = hidl_vec<uint8_t>();  // unset
     expectShared(MetadataType_Cta861_3);
     expectShared(MetadataType_Smpte2086);
     std::string const longName(210, 'n');
-    void* const plain = import(allocate(
-            describe({longName, 64, 2, 1, PixelFormat::RAW16, 3, 0}, Error::NONE), 1, Error::NONE));
+    hidl_handle const rawPlain = allocate(
+            describe({longName, 64, 2, 1, PixelFormat::RAW16, 3, 0}, Error::NONE), 1, Error::NONE);
+    void* const plain = import(rawPlain);
     EXPECT_EQ(get(plain, MetadataType_Name, decodeName), longName.substr(0, 200));
     encodeBlendMode(BlendMode::COVERAGE, &encoded);
     EXPECT_EQ(mapper->set(plain, MetadataType_BlendMode, encoded), Error::NONE);
     EXPECT_EQ(get(plain, MetadataType_BlendMode, decodeBlendMode), BlendMode::COVERAGE);
+    EXPECT_EQ(get(import(rawPlain), MetadataType_BlendMode, Error::NONE), encoded);
     EXPECT_TRUE(mapper->getReservedRegion(plain, [](Error error, void* region, uint64_t size) {
                           EXPECT_EQ(error, Error::NONE);
                           EXPECT_TRUE(region == nullptr && size == 0);
@@ -483,6 +538,9 @@ TEST(Gralloc4, EncodesPlaneLayoutsByteForByte) {
     // Whatever is cut off, added or counted wrong is noticed, and nothing is written.
     std::vector<uint8_t> wrong = expected;
     wrong.push_back(0);
+    EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
+    wrong = expected;
+    wrong.at(8) ^= 1;  // a letter of the type's name
     EXPECT_EQ(decodePlaneLayouts(wrong, &decoded), android::BAD_VALUE);
     for (size_t size = expected.size(); size-- > 0;) {
         wrong.assign(expected.begin(), expected.begin() + static_cast<long>(size));

@@ -149,6 +149,9 @@ TEST(IMetadataSet, HoldsWhatAMapHolds) {
     EXPECT_EQ(metadata.entryFor(41).tag(), 41u);
     EXPECT_TRUE(metadata.entryFor(41).isEmpty());
     EXPECT_TRUE(metadata.entryAt(metadata.count()).isEmpty());
+    IMetadata const copy = metadata;
+    metadata.clear();
+    EXPECT_TRUE(metadata.isEmpty() && !copy.isEmpty());
 }
 
 class Converter : public testing::Test {

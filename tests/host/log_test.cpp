@@ -39,6 +39,8 @@ class Sink : public quen::host::LogSink {
     }
 };
 
+LogLevel const kLevelAtStart = quen::host::logLevel();
+
 /** The letters that the enable test allows. */
 std::string allowed(char const* tag) {
     std::string letters;
@@ -53,6 +55,7 @@ std::string allowed(char const* tag) {
 }  // namespace
 
 TEST(LogTest, LevelsAreSetByNameAndByTag) {
+    EXPECT_EQ(LogLevel::Warning, kLevelAtStart);
     EXPECT_EQ("EW", allowed("quen"));
     quen::host::setTagLogLevel("loud", LogLevel::Silent);
     quen::host::setTagLogLevel("loud", LogLevel::Debug);  // the later one counts
@@ -67,6 +70,7 @@ TEST(LogTest, LevelsAreSetByNameAndByTag) {
         EXPECT_EQ("E", allowed("quiet"));
     }
     EXPECT_FALSE(quen::host::setLogLevel("Debug"));
+    EXPECT_EQ(LogLevel::Silent, quen::host::logLevel());
     quen::host::clearTagLogLevels();
     EXPECT_EQ("", allowed("loud"));
     quen::host::setLogLevel(LogLevel::Warning);

@@ -33,6 +33,11 @@ TEST(Properties, AreSetReadAndUnset) {
     EXPECT_EQ(longest, read((longest + "y").c_str()));
     EXPECT_EQ(-1, property_set("", "x"));
     EXPECT_EQ(-1, property_set(nullptr, "x"));
+    EXPECT_EQ(-7, property_get_int32(nullptr, -7));
+    EXPECT_EQ(9, property_get_bool(nullptr, 9));
+    property_set(kKey, "set");
+    property_set(kKey, nullptr);
+    EXPECT_EQ("unset", read("unset"));
 }
 
 TEST(EventTexts, AreSetReadAndCleared) {

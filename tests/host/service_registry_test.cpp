@@ -92,11 +92,12 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
     EXPECT_TRUE(module->unlinkToDeath(recipient));
     EXPECT_TRUE(module->unlinkToDeath(new Recipient)) << "which has no link";
 
+    quen::host::announceDeath(nullptr);
     quen::host::announceDeath(module);
-    quen::host::announceDeath(module);
-    EXPECT_THAT(recipient->notices, ElementsAre(Pair(1, true), Pair(3, true)));
     EXPECT_EQ(IISPModule::getService("one"), nullptr);
     EXPECT_EQ(IISPModule::getService("two"), nullptr);
+    quen::host::announceDeath(module);
+    EXPECT_THAT(recipient->notices, ElementsAre(Pair(1, true), Pair(3, true)));
     EXPECT_EQ(neighbour, IISPModule::getService("three"));
     EXPECT_TRUE(module->unlinkToDeath(recipient)) << "whether or not there is a link";
     EXPECT_FALSE(module->unlinkToDeath(nullptr));

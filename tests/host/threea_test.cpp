@@ -47,6 +47,7 @@ TEST_F(ThreeA, BuffersAreSharedAndFoundByIndex) {
     munmap(written, kBytes);
     munmap(read, kBytes);
     EXPECT_NE(ftruncate(found, 1), 0) << "shrunk under a reader";
+    EXPECT_NE(ftruncate(found, kBytes + 1), 0);
     QIF3ABufferInfo small;
     EXPECT_EQ(Quen3AInfoManager::Get3AInfoBuf(&small, 1), 0);
     EXPECT_EQ(small.size, kBytes);
