@@ -10,25 +10,52 @@
 #   race-*      ThreadSanitizer
 #   leak-*      AddressSanitizer, which finds leaks at a test's end
 #   all others  the default build
+# It also decides which tests are built and run first; the others follow when these notice nothing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-readonly slow_tests=Endurance # run only for faults that the others miss
-readonly hang_seconds=60      # a test that runs longer counts as failed
-readonly race_runs=3          # a race does not show in every run
+readonly hang_seconds=60 # a test program that runs longer counts as failed
+readonly race_runs=3     # a race does not show in every run
 readonly jobs=${JOBS:-2}
 declare -rA options=(
     [default]="-DQUEN_HARDENED=OFF" [hardened]="-DQUEN_HARDENED=ON"
     [race]="-DQUEN_SANITIZE=thread" [leak]="-DQUEN_SANITIZE=address,undefined"
 )
-# The executables that matter: those of the library's requests and results.
-readonly request_tests="library_hal_interface_test library_result_dispatch_test \
-    road_process_test road_transcripts_test"
-declare -rA targets=(
-    [default]=all
-    [hardened]="$request_tests hardened_request_path_test hardened_isp_metadata_decoding_test"
-    [race]="library_hal_interface_test road_load_test"
-    [leak]=$request_tests
+# The test programs of each build, by their names without "_test".
+programs() { find "tests/$1" -name '*_test.cpp' -printf "$1_%f " | sed 's/_test\.cpp//g'; }
+readonly slow_programs="request_path_load request_path_endurance request_path_cli" # for what all the others miss
+readonly request_programs="library_hal_interface library_result_dispatch request_path_process \
+    request_path_transcripts"
+declare -rA all_programs=(
+    [default]="$(programs library) $(programs request_path)"
+    [hardened]="$request_programs hardened_request_path hardened_isp_metadata_decoding"
+    [race]="library_hal_interface request_path_load"
+    [leak]=$request_programs
+)
+# The tests of what a fault's name begins with.
+declare -rA first_programs=(
+    [allocator]=library_allocator_helper
+    [convert]=library_buffer_conversion
+    [decode]=library_isp_metadata
+    [device]=library_device_buffer
+    [encode]=library_isp_metadata
+    [feature]=library_tuning
+    [hardened]="hardened_request_path hardened_isp_metadata_decoding"
+    [host]=$(programs host)
+    [imported]="library_device_buffer library_jpeg_size"
+    [jpeg]=library_jpeg_size
+    [lifecycle]=library_lifecycle
+    [log]=library_lifecycle
+    [mapper]=library_mapper_helper
+    [metadata]="library_request_metadata library_tuning"
+    [process]="request_path_process request_path_transcripts"
+    [reconfigure]=library_reconfigure
+    [records]=request_path_transcripts
+    [registry]=library_hal_interface
+    [result]="library_result_dispatch request_path_transcripts"
+    [streams]=library_stream_configuration
+    [tuning]=library_tuning
+    [usage]=library_allocator_helper
 )
 
 # Applies a patch, or with --reverse its reverse. The context must match; line numbers may differ.
@@ -37,34 +64,66 @@ apply() {
         <"tests/faults/$1.patch" >"$log" 2>&1
 }
 
-build() {
-    local names
-    read -ra names <<<"${targets[$1]}"
-    cmake --build "build/$1" -j "$jobs" --target "${names[@]}" >"$log" 2>&1
-}
-
-# An executable that was not built stands in the list of tests as one that fails.
-run_tests() {
+# run_program BUILD PROGRAM: when it fails, `failed` is its first failed test, or what ended early.
+run_program() {
     local runs=1
     if [[ $1 == race ]]; then runs=$race_runs; fi
-    local common=(--test-dir "build/$1" -j "$jobs" --stop-on-failure --repeat "until-fail:$runs")
-    ctest "${common[@]}" -E "$slow_tests|_NOT_BUILT" >"$log" 2>&1 &&
-        ctest "${common[@]}" -R "$slow_tests" -E _NOT_BUILT >"$log" 2>&1
+    if timeout "$hang_seconds" "build/$1/tests/$2_test" --gtest_fail_fast \
+        --gtest_repeat="$runs" >"$log" 2>&1; then
+        return 0
+    fi
+    failed=$(sed -n 's/^\[  FAILED  \] \([A-Za-z0-9_./]*\).*/\1/p; q' <(grep FAILED "$log"))
+    failed=$2${failed:+.$failed}
+    return 1
 }
 
-# -O1: the builds take longer than the tests.
+# try BUILD PROGRAM...: builds the programs and runs them up to the first that fails. Sets `outcome`.
+try() {
+    outcome=survived
+    local targets=("${@:2}")
+    if ! cmake --build "build/$1" -j "$jobs" --target "${targets[@]/%/_test}" >"$log" 2>&1; then
+        outcome=unbuilt
+        return
+    fi
+    local program
+    for program in "${@:2}"; do
+        if ! run_program "$1" "$program"; then
+            outcome=caught
+            return
+        fi
+    done
+}
+
+# try_all BUILD FAULT: the fault's likely tests, then the others, then the slow ones.
+try_all() {
+    local program first others=() slow=()
+    read -ra first <<<"${first_programs[${2%%-*}]:-}"
+    for program in ${all_programs[$1]}; do
+        if [[ " $slow_programs " == *" $program "* ]]; then
+            slow+=("$program")
+        elif [[ " ${first[*]} " != *" $program "* ]]; then
+            others+=("$program")
+        fi
+    done
+    outcome=survived
+    local -n stage
+    for stage in first others slow; do
+        if [[ $outcome == survived && ${#stage[@]} -gt 0 ]]; then try "$1" "${stage[@]}"; fi
+    done
+}
+
+# -O1: the builds take longer than the tests. Nobody lists the tests here.
 set_up() {
+    local linker=()
+    if command -v ld.lld >/dev/null; then linker=(-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld); fi
     cmake --preset release -B "build/$1" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O1 \
-        "${options[$1]}" >"$log"
-    if ! build "$1" || ! run_tests "$1"; then
+        -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST "${linker[@]}" "${options[$1]}" >"$log"
+    try_all "$1" host
+    if [[ $outcome != survived ]]; then
         tail -n 30 "$log"
         echo "The tests of the $1 build fail without any fault." >&2
         exit 1
     fi
-}
-
-failed_test() {
-    sed -n '/\*\*\*Skipped/d; s/.*Test *#[0-9]*: \([^ ]*\) .*\*\*\*.*/\1/p' "$log" | head -1
 }
 
 dry_run=false
@@ -103,7 +162,6 @@ git ls-files -z --cached --others --exclude-standard |
     done | tar --null --files-from=- -cf - | tar -xf - -C "$scratch"
 cd "$scratch"
 export CCACHE_BASEDIR=$scratch # finds what a replay in another scratch folder has compiled
-sed -i "s/TIMEOUT [0-9]*/TIMEOUT $hang_seconds/" tests/CMakeLists.txt
 
 caught=0
 survived=0
@@ -115,15 +173,18 @@ for fault in "${faults[@]}"; do
         echo "does not apply $fault"
         continue
     fi
-    if ! build "$group"; then
-        echo "does not build $fault"
-    elif run_tests "$group"; then
-        echo "SURVIVED $fault"
-        survived=$((survived + 1))
-    else
-        echo "caught  $fault (by $(failed_test))"
-        caught=$((caught + 1))
-    fi
+    try_all "$group" "$fault"
+    case $outcome in
+        unbuilt) echo "does not build $fault" ;;
+        survived)
+            echo "SURVIVED $fault"
+            survived=$((survived + 1))
+            ;;
+        caught)
+            echo "caught  $fault (by $failed)"
+            caught=$((caught + 1))
+            ;;
+    esac
     apply "$fault" --reverse
 done
 echo "${#faults[@]} faults, $caught caught, $survived survived"
