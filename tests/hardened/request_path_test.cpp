@@ -1,5 +1,6 @@
 #include <limits>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
 #include "support/ProcessTest.h"
@@ -34,7 +35,7 @@ class HardenedPathTest : public ProcessTest {
 };
 
 TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     // A result that is there before the wait ends it at once: the time-out would be noticed.
     setJpegTimeout("1000");
     EXPECT_EQ(encodeOne(777), 777);
@@ -47,7 +48,7 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
     // Another waiting request's result neither changes its status nor ends it: 5 is recorded by
     // hand, so nobody waits for it.
     auto const record5 = [&] {
-        mRoad.peer.halInterface()->recordISPRequest(newRequest(5), nullptr);
+        mSession.peer.halInterface()->recordISPRequest(newRequest(5), nullptr);
     };
     record5();
     EXPECT_EQ(encodeOne(777,
@@ -70,29 +71,29 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
     --mNumber;
     EXPECT_EQ(encodeOne(777), 777);
     EXPECT_FALSE(transcript.has("E cannot find capture request " + number));
-    EXPECT_FALSE(mRoad.isOutstanding(static_cast<uint32_t>(mNumber)));
+    EXPECT_FALSE(mSession.isOutstanding(static_cast<uint32_t>(mNumber)));
 }
 
 TEST_F(HardenedPathTest, RecordLeavesTheTableBeforeItsCallIsReleased) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     setJpegTimeout("1000");
     struct Watch : Transcript {
-        explicit Watch(Road& watched) : road(watched) {}
+        explicit Watch(ClientSession& watched) : session(watched) {}
         void write(char const* tag, int level, char const* text) override {
             Transcript::write(tag, level, text);
             if (std::string(text).find("JPEG callback signal process") != std::string::npos) {
-                outstanding = bridge::outstanding(*road.peer.halInterface());
+                outstanding = bridge::outstanding(*session.peer.halInterface());
             }
         }
-        Road& road;
+        ClientSession& session;
         size_t outstanding = 1;
-    } watch(mRoad);
+    } watch(mSession);
     EXPECT_EQ(encodeOne(777), 777);
     EXPECT_EQ(watch.outstanding, 0u);
 }
 
 TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     for (bool const isLost : {false, true}) {
         isp().onProcess = [&](auto const&) -> StandInDevice::StatusReturn {
             return isLost ? StandInDevice::transportError()
@@ -100,7 +101,7 @@ TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
         };
         EXPECT_EQ(encode(1), 0);
         EXPECT_EQ(encode(2, mClient), 0);
-        EXPECT_EQ(bridge::outstanding(*mRoad.peer.halInterface()), 0u);
+        EXPECT_EQ(bridge::outstanding(*mSession.peer.halInterface()), 0u);
     }
     // Refused, and answered all the same: the result has the record.
     isp().onProcess = [&](isphal::ISPRequest const& request) -> StandInDevice::StatusReturn {
@@ -118,13 +119,13 @@ TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
         return isphal::Status::REQUEST_ERROR;
     };
     EXPECT_EQ(encode(4, slow), 0);
-    EXPECT_TRUE(mRoad.isOutstanding(4));
+    EXPECT_TRUE(mSession.isOutstanding(4));
     slow->letGo();
     result.join();
 }
 
 TEST_F(HardenedPathTest, SecondRequestOfANumberIsFreedAtOnce) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     EXPECT_EQ(develop(1, mClient), 0);
     mGraphics.mapper->calls.clear();
     EXPECT_EQ(develop(1, mClient), 0);
@@ -132,7 +133,7 @@ TEST_F(HardenedPathTest, SecondRequestOfANumberIsFreedAtOnce) {
 }
 
 TEST_F(HardenedPathTest, TrailerHasToTellOfAJpegThatFits) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     for (auto const& [bytes, result] :
          {std::pair(kJpegBytes - 8, static_cast<int>(kJpegBytes) - 8), {kJpegBytes - 7, -1}}) {
         EXPECT_EQ(encodeOne(bytes), result);
@@ -149,10 +150,10 @@ TEST_F(HardenedPathTest, TrailerHasToTellOfAJpegThatFits) {
 }
 
 TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     MemoryBuffer const shortMemory(kWidth * kHeight);
-    ImageBuffer const narrow = mYuvMemory.image(2, 0x23, kWidth + 2, kHeight);
-    ImageBuffer oversold = shortMemory.image(2, 0x23, kWidth, kHeight);
+    ImageBuffer const narrow = mYuvMemory.image(2, kYuv, kWidth + 2, kHeight);
+    ImageBuffer oversold = shortMemory.image(2, kYuv, kWidth, kHeight);
     oversold.size = kWidth * kHeight * 3 / 2;
     ImageBuffer empty = mYuv, flat = mYuv, bare = mYuv, sizeless = mJpeg, oversoldBlob = mJpeg;
     empty.width = 0;
@@ -160,13 +161,13 @@ TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
     bare.buffer = nullptr;
     sizeless.size = 0;
     oversoldBlob.size = kJpegBytes + 1;
-    ImageBuffer const raw = mRawMemory.image(1, 0x25, kWidth, kHeight + 1);
+    ImageBuffer const raw = mRawMemory.image(1, kRaw10, kWidth, kHeight + 1);
     auto const process = [&](ImageBuffer const* input, std::vector<ImageBuffer const*> outputs) {
         PostProcessParams params = {nullptr, 1, const_cast<ImageBuffer*>(input), {}, nullptr};
         for (ImageBuffer const* const output : outputs) {
             params.output_buffers.push_back(const_cast<ImageBuffer*>(output));
         }
-        return mRoad.device.process(&params, nullptr);
+        return mSession.device.process(&params, nullptr);
     };
     EXPECT_EQ(process(nullptr, {&mJpeg}), -22);
     EXPECT_EQ(process(&mYuv, {}), -22);
@@ -183,12 +184,12 @@ TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
 
 TEST_F(HardenedPathTest, DeviceBuffersOfAllOutputsAreFreed) {
     MemoryBuffer const second(kJpegBytes);
-    ImageBuffer const otherJpeg = second.image(5, 0x21, kWidth, kHeight);
-    ImageBuffer const yuv = mYuvMemory.image(4, 0x23, kWidth, kHeight);
-    mRoad.create(mYuv, {mJpeg, otherJpeg, yuv});
+    ImageBuffer const otherJpeg = second.image(5, kBlob, kWidth, kHeight);
+    ImageBuffer const yuv = mYuvMemory.image(4, kYuv, kWidth, kHeight);
+    mSession.create(mYuv, {mJpeg, otherJpeg, yuv});
     answerAtOnce();
     mGraphics.mapper->calls.clear();
-    EXPECT_EQ(mRoad.process(1, mYuv, {yuv, mJpeg, otherJpeg, yuv}, nullptr, nullptr), 777);
+    EXPECT_EQ(mSession.process(1, mYuv, {yuv, mJpeg, otherJpeg, yuv}, nullptr, nullptr), 777);
     // The input's, both JPEGs', and the last output's, whosever it is; the first is the client's.
     Lines const& calls = mGraphics.mapper->calls;
     EXPECT_THAT(Lines(calls.end() - 6, calls.end()),
@@ -203,7 +204,7 @@ TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
         Transcript transcript;
         EXPECT_EQ(device.process(&params, mClient), -19);
         device.flush();
-        device.config({}, {{1, 0x23, 64, 48, true}}, nullptr);
+        device.config({}, {{1, kYuv, 64, 48, true}}, nullptr);
         device.setOfflineCallback(nullptr);
         device.destroy();
         Lines lines = transcript.take();
@@ -220,16 +221,16 @@ TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
     callAll(unconnected, "no ISP device is open, call create first");
 
     // A dead module's device is not closed, only let go of.
-    mRoad.create(mYuv, {mJpeg});
-    (void)mRoad.peer.halInterface()->callback()->serviceDied(1, nullptr);
-    callAll(mRoad.device, "the ISP module has died, its ISP device can only be released");
-    EXPECT_FALSE(mRoad.peer.isConnected());
+    mSession.create(mYuv, {mJpeg});
+    (void)mSession.peer.halInterface()->callback()->serviceDied(1, nullptr);
+    callAll(mSession.device, "the ISP module has died, its ISP device can only be released");
+    EXPECT_FALSE(mSession.peer.isConnected());
     EXPECT_EQ(isp().closes, 0);
-    callAll(mRoad.device, "no ISP device is open, call create first");
+    callAll(mSession.device, "no ISP device is open, call create first");
 }
 
 TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     setJpegTimeout("1000");
     EXPECT_EQ(develop(1, mClient), 0);
     EXPECT_EQ(develop(2, mClient), 0);
@@ -238,7 +239,7 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     std::thread result([&] { isp().answer(4); });
     slow->waitUntilTold();
     android::sp<HalInterface::ClientCallback> const callback =
-            mRoad.peer.halInterface()->callback();
+            mSession.peer.halInterface()->callback();
     isp().onProcess = [&](auto const&) {
         callback->serviceDied(1, nullptr);
         return StandInDevice::ok();
@@ -263,7 +264,7 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     EXPECT_THAT(transcript.take(), ElementsAre("E cannot find capture request 1"));
 
     // The bridge that outlives the module takes nothing more.
-    HalInterface& hal = *mRoad.peer.halInterface();
+    HalInterface& hal = *mSession.peer.halInterface();
     OfflineRequest request = {9, nullptr, {}, {}, false, "RAW2YUV"};
     EXPECT_EQ(callback->record(&request, mClient), quen::RequestTable::Insertion::Closed);
     hal.recordISPRequest(&request, mClient);
@@ -271,7 +272,7 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     EXPECT_THAT(transcript.take(),
                 ElementsAre("E recordISPRequest after the ISP module has died",
                             "E waitForRequestDrained after the ISP module has died"));
-    mRoad.device.destroy();
+    mSession.device.destroy();
 }
 
 }  // namespace

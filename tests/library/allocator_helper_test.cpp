@@ -7,6 +7,7 @@
 
 #include "host/hidl/ServiceRegistry.h"
 #include "support/Buffers.h"
+#include "support/Formats.h"
 #include "support/Lines.h"
 
 namespace {
@@ -53,7 +54,7 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
     EXPECT_TRUE(info.name.empty());
     EXPECT_THAT((std::vector{info.width, info.height, info.layerCount,
                              static_cast<uint32_t>(info.format)}),
-                ElementsAre(640, 480, 1, 0x11));
+                ElementsAre(640, 480, 1, kNv21));
     EXPECT_EQ(info.usage, 0xFFFFFFFF00020033u);
     EXPECT_EQ(info.reservedSize, 0u);
 }
@@ -73,12 +74,12 @@ TEST(AllocatorHelper, LeavesTheHandleAloneWithoutABuffer) {
 
 TEST(AllocatorHelper, ServicesAreThoseOfTheFirstUse) {
     Graphics& graphics = Graphics::fresh();
-    allocateGraphic(16, 16, 0x11);
+    allocateGraphic(16, 16, kNv21);
     quen::host::unregisterService(graphics.allocator);
     android::sp<HookedMapper> const mapper = new HookedMapper;
     mapper->onFree = [] { return Error::NONE; };
     (void)mapper->registerAsService();
-    allocateGraphic(16, 16, 0x11);
+    allocateGraphic(16, 16, kNv21);
     MapperHelper helper = MapperHelper::getInstance();
     helper.init();
     native_handle_t const buffer{};

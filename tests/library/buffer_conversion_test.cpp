@@ -7,6 +7,7 @@
 #include <quenOfflineDevice/request/BufferConversion.h>
 
 #include "support/Buffers.h"
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
 #include "support/ScriptedThreeA.h"
@@ -31,14 +32,6 @@ using namespace quentest;
 using quen::Direction;
 using testing::Each;
 using testing::ElementsAre;
-
-constexpr uint32_t kTuningBytes = 0x1fa400;
-constexpr uint32_t kBufferIndex = 0xc00c0018;
-constexpr int kNv21 = 0x11;
-constexpr int kRaw16 = 0x20;
-constexpr int kBlob = 0x21;
-constexpr int kYuv = 0x23;
-constexpr int kRaw10 = 0x25;
 
 class BufferConversionTest : public testing::Test {
   protected:
@@ -119,7 +112,7 @@ TEST_F(BufferConversionTest, ImageIsCopiedMadeOrPassedThrough) {
 
     // A BLOB output becomes a device buffer of the client's bytes by one, without tuning data.
     MetadataBuilder settings;
-    settings.i32(kBufferIndex, 4);
+    settings.i32(tags::kBufferIndex, 4);
     mUsed = true;
     mTuning = mClient.handle();
     convert(client(kBlob), settings.get(), Direction::Output, false,
@@ -133,7 +126,7 @@ TEST_F(BufferConversionTest, ImageIsCopiedMadeOrPassedThrough) {
     // Everything else is the client's own; tuning data of an earlier conversion is passed on.
     for (auto const& [format, direction] : {std::pair(kRaw10, Direction::Input),
                                             {kNv21, Direction::Input},
-                                            {0x22, Direction::Input},
+                                            {kPrivate, Direction::Input},
                                             {kYuv, Direction::Output}}) {
         ImageBuffer image = client(format);
         image.streamId = -2;
@@ -154,7 +147,7 @@ TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
          {std::pair(m3A.fd(), std::vector{4}), {1, std::vector{4, 5, 6}}}) {
         mThreeA->next = {fd, kTuningBytes, 7};
         MetadataBuilder settings;
-        add_camera_metadata_entry(settings.get(), kBufferIndex, index.data(), index.size());
+        add_camera_metadata_entry(settings.get(), tags::kBufferIndex, index.data(), index.size());
         mUsed = false;
         convert(client(kYuv), settings.get(), Direction::Output, true, R"(I use QCF gralloc buffer
                 I get outputTuningData buffer from quencameraserver success, bufferIndex 7, bufferFd FD
@@ -164,7 +157,7 @@ TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
         std::vector<int32_t> told(index.size());
         told[0] = 7;
         camera_metadata_ro_entry_t entry;
-        find_camera_metadata_ro_entry(settings.get(), kBufferIndex, &entry);
+        find_camera_metadata_ro_entry(settings.get(), tags::kBufferIndex, &entry);
         EXPECT_EQ(std::vector(entry.data.i32, entry.data.i32 + entry.count), told);
         expectDescriptorForm(mTuning, fd);
         EXPECT_EQ(mTuning->data[0], 0);
@@ -192,7 +185,7 @@ TEST_F(BufferConversionTest, OutputWithoutA3ABufferGetsADeviceBuffer) {
           {enough, true, true, given + "E update ouputTuningData bufferIndex failed"}}) {
         mThreeA->next = c.info;
         MetadataBuilder settings;
-        settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
+        settings.i32(c.hasIndex ? tags::kBufferIndex : tags::kFusion, 4);
         mUsed = true;
         gSettingsAreFixed = c.isFixed;
         convert(client(kYuv), settings.get(), Direction::Output, true,
@@ -202,29 +195,27 @@ TEST_F(BufferConversionTest, OutputWithoutA3ABufferGetsADeviceBuffer) {
                 I alloc gralloc for outputTuningData success)");
         gSettingsAreFixed = false;
         EXPECT_FALSE(mUsed);
-        EXPECT_EQ(int32In(settings.get(), kBufferIndex), c.hasIndex ? 4 : -1);
+        EXPECT_EQ(int32In(settings.get(), tags::kBufferIndex), c.hasIndex ? 4 : -1);
         expectAllocated(kTuningBytes, kBlob);
         EXPECT_GE(Mapping(mResult.tuningData->data[0]).size(), kTuningBytes);
     }
 }
 
 TEST_F(BufferConversionTest, InputFallsBackToTheTuningDataInTheMetadata) {
-    constexpr uint32_t kRawTuning = 0x800b0016;
-    constexpr uint32_t kYuvTuning = 0x800b0017;
     struct Case {
         int format;
         bool hasIndex;
         uint32_t carried;  // the tag that carries tuning bytes
         bool found;
     };
-    for (Case const& c : {Case{kRaw10, false, kRawTuning, true},
-                          {kYuv, true, kYuvTuning, true},
-                          {kRaw16, true, kYuvTuning, false},
-                          {kYuv, false, kRawTuning, false}}) {
+    for (Case const& c : {Case{kRaw10, false, tags::kRawTuning, true},
+                          {kYuv, true, tags::kYuvTuning, true},
+                          {kRaw16, true, tags::kYuvTuning, false},
+                          {kYuv, false, tags::kRawTuning, false}}) {
         bool const isYuv = c.format == kYuv;
         MetadataBuilder settings;
         settings.u8(c.carried, std::vector<uint8_t>{0x39, 0x05, 0, 0, 1, 2, 3, 4});
-        settings.i32(c.hasIndex ? kBufferIndex : tags::kFusion, 4);
+        settings.i32(c.hasIndex ? tags::kBufferIndex : tags::kFusion, 4);
         mTuning = nullptr;
         mUsed = true;
         mGraphics.mapper->calls.clear();

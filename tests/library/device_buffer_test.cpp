@@ -5,6 +5,7 @@
 
 #include <quenOfflineDevice/request/DeviceBuffer.h>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
 
@@ -14,9 +15,6 @@ using namespace quentest;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-
-constexpr int kNv21 = 0x11;
-constexpr int kBlob = 0x21;
 
 class DeviceBufferTest : public testing::Test {
   protected:

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "support/Buffers.h"
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/RecordingCallback.h"
 #include "support/Requests.h"
@@ -16,12 +17,18 @@ namespace {
 using namespace quentest;
 using testing::ElementsAre;
 
+class HalInterfaceTest : public testing::Test {
+  protected:
+    hidl_handle const mTuning = allocateGraphic(16, 1, kBlob);
+    HookedMapper& mMapper = *Graphics::fresh().mapper;
+};
+
 bool hook() {
     ADD_FAILURE() << "a hook is never called";
     return false;
 }
 
-TEST(HalInterface, HookIsStoredAndNeverCalled) {
+TEST_F(HalInterfaceTest, HookIsStoredAndNeverCalled) {
     Bridge bridge;
     EXPECT_TRUE(HalInterface::requestCallback());
     EXPECT_TRUE(bridge.hal->registerRequestCB(&HalInterface::requestCallback));
@@ -31,7 +38,7 @@ TEST(HalInterface, HookIsStoredAndNeverCalled) {
     EXPECT_TRUE(bridge.hal->requestCallback());
 }
 
-TEST(HalInterface, NumberRecordedTwiceKeepsItsFirstRequest) {
+TEST_F(HalInterfaceTest, NumberRecordedTwiceKeepsItsFirstRequest) {
     Bridge bridge;
     android::sp<RecordingCallback> const first = new RecordingCallback;
     android::sp<RecordingCallback> const second = new RecordingCallback;
@@ -53,9 +60,7 @@ TEST(HalInterface, NumberRecordedTwiceKeepsItsFirstRequest) {
     EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
 }
 
-TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
-    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
-    HookedMapper& mapper = *Graphics::fresh().mapper;
+TEST_F(HalInterfaceTest, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     Bridge bridge;
     Transcript transcript;
     bridge.hal->waitForRequestDrained();
@@ -64,7 +69,7 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     android::sp<RecordingCallback> const client = new RecordingCallback;
     OfflineRequest* const requests[] = {newRequest(7), newRequest(9)};
     for (OfflineRequest* const request : requests) {
-        request->inputTuningBuffer = graphic;
+        request->inputTuningBuffer = mTuning;
         bridge.hal->recordISPRequest(request, client);
     }
     bridge.hal->waitForRequestDrained();
@@ -82,7 +87,7 @@ TEST(HalInterface, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_THAT(transcript.lines(), ElementsAre("E cannot find capture request 7"));
     EXPECT_EQ(client->calls().size(), 0u);
-    EXPECT_EQ(mapper.calls, quen::kHardened ? (Lines{"free", "free"}) : Lines());
+    EXPECT_EQ(mMapper.calls, quen::kHardened ? (Lines{"free", "free"}) : Lines());
     if (!quen::kHardened) {
         for (OfflineRequest* const request : requests) {
             deleteRequest(request);  // abandoned, so still allocated
@@ -103,7 +108,7 @@ class LeavingClient : public RecordingCallback {
     bool outlivedBridge = false;
 };
 
-TEST(HalInterface, CallbackLivesAsLongAsAResultIsAtWork) {
+TEST_F(HalInterfaceTest, CallbackLivesAsLongAsAResultIsAtWork) {
     android::sp<LeavingClient> const client = new LeavingClient;
     client->bridge->hal->recordISPRequest(newRequest(7), client);
     HalInterface::ClientCallback& callback = *client->bridge->callback;
@@ -112,14 +117,12 @@ TEST(HalInterface, CallbackLivesAsLongAsAResultIsAtWork) {
     EXPECT_EQ(client->callback.promote(), nullptr);
 }
 
-TEST(HalInterface, ResultKeepsWhatItClaimedAndErasesNothingElse) {
+TEST_F(HalInterfaceTest, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     Bridge bridge;
     android::sp<SlowClient> const slow = new SlowClient;
     android::sp<RecordingCallback> const next = new RecordingCallback;
-    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
-    HookedMapper& mapper = *Graphics::fresh().mapper;
     OfflineRequest* const claimed = newRequest(7);
-    claimed->inputTuningBuffer = graphic;
+    claimed->inputTuningBuffer = mTuning;
     bridge.hal->recordISPRequest(claimed, slow);
     std::thread result([&] { EXPECT_TRUE(bridge.deliver(7)); });
     slow->waitUntilTold();
@@ -135,30 +138,28 @@ TEST(HalInterface, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     // A drained wait gives the number up, not the record; what comes after it is another request.
     bridge.hal->waitForRequestDrained();
     bridge.hal->recordISPRequest(newRequest(7), next);
-    EXPECT_THAT(mapper.calls, ElementsAre());
+    EXPECT_THAT(mMapper.calls, ElementsAre());
     slow->letGo();
     result.join();
-    EXPECT_THAT(mapper.calls, ElementsAre("free"));
+    EXPECT_THAT(mMapper.calls, ElementsAre("free"));
     EXPECT_EQ(slow->calls().size(), 2u);
     EXPECT_TRUE(bridge::isOutstanding(*bridge.hal, 7));
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_EQ(next->calls().size(), 2u);
 }
 
-TEST(HalInterface, EndOfTheCallbackFreesWhatNobodyAnswered) {
-    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
-    HookedMapper& mapper = *Graphics::fresh().mapper;
+TEST_F(HalInterfaceTest, EndOfTheCallbackFreesWhatNobodyAnswered) {
     {
         Bridge bridge;
         OfflineRequest* const request = newRequest(7);
-        request->inputTuningBuffer = graphic;
-        request->outputTuningBuffer = graphic;
+        request->inputTuningBuffer = mTuning;
+        request->outputTuningBuffer = mTuning;
         bridge.hal->recordISPRequest(request, nullptr);
     }
-    EXPECT_THAT(mapper.calls, ElementsAre("free", "free"));
+    EXPECT_THAT(mMapper.calls, ElementsAre("free", "free"));
 }
 
-TEST(HalInterface, StageTextIsTheRecordsWhateverItIs) {
+TEST_F(HalInterfaceTest, StageTextIsTheRecordsWhateverItIs) {
     Bridge bridge;
     char gone[] = "RAW2YUV, then some more text than a stage has";
     bridge.hal->recordISPRequest(newRequest(7, gone), nullptr);
@@ -174,7 +175,7 @@ TEST(HalInterface, StageTextIsTheRecordsWhateverItIs) {
     }
 }
 
-TEST(HalInterface, DrainedWaitEndsWithTheLastResult) {
+TEST_F(HalInterfaceTest, DrainedWaitEndsWithTheLastResult) {
     Bridge bridge;
     bridge.hal->recordISPRequest(newRequest(7), nullptr);
     bridge.hal->recordISPRequest(newRequest(9), nullptr);
@@ -202,7 +203,7 @@ TEST(HalInterface, DrainedWaitEndsWithTheLastResult) {
     EXPECT_EQ(transcript.count("I need wait request number 7 process done"), 3u);
 }
 
-TEST(HalInterface, DeathOfTheModuleDropsTheCallbackAlone) {
+TEST_F(HalInterfaceTest, DeathOfTheModuleDropsTheCallbackAlone) {
     if (quen::kHardened) {
         GTEST_SKIP() << "the hardened build ends the requests";
     }

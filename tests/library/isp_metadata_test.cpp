@@ -44,7 +44,7 @@ class IspMetadataEncodingTest : public testing::Test {
 using IspMetadataEncodingDeathTest = IspMetadataEncodingTest;
 
 TEST_F(IspMetadataEncodingTest, TheHeaderAndARecordByteByByte) {
-    setItems<int32_t>(metadata, 0x800b000e, {6003, -2});
+    setItems<int32_t>(metadata, tags::kTuningMode, {6003, -2});
     Bytes expected{0,    0,    0,    0,    0,    0,    0,    0,   0, 0, 0, 0,  // reserved
                    1,    0,    0,    0,                                        // records
                    20,   0,    0,    0,     // the first one's place
@@ -142,7 +142,8 @@ TEST_F(IspMetadataDecodingTest, EachTypeWhereverTheRecordsBegin) {
     int64_t const large = int64_t{-3} * 1000000000000;
     for (uint32_t const firstRecord : {20u, 24u, 57u, 300u}) {
         Bytes const buffer = ispBuffer(
-                {ispRecord<int32_t>(0x800b000e, 1, {6003}), ispRecord<int64_t>(0x40, 2, {large, 9}),
+                {ispRecord<int32_t>(tags::kTuningMode, 1, {6003}),
+                 ispRecord<int64_t>(0x40, 2, {large, 9}),
                  ispRecord<uint8_t>(0x10, 0, Bytes(40, 0xfe)), ispRecord<float>(0x30, 3, {0.5f}),
                  ispRecord<int32_t>(0x20, 1, {1, -2, 3, 4, 5, 6, 7, 8, 9, 10})},
                 firstRecord);
@@ -153,7 +154,7 @@ TEST_F(IspMetadataDecodingTest, EachTypeWhereverTheRecordsBegin) {
                     ElementsAre("D ISPMeta entry count : 5", "D tag : 0x800B000E", "D tag : 0x40",
                                 "D tag : 0x10", "D tag : 0x30", "D tag : 0x20"));
         EXPECT_EQ(out.count(), 5u);
-        EXPECT_THAT(int32sOf(out, 0x800b000e), ElementsAre(6003));
+        EXPECT_THAT(int32sOf(out, tags::kTuningMode), ElementsAre(6003));
         EXPECT_THAT(itemsOf<int64_t>(out, 0x40, IMetadata::TYPE_MINT64), ElementsAre(large, 9));
         EXPECT_EQ(itemsOf<uint8_t>(out, 0x10, IMetadata::TYPE_MUINT8), Bytes(40, 0xfe));
         EXPECT_THAT(itemsOf<float>(out, 0x30, IMetadata::TYPE_MFLOAT), ElementsAre(0.5f));

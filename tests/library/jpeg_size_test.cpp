@@ -4,6 +4,7 @@
 #include <quenCommon/Hardened.h>
 #include <quenOfflineDevice/jpeg/JpegCopy.h>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
 
@@ -18,7 +19,7 @@ class JpegSizeTest : public testing::Test {
   protected:
     int probe(int size = kSize) { return quen::getJpegSize(mBlob, size); }
 
-    hidl_handle const mBlob = allocateGraphic(kSize, 1, 0x21);
+    hidl_handle const mBlob = allocateGraphic(kSize, 1, kBlob);
     Mapping const mMemory{mBlob->data[0]};
     HookedMapper& mMapper = *Graphics::fresh().mapper;
 };

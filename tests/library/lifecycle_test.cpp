@@ -10,6 +10,7 @@
 #include <quenOfflineDevice/ProcessState.h>
 
 #include "support/DeviceTest.h"
+#include "support/Formats.h"
 #include "support/Transcript.h"
 
 using namespace quentest;
@@ -110,7 +111,7 @@ TEST_F(ReleaseTest, TheDestructorReleasesTheModuleFirstAndTheDeviceLast) {
 }
 
 TEST_F(LifecycleTest, DestroyClosesOnceAndKeepsTheConfiguration) {
-    SessionParams params{{{1, 0x20, 64, 48, false}}, {{2, 0x23, 64, 48, true}}, nullptr};
+    SessionParams params{{{1, kRaw16, 64, 48, false}}, {{2, kYuv, 64, 48, true}}, nullptr};
     device->create(&params);
     quen::gFastDisplayQueue.push(1);
     quen::gPendingJpegRequestNos.push(7);

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "support/DeviceTest.h"
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
 
@@ -10,11 +11,6 @@ using namespace quentest;
 using namespace testing;
 
 namespace {
-
-constexpr int32_t kRaw16 = 0x20;
-constexpr int32_t kBlob = 0x21;
-constexpr int32_t kYuv = 0x23;
-constexpr int32_t kRaw10 = 0x25;
 
 /** A session of the RAW16 input 64x48, a RAW10 one and the YUV outputs 64x48 and 32x24. */
 class ReconfigureTest : public DeviceTest {

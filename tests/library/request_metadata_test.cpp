@@ -10,7 +10,7 @@ using NSCam::IMetadata;
 
 namespace {
 
-constexpr uint32_t kTuningBlobs[] = {0x800b0016, 0x800b0017};
+constexpr uint32_t kTuningBlobs[] = {tags::kRawTuning, tags::kYuvTuning};
 
 using List = std::vector<int32_t>;
 
@@ -76,7 +76,7 @@ TEST_F(RequestMetadataTest, ARawRequestWithEveryTag) {
     EXPECT_EQ(int32s(tags::kCrop), (List{10, 0, 0, 0}));
 }
 
-TEST_F(RequestMetadataTest, ARawRequestWithoutAnyFact) {
+TEST_F(RequestMetadataTest, ARawRequestWithoutAnyTag) {
     for (uint32_t const empty : {tags::kSatCrop, tags::kForDepth}) {  // as good as none
         metadata.clear();
         setItems<NSCam::MRect>(metadata, tags::kCrop, {NSCam::MRect({1, 2}, {3, 4})});

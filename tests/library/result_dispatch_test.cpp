@@ -5,6 +5,7 @@
 
 #include <quenOfflineDevice/jpeg/JpegHandover.h>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
 #include "support/PlaneLayouts.h"
@@ -15,11 +16,6 @@ namespace {
 
 using namespace quentest;
 using testing::ElementsAre;
-
-constexpr uint32_t kBufferIndex = 0xc00c0018;
-constexpr uint32_t kCurrentMode = 0xc0030014;
-constexpr uint32_t kTuningData = 0x800b0017;
-constexpr uint32_t kTuningBytes = 0x1fa400;
 
 class ResultDispatchTest : public testing::Test {
   protected:
@@ -92,7 +88,7 @@ TEST_F(ResultDispatchTest, UnknownAndEarlyResultsChangeNothing) {
 
 TEST_F(ResultDispatchTest, ClientIsToldTheMetadataThenTheEnd) {
     OfflineRequest* const request = newRequest(7);
-    setItems<int64_t>(*request->metadata, kCurrentMode, {-5});
+    setItems<int64_t>(*request->metadata, tags::kCurrentMode, {-5});
     mBridge.hal->recordISPRequest(request, mClient);
     mBridge.hal->recordISPRequest(newRequest(8), mClient);
     quen::gJpegResultStatus = 99;
@@ -139,8 +135,6 @@ TEST_F(ResultDispatchTest, LostClientIsIgnored) {
 }
 
 TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
-    constexpr uint32_t kTuningMode = 0x800b000e;
-    constexpr uint32_t kNeedMsnr = 0x800b000b;
     constexpr int kNone = -1000;
     struct Case {
         int inResult, inRequest, told;
@@ -152,40 +146,41 @@ TEST_F(ResultDispatchTest, RequestsEntriesWinTheMergeButForTheBufferIndex) {
                           {0, 3, 0},
                           {kNone, kNone, kNone}}) {
         OfflineRequest* const request = newRequest(7);
-        setItems<int32_t>(*request->metadata, kTuningMode, {6003});
-        std::vector<IspRecordBytes> records = {ispRecord<int32_t>(kTuningMode, 1, {1}),
-                                               ispRecord<int32_t>(kNeedMsnr, 1, {1}),
-                                               ispRecord<int64_t>(kCurrentMode, 2, {1LL << 40})};
+        setItems<int32_t>(*request->metadata, tags::kTuningMode, {6003});
+        std::vector<IspRecordBytes> records = {
+                ispRecord<int32_t>(tags::kTuningMode, 1, {1}),
+                ispRecord<int32_t>(tags::kNeedMsnr, 1, {1}),
+                ispRecord<int64_t>(tags::kCurrentMode, 2, {1LL << 40})};
         std::string lines = R"(
                 D tag : 0x800B000E
                 D tag : 0x800B000B
                 D tag : 0xC0030014)";
         if (c.inRequest != kNone) {
-            setItems<int32_t>(*request->metadata, kBufferIndex, {c.inRequest, 9});
+            setItems<int32_t>(*request->metadata, tags::kBufferIndex, {c.inRequest, 9});
         }
         if (c.inResult != kNone) {
-            records.push_back(ispRecord<int32_t>(kBufferIndex, 1, {c.inResult, 8}));
+            records.push_back(ispRecord<int32_t>(tags::kBufferIndex, 1, {c.inResult, 8}));
             lines += "\nD tag : 0xC00C0018";
         }
         exchange(request, ispBuffer(records),
                  "D ISPMeta entry count : " + std::to_string(records.size()) + lines +
                          "\nI resultMetadata currentMode 1099511627776");
-        EXPECT_EQ(told(kTuningMode)->data.i32[0], 6003);
-        EXPECT_EQ(told(kNeedMsnr)->data.i32[0], 1);
-        EXPECT_EQ(told(kBufferIndex) ? mEntry.data.i32[0] : kNone, c.told);
+        EXPECT_EQ(told(tags::kTuningMode)->data.i32[0], 6003);
+        EXPECT_EQ(told(tags::kNeedMsnr)->data.i32[0], 1);
+        EXPECT_EQ(told(tags::kBufferIndex) ? mEntry.data.i32[0] : kNone, c.told);
         // Only the first item changes.
         EXPECT_TRUE(c.inRequest == kNone || (mEntry.count == 2 && mEntry.data.i32[1] == 9));
-        EXPECT_EQ(told(kTuningData), nullptr);  // not a raw stage
+        EXPECT_EQ(told(tags::kYuvTuning), nullptr);  // not a raw stage
     }
 }
 
 TEST_F(ResultDispatchTest, TuningDataOfARawStageComesWithTheMetadata) {
-    hidl_handle const graphic = allocateGraphic(kTuningBytes, 1, 0x21);
+    hidl_handle const graphic = allocateGraphic(kTuningBytes, 1, kBlob);
     Mapping const memory(graphic->data[0]);
     Fence const fence;
     // A buffer has no more bytes than its size, whatever its header says.
     for (auto const& [usedBytes, toldBytes] :
-         {std::pair(41, 41), {0, 0}, {-1, 0}, {0x1fa401, 0x1fa400}}) {
+         {std::pair(41, 41), {0, 0}, {-1, 0}, {kTuningBytes + 1, kTuningBytes}}) {
         writeTuning(memory, usedBytes);
         mMapper.calls.clear();
         fenceUnlocks(mMapper, fence);
@@ -199,7 +194,7 @@ TEST_F(ResultDispatchTest, TuningDataOfARawStageComesWithTheMetadata) {
                 E get currentMode failed from resultMetadata
                 I requestNo 11, frameNumber 22, totalUsedBytes )" +
                          std::to_string(usedBytes));
-        ASSERT_NE(told(kTuningData), nullptr);
+        ASSERT_NE(told(tags::kYuvTuning), nullptr);
         EXPECT_EQ(std::vector<uint8_t>(mEntry.data.u8, mEntry.data.u8 + mEntry.count),
                   memory.bytes(static_cast<size_t>(toldBytes)));
         // The last two frees are of the request's own buffers.
@@ -233,14 +228,14 @@ TEST_F(ResultDispatchTest, ExternalTuningDataStaysWhereItIs) {
                          steady(line) + "\nD inputTuningData FD FD, " + fd +
                          "\nD outputTuningData FD FD, " + fd);
         EXPECT_THAT(mLines, testing::Contains(line));
-        EXPECT_EQ(told(kTuningData), nullptr);
+        EXPECT_EQ(told(tags::kYuvTuning), nullptr);
         EXPECT_THAT(mMapper.calls, ElementsAre());
         EXPECT_EQ(openDescriptors(), descriptors);  // only the clones' slots are closed
     }
 }
 
 TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {
-    hidl_handle const graphic = allocateGraphic(16, 1, 0x21);
+    hidl_handle const graphic = allocateGraphic(16, 1, kBlob);
     for (auto const& [status, stored] : {std::pair(7u, 7), {0u, 0}, {6u, 0}}) {
         quen::gJpegResultStatus = 99;
         mMapper.calls.clear();

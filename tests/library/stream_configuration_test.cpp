@@ -1,6 +1,7 @@
 #include <quenOfflineDevice/session/IspStreams.h>
 
 #include "support/DeviceTest.h"
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/MetadataBuilder.h"
 
@@ -8,13 +9,6 @@ using namespace quentest;
 using namespace testing;
 
 namespace {
-
-constexpr int32_t kNv21 = 0x11;
-constexpr int32_t kRaw16 = 0x20;
-constexpr int32_t kBlob = 0x21;
-constexpr int32_t kPrivate = 0x22;
-constexpr int32_t kYuv = 0x23;
-constexpr int32_t kRaw10 = 0x25;
 constexpr uint32_t kJfif = 0x08c20000;  // a data space
 
 using Streams = std::vector<StreamConfig>;
@@ -126,8 +120,8 @@ TEST_F(StreamConfigurationTest, CreateTellsTheWholeSession) {
     EXPECT_EQ(told().outputStreams[0].id, 0xfffffffffffffffeu);
     EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(tags::kCameraId, 1, {3}),
                                          ispRecord<int32_t>(tags::kUiMode, 1, {2}),
-                                         ispRecord<int32_t>(0x800b001b, 1, {14}),
-                                         ispRecord<int32_t>(0xc0000005, 1, {3})}));
+                                         ispRecord<int32_t>(tags::kRawBitDepth, 1, {14}),
+                                         ispRecord<int32_t>(tags::kIspCameraId, 1, {3})}));
     EXPECT_TRUE(peer.isNeedRaw14bit());
 }
 
@@ -142,7 +136,7 @@ TEST_F(StreamConfigurationTest, StageAndSettingsFollowOutputFlagAndCamera) {
     peer.isNeedRaw14bit() = true;
     configure({}, {{1, kYuv, 64, 48, true}, {2, kBlob, 64, 1, true}});
     EXPECT_EQ(peer.stage(), "RAW2YUV");
-    EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(0x800b001b, 1, {14})}));
+    EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(tags::kRawBitDepth, 1, {14})}));
 
     if (quen::kHardened) {
         return;  // refuses to configure without a module
@@ -155,7 +149,7 @@ TEST_F(StreamConfigurationTest, StageAndSettingsFollowOutputFlagAndCamera) {
 }
 
 /** Width, height, format, strides, size, data space, layout and usage. */
-std::vector<uint64_t> factsOf(isphal::ISPStream const& s) {
+std::vector<uint64_t> fieldsOf(isphal::ISPStream const& s) {
     uint64_t const format = static_cast<uint64_t>(s.format);
     return {s.width,     s.height, format,      s.stride[0],    s.stride[1],
             s.stride[2], s.size,   s.dataSpace, s.bufferLayout, s.usage};
@@ -166,7 +160,7 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
         int32_t format;
         uint32_t width, height;
         int32_t outputFormat;  // none: the stream is an output itself
-        std::vector<uint64_t> facts;
+        std::vector<uint64_t> fields;
     } const cases[] = {
             {kRaw10, 4001, 3, kBlob, {4001, 3, kRaw10, 5001, 0, 0, 15003, 0, 0, 0}},
             {kRaw16, 4000, 300, kBlob, {4000, 300, kRaw16, 8000, 0, 0, 2400000, 0, 0, 0}},
@@ -196,7 +190,7 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
                               {4, kYuv, 7000, 4, true}};
         configure(input ? Streams{stream} : Streams{}, input ? outputs : Streams{stream});
         isphal::ISPStream const& s = input ? told().inputStreams[0] : told().outputStreams[0];
-        EXPECT_THAT(factsOf(s), ElementsAreArray(c.facts));
+        EXPECT_THAT(fieldsOf(s), ElementsAreArray(c.fields));
         EXPECT_THAT(s.stride, SizeIs(3));
         EXPECT_EQ(s.id, 0xfffffffffffffffbu);
         EXPECT_EQ(s.tail, 0u);

@@ -5,9 +5,10 @@
 #include <iterator>
 
 #include "host/isp/device/SoftwareIspModule.h"
+#include "support/ClientSession.h"
+#include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"
-#include "support/Road.h"
 
 namespace {
 
@@ -27,33 +28,33 @@ long mappings() {
 }
 
 TEST(Endurance, ThousandsOfRequestsLeaveNothingBehind) {
-    hidl_handle const raw = allocateGraphic(kWidth, kHeight, 0x25);
-    hidl_handle const developed = allocateGraphic(kWidth, kHeight, 0x23);
+    hidl_handle const raw = allocateGraphic(kWidth, kHeight, kRaw10);
+    hidl_handle const developed = allocateGraphic(kWidth, kHeight, kYuv);
     MemoryBuffer const packed(kWidth * kHeight * 3 / 2);
     MemoryBuffer const encoded(16384);
-    ImageBuffer const rawInput = imageOf(1, 0x25, kWidth, kHeight, raw);
-    ImageBuffer const yuvOutput = imageOf(2, 0x23, kWidth, kHeight, developed);
-    ImageBuffer const yuvInput = packed.image(3, 0x23, kWidth, kHeight);
-    ImageBuffer const jpegOutput = encoded.image(4, 0x21, kWidth, kHeight);
+    ImageBuffer const rawInput = imageOf(1, kRaw10, kWidth, kHeight, raw);
+    ImageBuffer const yuvOutput = imageOf(2, kYuv, kWidth, kHeight, developed);
+    ImageBuffer const yuvInput = packed.image(3, kYuv, kWidth, kHeight);
+    ImageBuffer const jpegOutput = encoded.image(4, kBlob, kWidth, kHeight);
 
     ASSERT_EQ(quen::host::isp::registerSoftwareIsp(), 0);
     setJpegTimeout("1");
-    Road road;
-    road.create(rawInput, {yuvOutput});
+    ClientSession session;
+    session.create(rawInput, {yuvOutput});
     auto const run = [&](int first, int count) {
         for (int i = first; i < first + count && !testing::Test::HasFailure(); i += 2) {
             // Every other pair has its tuning data in 3A buffers, the rest in graphic buffers.
             MetadataBuilder settings;
             if (i % 4 == 0) {
-                settings.i32(0xc00c0018, 1);
+                settings.i32(tags::kBufferIndex, 1);
             }
             android::sp<RecordingCallback> const client = new RecordingCallback;
-            EXPECT_EQ(road.process(i, rawInput, {yuvOutput}, settings.get(), client), 0);
+            EXPECT_EQ(session.process(i, rawInput, {yuvOutput}, settings.get(), client), 0);
             EXPECT_TRUE(client->waitFor(2));
-            road.waitUntilDrained();
+            session.waitUntilDrained();
             EXPECT_EQ(client->calls().back().status, 0u);
-            EXPECT_GT(road.process(i + 1, yuvInput, {jpegOutput}, settings.get(), nullptr), 0);
-            road.waitUntilDrained();
+            EXPECT_GT(session.process(i + 1, yuvInput, {jpegOutput}, settings.get(), nullptr), 0);
+            session.waitUntilDrained();
             Graphics::fresh();  // forgets the calls that it remembers
         }
     };
@@ -63,7 +64,7 @@ TEST(Endurance, ThousandsOfRequestsLeaveNothingBehind) {
     run(kWarmUp, kRequests);
     EXPECT_EQ(openDescriptors(), descriptors);
     EXPECT_LE(mappings(), maps + kMappingsOfOthers);
-    road.device.destroy();
+    session.device.destroy();
 }
 
 }  // namespace

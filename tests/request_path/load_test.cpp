@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "host/log/LogControl.h"
+#include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 #include "support/ProcessTest.h"
 
@@ -127,50 +128,50 @@ class LoadTest : public testing::Test {
         quen::host::setLogLevel(quen::host::LogLevel::Silent);
         EXPECT_EQ(mModule->registerAsService("internal/0"), 0);
     }
-    int process(Road& road, int32_t number, Road::Client const& client) {
-        return road.process(number, mNv21, {mYuv}, mSettings.get(), client);
+    int process(ClientSession& session, int32_t number, ClientSession::Client const& client) {
+        return session.process(number, mNv21, {mYuv}, mSettings.get(), client);
     }
 
     android::sp<BusyModule> const mModule = new BusyModule;
     android::sp<CountingClient> const mClient = new CountingClient;
     MemoryBuffer const mMemory{64 * 48 * 3 / 2};
-    ImageBuffer const mNv21 = mMemory.image(1, 0x11, 64, 48);
-    ImageBuffer const mYuv = mMemory.image(2, 0x23, 64, 48);
+    ImageBuffer const mNv21 = mMemory.image(1, kNv21, 64, 48);
+    ImageBuffer const mYuv = mMemory.image(2, kYuv, 64, 48);
     MetadataBuilder mSettings;
 };
 
 TEST_F(LoadTest, OverlappingRequestsAreToldOfOnceEach) {
     constexpr int kRequests = 3000;
-    Road road;
-    road.create(mNv21, {mYuv});
+    ClientSession session;
+    session.create(mNv21, {mYuv});
     for (int number = 0; number < kRequests; ++number) {
-        EXPECT_EQ(process(road, number, mClient), 0);
+        EXPECT_EQ(process(session, number, mClient), 0);
         if (number % 500 == 0) {  // another raw depth: drains what is outstanding
             mSettings = MetadataBuilder();
             mSettings.i32(tags::kUiMode, number % 1000 ? 16 : 0);
         }
     }
-    road.waitUntilDrained();
+    session.waitUntilDrained();
     std::map<uint32_t, int> const ends = mClient->ends();
     EXPECT_EQ(ends.size(), static_cast<size_t>(kRequests));
     for (auto const& [number, count] : ends) {
         EXPECT_EQ(count, 1) << number;
     }
-    road.device.destroy();
+    session.device.destroy();
 }
 
 TEST_F(LoadTest, DevicesMayEndInTheMiddle) {
     for (int round = 0; round < 200; ++round) {
-        Road road;
-        road.create(mNv21, {mYuv});
+        ClientSession session;
+        session.create(mNv21, {mYuv});
         for (int number = 0; number < 5; ++number) {
-            EXPECT_EQ(process(road, number, mClient), 0);
+            EXPECT_EQ(process(session, number, mClient), 0);
         }
         if (round % 20 == 0) {
             setJpegTimeout("1");
-            process(road, 5, nullptr);  // and directly after a call was released
+            process(session, 5, nullptr);  // and directly after a call was released
         }
-        road.device.destroy();
+        session.device.destroy();
     }
 }
 

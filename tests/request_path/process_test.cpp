@@ -2,6 +2,7 @@
 
 #include <quenOfflineDevice/request/RequestNumbers.h>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/PlaneLayouts.h"
 #include "support/ProcessTest.h"
@@ -35,7 +36,7 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
     std::iota(mYuvMemory.data(), mYuvMemory.data() + mYuvMemory.size(), uint8_t{0});
     memset(mJpegMemory.data(), 0xEE, kJpegBytes);
     std::vector<uint8_t> expected(kJpegBytes, 0xEE);
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     // The first result ends the wait, whatever its status.
     for (auto const& [status, size] :
          {std::pair(isphal::Status::RESULT_ERROR, 0), {isphal::Status::OK, 777}}) {
@@ -73,7 +74,7 @@ struct MutexWatch : Transcript {
 };
 
 TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     answerAtOnce();
     EXPECT_EQ(develop(1, mClient), 0);
     MutexWatch watch;
@@ -85,13 +86,13 @@ TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) 
 }
 
 TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     answerAtOnce();
     BorrowedHandle const nothing({-1});
     ImageBuffer inaccessible = mJpeg;
     inaccessible.buffer = nothing.get();
     Transcript unmapped;
-    EXPECT_EQ(mRoad.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), -1);
+    EXPECT_EQ(mSession.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), -1);
     EXPECT_TRUE(unmapped.has("I get JPEG size is 777 from output buffer X"));
     EXPECT_TRUE(unmapped.has("E Invalid output buffer"));
 
@@ -114,7 +115,7 @@ TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
     // Without a device buffer there is no size at all.
     auto& allocator = *mGraphics.allocator;
     allocator.onAllocate = [&](auto const& wanted, auto const& cb) -> Return<void> {
-        bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == 0x21;
+        bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == kBlob;
         return isJpeg ? giving(Error::NO_RESOURCES, 0u, hidl_vec<hidl_handle>())(wanted, cb)
                       : allocator.real->allocate(wanted, 1, cb);
     };
@@ -145,7 +146,7 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         int result;
     };
     // The result comes during the submission, so its signal is lost and the wait runs to its end.
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     int32_t number = 0;
     Fence const fence;
     fenceUnlocks(*mGraphics.mapper, fence);
@@ -164,7 +165,7 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         quen::gJpegResultStatus = c.staleStatus;
         memset(mJpegMemory.data(), 0xEE, kJpegBytes);
         isp().onProcess = [&](isphal::ISPRequest const& request) -> Answer {
-            EXPECT_TRUE(mRoad.isOutstanding(request.requestNumber));
+            EXPECT_TRUE(mSession.isOutstanding(request.requestNumber));
             writeJpeg(request, c.jpegBytes);
             if (c.isp == Isp::Answers) {
                 isp().answer(request.requestNumber, static_cast<isphal::Status>(c.status));
@@ -184,12 +185,12 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
         EXPECT_EQ(transcript.has("E Invalid output buffer"), c.result == -1);
         EXPECT_EQ(transcript.has("E ISPDevice process failed result"), refused);
         EXPECT_EQ(transcript.has("I wait JPEG process"), !refused);
-        EXPECT_EQ(mRoad.isOutstanding(static_cast<uint32_t>(number)), c.isp != Isp::Answers);
+        EXPECT_EQ(mSession.isOutstanding(static_cast<uint32_t>(number)), c.isp != Isp::Answers);
         EXPECT_EQ(mJpegMemory.data()[0], c.result > 0 ? 1 : 0xEE);
         // Both device buffers are freed at the end, whatever happened.
         Lines const& calls = mGraphics.mapper->calls;
         EXPECT_THAT(Lines(calls.end() - 2, calls.end()), ElementsAre("free", "free"));
-        mRoad.answerOutstanding();
+        mSession.answerOutstanding();
         isp().requests.clear();
         EXPECT_EQ(openDescriptors(), descriptors);
         EXPECT_EQ(clientMappings(), mappings);
@@ -197,7 +198,7 @@ TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
 }
 
 TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     answerAtOnce();
     struct Case {
         char stage;  // R or J
@@ -223,7 +224,7 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
                           {'R', 14, 1, 14, 1, 0}}) {
         mSettings = MetadataBuilder();
         if (c.tag != -1) {
-            mSettings.i32(0xc00300a4, c.tag);
+            mSettings.i32(tags::kFastDisplay, c.tag);
         }
         Transcript transcript;
         EXPECT_EQ(c.stage == 'R' ? develop(c.frame, mClient) : encode(c.frame, mClient), 0);
@@ -237,7 +238,7 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
         EXPECT_EQ(quen::gPendingJpegRequestNos.size(), c.pending) << line;
         EXPECT_TRUE(c.markers == 0 || quen::gFastDisplayQueue.front() == 1);
     }
-    mRoad.device.destroy();  // forgets what is queued
+    mSession.device.destroy();  // forgets what is queued
     EXPECT_TRUE(quen::gFastDisplayQueue.empty());
     EXPECT_TRUE(quen::gPendingJpegRequestNos.empty());
 }

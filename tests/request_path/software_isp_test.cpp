@@ -9,9 +9,10 @@
 #include <quenGralloc/MapperHelper.h>
 
 #include "host/isp/device/SoftwareIspModule.h"
+#include "support/ClientSession.h"
+#include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"
-#include "support/Road.h"
 
 namespace {
 
@@ -20,10 +21,6 @@ namespace isp = quen::host::isp;
 
 constexpr int kWidth = 64;
 constexpr int kHeight = 48;
-constexpr int kRaw16 = 0x20;
-constexpr int kYuv = 0x23;
-constexpr int kRaw10 = 0x25;
-constexpr uint32_t kBufferIndex = 0xc00c0018;
 
 // Linear light that displays as middle grey.
 constexpr double kMiddleGrey = 0.2140;
@@ -34,7 +31,7 @@ class SoftwareIspTest : public testing::Test {
         Graphics::fresh();
         EXPECT_EQ(isp::registerSoftwareIsp({}), 0);
     }
-    ~SoftwareIspTest() override { mRoad.device.destroy(); }
+    ~SoftwareIspTest() override { mSession.device.destroy(); }
 
     /** Fills a RAW buffer with one sample for each Bayer position of two rows. */
     static void fillRaw(hidl_handle const& handle, int format, std::array<int, 4> const& samples) {
@@ -86,17 +83,17 @@ class SoftwareIspTest : public testing::Test {
         android::sp<RecordingCallback> const client = new RecordingCallback;
         ImageBuffer const input = imageOf(1, format, kWidth, kHeight, raw);
         ImageBuffer const output = imageOf(2, kYuv, width, height, yuv);
-        if (!mRoad.peer.isConnected()) {
-            mRoad.create(input, {output}, settings.get());
+        if (!mSession.peer.isConnected()) {
+            mSession.create(input, {output}, settings.get());
         }
-        EXPECT_EQ(mRoad.process(++mFrame, input, {output}, settings.get(), client), 0);
+        EXPECT_EQ(mSession.process(++mFrame, input, {output}, settings.get(), client), 0);
         EXPECT_TRUE(client->waitFor(2));
-        mRoad.waitUntilDrained();
+        mSession.waitUntilDrained();
         EXPECT_EQ(client->calls().back().status, 0u);
         expectMiddleGrey(yuv, width, height);
     }
 
-    Road mRoad;
+    ClientSession mSession;
     int32_t mFrame = 32;
 };
 
@@ -112,7 +109,7 @@ TEST_F(SoftwareIspTest, UiModeDecidesTheDepthOfRaw16) {
         int const sample = static_cast<int>(std::lround(kMiddleGrey * ((1 << c.bits) - 1)));
         fillRaw(raw, c.format, {sample, sample, sample, sample});
         MetadataBuilder settings;
-        settings.i32(0xc0080001, c.uiMode);
+        settings.i32(tags::kUiMode, c.uiMode);
         develop(raw, c.format, kWidth / c.scale, kHeight / c.scale, settings);
     }
 }
@@ -135,11 +132,11 @@ TEST_F(SoftwareIspTest, CalibrationReachesTheIspAndComesBack) {
                                      isp::kCalibrationBufferBytes),
               0u);
     MetadataBuilder settings;
-    settings.i32(kBufferIndex, captured.bufferIndex);
+    settings.i32(tags::kBufferIndex, captured.bufferIndex);
     develop(raw, kRaw10, kWidth, kHeight, settings);
 
     // The client finds what the ISP used by the index that stands in its settings now.
-    int const index = int32In(settings.get(), kBufferIndex);
+    int const index = int32In(settings.get(), tags::kBufferIndex);
     EXPECT_NE(index, captured.bufferIndex);
     int fd = -1;
     ASSERT_EQ(Quen3AInfoManager::GetTuningData(&fd, static_cast<unsigned int>(index)), 0);
@@ -159,11 +156,11 @@ TEST_F(SoftwareIspTest, YuvBecomesAJpegInTheClientsBuffer) {
     memset(yuv.data() + kPixels, 128, kPixels / 2);
     MemoryBuffer const jpeg(65536);
     ImageBuffer const input = yuv.image(1, kYuv, kWidth, kHeight);
-    ImageBuffer const output = jpeg.image(2, 0x21, kWidth, kHeight);
+    ImageBuffer const output = jpeg.image(2, kBlob, kWidth, kHeight);
     MetadataBuilder settings;
-    mRoad.create(input, {output}, settings.get());
-    int const size = mRoad.process(5, input, {output}, settings.get(), nullptr);
-    mRoad.waitUntilDrained();
+    mSession.create(input, {output}, settings.get());
+    int const size = mSession.process(5, input, {output}, settings.get(), nullptr);
+    mSession.waitUntilDrained();
     ASSERT_GT(size, 0);
 
     tjhandle const decoder = tjInitDecompress();

@@ -3,6 +3,7 @@
 
 #include <quenOfflineDevice/metadata/IspMetadata.h>
 
+#include "support/Formats.h"
 #include "support/Lines.h"
 #include "support/ProcessTest.h"
 #include "support/Requests.h"
@@ -12,9 +13,9 @@ namespace {
 using namespace quentest;
 
 /**
- * Every line that the library writes on a request's road, scene by scene, against the texts in
- * road/transcripts, or, where the hardened build writes others, in its hardened folder. "== "
- * begins a step, "-- " the lines of other threads than the client's.
+ * Every line that the library writes for a request, scene by scene, against the texts in
+ * request_path/transcripts, or, where the hardened build writes others, in its hardened folder.
+ * "== " begins a step, "-- " the lines of other threads than the client's.
  */
 class TranscriptsTest : public ProcessTest {
   protected:
@@ -56,8 +57,8 @@ TEST_F(TranscriptsTest, FirstRawRequestWithACallback) {
     memcpy(debug.data(), header, sizeof(header));
     mThreeA->tuningFd = captured.fd();
     mThreeA->next = {debug.fd(), kTuningBytes, 7};
-    mSettings.i64(tags::kCurrentMode, 2).i32(0xc00300a2, 12).i32(0xc00c0018, 4);
-    note("create", [&](auto&) { mRoad.create(mRaw, {mYuv}); });
+    mSettings.i64(tags::kCurrentMode, 2).i32(tags::kRequestNo, 12).i32(tags::kBufferIndex, 4);
+    note("create", [&](auto&) { mSession.create(mRaw, {mYuv}); });
     note("process 100", [&](auto&) { EXPECT_EQ(develop(100, mClient), 0); });
     isphal::ISPRequest const& request = isp().requests.at(0);
     ASSERT_EQ(request.inputBuffers.size() * request.outputBuffers.size(), 1u);
@@ -67,24 +68,24 @@ TEST_F(TranscriptsTest, FirstRawRequestWithACallback) {
     EXPECT_EQ(request.inputBuffers[0].reservedSize + request.outputBuffers[0].reservedSize, 0u);
     NSCam::IMetadata told;
     quen::convertToIMetadata(request.settings.data(), told);
-    EXPECT_THAT(int32sOf(told, 0xc00c0018), testing::ElementsAre(7));
+    EXPECT_THAT(int32sOf(told, tags::kBufferIndex), testing::ElementsAre(7));
     note("result 100", [&](auto&) {
         isp().answer(100, isphal::Status::OK,
                      ispBuffer({ispRecord<int64_t>(tags::kCurrentMode, 2, {9})}));
     });
-    note("destroy", [&](auto&) { mRoad.device.destroy(); });
+    note("destroy", [&](auto&) { mSession.device.destroy(); });
     expectScene("raw_request");
 }
 
 TEST_F(TranscriptsTest, RawRequestWithoutSettings) {
-    mRoad.create(mRaw, {mYuv});
-    note("process 1", [&](auto&) { mRoad.process(1, mRaw, {mYuv}, nullptr, mClient); });
+    mSession.create(mRaw, {mYuv});
+    note("process 1", [&](auto&) { mSession.process(1, mRaw, {mYuv}, nullptr, mClient); });
     note("result 1", [&](auto&) { isp().answer(1); });
     expectScene("request_without_settings");
 }
 
 TEST_F(TranscriptsTest, SecondRequestReconfigures) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     develop(1, mClient);
     isp().answer(1);
     mSettings.i32(tags::kUiMode, 16);
@@ -95,8 +96,8 @@ TEST_F(TranscriptsTest, SecondRequestReconfigures) {
 
 TEST_F(TranscriptsTest, SynchronousJpeg) {
     mThreeA->tuningFd = 0;  // the least descriptor that is taken
-    mSettings.i32(tags::kCameraId, 1).i32(0xc00c0018, 4);
-    mRoad.create(mYuv, {mJpeg});
+    mSettings.i32(tags::kCameraId, 1).i32(tags::kBufferIndex, 4);
+    mSession.create(mYuv, {mJpeg});
     std::thread answerer;
     note("process 100", [&](Transcript const& transcript) {
         isp().onProcess = [&](isphal::ISPRequest const& request) {
@@ -111,7 +112,7 @@ TEST_F(TranscriptsTest, SynchronousJpeg) {
 }
 
 TEST_F(TranscriptsTest, SynchronousTimeOut) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     setJpegTimeout("0");
     quen::gJpegResultStatus = 3;
     note("process 1", [&](auto&) { EXPECT_EQ(encode(1), quen::kHardened ? -110 : 0); });
@@ -120,12 +121,12 @@ TEST_F(TranscriptsTest, SynchronousTimeOut) {
 }
 
 TEST_F(TranscriptsTest, SynchronousRequestsOfTwoOutputs) {
-    ImageBuffer const small = mYuvMemory.image(4, 0x23, 16, 12);
-    mRoad.create(mYuv, {mJpeg, small});
+    ImageBuffer const small = mYuvMemory.image(4, kYuv, 16, 12);
+    mSession.create(mYuv, {mJpeg, small});
     answerAtOnce();
     auto const process = [&](int number, ImageBuffer const& input,
                              std::vector<ImageBuffer> const& outputs) {
-        return mRoad.process(number, input, outputs, mSettings.get(), nullptr);
+        return mSession.process(number, input, outputs, mSettings.get(), nullptr);
     };
     note("process 1, the JPEG second", [&](auto&) {
         EXPECT_EQ(process(1, mYuv, {small, mJpeg}), 777);
@@ -144,7 +145,7 @@ TEST_F(TranscriptsTest, SynchronousRequestsOfTwoOutputs) {
 
 TEST_F(TranscriptsTest, FastDisplaySequence) {
     answerAtOnce();
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     mSettings.i32(tags::kFastDisplay, 1);
     note("process 1, for display", [&](auto&) { EXPECT_EQ(develop(1, mClient), 0); });
     mSettings.i32(tags::kFastDisplay, 0);
@@ -154,10 +155,10 @@ TEST_F(TranscriptsTest, FastDisplaySequence) {
 }
 
 TEST_F(TranscriptsTest, DrainedWaitThatGivesUp) {
-    mRoad.create(mRaw, {mYuv});
+    mSession.create(mRaw, {mYuv});
     develop(1, mClient);
     // A result takes request 1 over and is at work on it for longer than the drained wait lasts.
-    auto const claimed = bridge::table(*mRoad.peer.halInterface()).claim(1);
+    auto const claimed = bridge::table(*mSession.peer.halInterface()).claim(1);
     note("process 2", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
     note("result 1, which nobody waits for", [&](auto&) { isp().answer(1); });
     expectScene("abandoned_request");
@@ -165,14 +166,14 @@ TEST_F(TranscriptsTest, DrainedWaitThatGivesUp) {
 }
 
 TEST_F(TranscriptsTest, RefusedRequests) {
-    mRoad.create(mYuv, {mJpeg});
+    mSession.create(mYuv, {mJpeg});
     isp().onProcess = [](auto const&) -> StandInDevice::StatusReturn {
         return isphal::Status::REQUEST_ERROR;
     };
     note("process 1, nobody told", [&](auto&) { EXPECT_EQ(encode(1), 0); });
     note("process 2, with a callback", [&](auto&) { EXPECT_EQ(encode(2, mClient), 0); });
-    EXPECT_EQ(mRoad.isOutstanding(1) && mRoad.isOutstanding(2), !quen::kHardened);
-    note("process, nothing", [&](auto&) { EXPECT_EQ(mRoad.device.process(nullptr, {}), -22); });
+    EXPECT_EQ(mSession.isOutstanding(1) && mSession.isOutstanding(2), !quen::kHardened);
+    note("process, nothing", [&](auto&) { EXPECT_EQ(mSession.device.process(nullptr, {}), -22); });
     expectScene("refused_requests");
 }
 

@@ -30,13 +30,13 @@ inline StreamConfig streamOf(ImageBuffer const& buffer, bool isOutput) {
 
 /** A device object and what a client does with it, on the ISP that is registered when it is made.
  */
-class Road {
+class ClientSession {
   public:
     using Client =
             android::sp<vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback>;
 
     /** What clients leave unsaid in their metadata is an error line a request: tests are quiet. */
-    Road() { quen::host::setLogLevel(quen::host::LogLevel::Silent); }
+    ClientSession() { quen::host::setLogLevel(quen::host::LogLevel::Silent); }
 
     void create(ImageBuffer const& input, std::vector<ImageBuffer> const& outputs,
                 camera_metadata const* metadata = nullptr) {
@@ -74,11 +74,11 @@ class Road {
     DeviceInternals peer{device};
 };
 
-/** A road to a stand-in ISP; every request is answered before it ends. */
-class StandInRoad : public Road {
+/** A client of a stand-in ISP; every request is answered before it ends. */
+class StandInSession : public ClientSession {
   public:
-    StandInRoad() { EXPECT_EQ(mModule->registerAsService("internal/0"), 0); }
-    ~StandInRoad() {
+    StandInSession() { EXPECT_EQ(mModule->registerAsService("internal/0"), 0); }
+    ~StandInSession() {
         if (peer.isConnected()) {
             answerOutstanding();
             device.destroy();

@@ -19,11 +19,13 @@ inline constexpr uint32_t kEngineerMode = 0xc0030022;
 inline constexpr uint32_t kFusion = 0xc0030092;
 inline constexpr uint32_t kCameraId = 0xc0030099;
 inline constexpr uint32_t kDualSlave = 0xc00300a0;
+inline constexpr uint32_t kRequestNo = 0xc00300a2;
 inline constexpr uint32_t kFastDisplay = 0xc00300a4;
 inline constexpr uint32_t kUiMode = 0xc0080001;
 inline constexpr uint32_t kSceneMode = 0xc0090002;
 inline constexpr uint32_t kForDepth = 0xc00c000a;
 inline constexpr uint32_t kSatCrop = 0xc00c0012;
+inline constexpr uint32_t kBufferIndex = 0xc00c0018;
 inline constexpr uint32_t kFeedback = 0xc00e0032;
 
 inline constexpr uint32_t kFeatureHint = 0x00010038;
@@ -31,7 +33,10 @@ inline constexpr uint32_t kCrop = 0x000d0000;
 inline constexpr uint32_t kNeedMsnr = 0x800b000b;
 inline constexpr uint32_t kRawInputStage = 0x800b000c;
 inline constexpr uint32_t kTuningMode = 0x800b000e;
+inline constexpr uint32_t kRawTuning = 0x800b0016;  // bytes
+inline constexpr uint32_t kYuvTuning = 0x800b0017;  // bytes
 inline constexpr uint32_t kRawBitDepth = 0x800b001b;
+inline constexpr uint32_t kIspCameraId = 0xc0000005;
 
 }  // namespace tags
 

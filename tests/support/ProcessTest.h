@@ -11,20 +11,20 @@
 
 #include <quenOfflineDevice/jpeg/JpegHandover.h>
 
+#include "support/ClientSession.h"
+#include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 #include "support/RecordingCallback.h"
-#include "support/Road.h"
 #include "support/ScriptedThreeA.h"
 #include "support/Transcript.h"
 
 namespace quentest {
 
-/** A client of small pictures on the road to a stand-in ISP: RAW10 to YUV, YUV to JPEG. */
+/** A client of small pictures and a stand-in ISP: RAW10 to YUV, YUV to JPEG. */
 class ProcessTest : public testing::Test {
   protected:
     static constexpr int kWidth = 64;
     static constexpr int kHeight = 48;
-    static constexpr uint32_t kTuningBytes = 0x1fa400;
     static constexpr uint32_t kJpegBytes = 4096;
     static constexpr int kJpegStream = 3;
 
@@ -33,12 +33,12 @@ class ProcessTest : public testing::Test {
         setJpegTimeout(nullptr);
     }
 
-    StandInDevice& isp() { return mRoad.isp(); }
-    int develop(int32_t frameNumber, Road::Client const& client) {
-        return mRoad.process(frameNumber, mRaw, {mYuv}, mSettings.get(), client);
+    StandInDevice& isp() { return mSession.isp(); }
+    int develop(int32_t frameNumber, ClientSession::Client const& client) {
+        return mSession.process(frameNumber, mRaw, {mYuv}, mSettings.get(), client);
     }
-    int encode(int32_t frameNumber, Road::Client const& client = nullptr) {
-        return mRoad.process(frameNumber, mYuv, {mJpeg}, mSettings.get(), client);
+    int encode(int32_t frameNumber, ClientSession::Client const& client = nullptr) {
+        return mSession.process(frameNumber, mYuv, {mJpeg}, mSettings.get(), client);
     }
     /** Writes what the ISP leaves in a BLOB buffer: JPEG bytes, and their number at its end. */
     static void writeJpeg(isphal::ISPRequest const& request, uint32_t bytes) {
@@ -78,12 +78,12 @@ class ProcessTest : public testing::Test {
     MemoryBuffer const mRawMemory{kWidth * kHeight * 10 / 8};
     MemoryBuffer const mYuvMemory{kWidth * kHeight * 3 / 2};
     MemoryBuffer const mJpegMemory{kJpegBytes};
-    ImageBuffer const mRaw = mRawMemory.image(1, 0x25, kWidth, kHeight);
-    ImageBuffer const mYuv = mYuvMemory.image(2, 0x23, kWidth, kHeight);
-    ImageBuffer const mJpeg = mJpegMemory.image(kJpegStream, 0x21, kWidth / 2, kHeight / 2);
+    ImageBuffer const mRaw = mRawMemory.image(1, kRaw10, kWidth, kHeight);
+    ImageBuffer const mYuv = mYuvMemory.image(2, kYuv, kWidth, kHeight);
+    ImageBuffer const mJpeg = mJpegMemory.image(kJpegStream, kBlob, kWidth / 2, kHeight / 2);
     MetadataBuilder mSettings;
     android::sp<RecordingCallback> const mClient = new RecordingCallback;
-    StandInRoad mRoad;
+    StandInSession mSession;
 };
 
 }  // namespace quentest
