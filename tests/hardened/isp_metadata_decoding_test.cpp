@@ -11,7 +11,7 @@ namespace {
 using namespace quentest;
 using testing::ElementsAre;
 
-TEST(HardenedDecoding, RecordsThatCannotBeReadAreLeftOutWithOneWarningEach) {
+TEST(HardenedDecodingTest, RecordsThatCannotBeReadAreLeftOutWithOneWarningEach) {
     std::vector<uint8_t> bytes = ispBuffer({
             ispRecord<int32_t>(0x1, 1, {7, 8}),
             ispRecord<int32_t>(0x2, 4, {7}),  // unknown type

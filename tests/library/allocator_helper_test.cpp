@@ -21,7 +21,7 @@ void allocate(hidl_handle* handle, uint32_t* stride) {
                                                          PixelFormat::YCRCB_420_SP, handle, stride);
 }
 
-TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
+TEST(AllocatorHelperTest, AsksForOneBufferAndClonesIt) {
     Graphics& graphics = Graphics::fresh();
     MemoryBuffer const memory(16);
     BorrowedHandle const raw({memory.fd()}, {7, 8});
@@ -59,7 +59,7 @@ TEST(AllocatorHelper, AsksForOneBufferAndClonesIt) {
     EXPECT_EQ(info.reservedSize, 0u);
 }
 
-TEST(AllocatorHelper, LeavesTheHandleAloneWithoutABuffer) {
+TEST(AllocatorHelperTest, LeavesTheHandleAloneWithoutABuffer) {
     Graphics& graphics = Graphics::fresh();
     MemoryBuffer const memory(16);
     hidl_handle handle(memory.handle());
@@ -72,7 +72,7 @@ TEST(AllocatorHelper, LeavesTheHandleAloneWithoutABuffer) {
     EXPECT_EQ(transcript.linesOfTag("quenGralloc").back(), "I allocateGraphicBuffer is ok 0");
 }
 
-TEST(AllocatorHelper, ServicesAreThoseOfTheFirstUse) {
+TEST(AllocatorHelperTest, ServicesAreThoseOfTheFirstUse) {
     Graphics& graphics = Graphics::fresh();
     allocateGraphic(16, 16, kNv21);
     quen::host::unregisterService(graphics.allocator);
@@ -89,7 +89,7 @@ TEST(AllocatorHelper, ServicesAreThoseOfTheFirstUse) {
     (void)graphics.allocator->registerAsService();
 }
 
-TEST(UsageConversion, Gralloc0ToGralloc1) {
+TEST(UsageConversionTest, Gralloc0ToGralloc1) {
     struct Case {
         int32_t usage;
         uint64_t producer, consumer;
@@ -111,7 +111,7 @@ TEST(UsageConversion, Gralloc0ToGralloc1) {
     }
 }
 
-TEST(UsageConversion, Gralloc1ToGralloc0) {
+TEST(UsageConversionTest, Gralloc1ToGralloc0) {
     struct Case {
         uint64_t producer, consumer;
         uint32_t usage;

@@ -35,16 +35,16 @@ class IspMetadataEncodingTest : public testing::Test {
   protected:
     Bytes encode() {
         Bytes out{1, 2, 3};  // gone afterwards
-        quen::convertToISPMetadata(&metadata, out);
+        quen::convertToISPMetadata(&mMetadata, out);
         return out;
     }
 
-    IMetadata metadata;
+    IMetadata mMetadata;
 };
 using IspMetadataEncodingDeathTest = IspMetadataEncodingTest;
 
 TEST_F(IspMetadataEncodingTest, TheHeaderAndARecordByteByByte) {
-    setItems<int32_t>(metadata, tags::kTuningMode, {6003, -2});
+    setItems<int32_t>(mMetadata, tags::kTuningMode, {6003, -2});
     Bytes expected{0,    0,    0,    0,    0,    0,    0,    0,   0, 0, 0, 0,  // reserved
                    1,    0,    0,    0,                                        // records
                    20,   0,    0,    0,     // the first one's place
@@ -58,11 +58,11 @@ TEST_F(IspMetadataEncodingTest, TheHeaderAndARecordByteByByte) {
 }
 
 TEST_F(IspMetadataEncodingTest, TypesAreMappedAndTheOrderIsTheMetadatas) {
-    setItems<MRect>(metadata, 0x60, {MRect({1, 2}, {3, 4}), MRect({-5, 6}, {7, 8})});
-    setItems<int64_t>(metadata, 0x40, {-1, int64_t{1} << 40, 2, 3, 4});
-    setItems<float>(metadata, 0x30, {1.5f, -0.25f});
-    setItems<int32_t>(metadata, 0x20, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-    setItems<uint8_t>(metadata, 0x10, Bytes(40, 0xab));
+    setItems<MRect>(mMetadata, 0x60, {MRect({1, 2}, {3, 4}), MRect({-5, 6}, {7, 8})});
+    setItems<int64_t>(mMetadata, 0x40, {-1, int64_t{1} << 40, 2, 3, 4});
+    setItems<float>(mMetadata, 0x30, {1.5f, -0.25f});
+    setItems<int32_t>(mMetadata, 0x20, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+    setItems<uint8_t>(mMetadata, 0x10, Bytes(40, 0xab));
     Transcript log;
     EXPECT_EQ(encode(), ispBuffer({ispRecord<uint8_t>(0x10, 0, Bytes(40, 0xab)),
                                    ispRecord<int32_t>(0x20, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}),
@@ -75,19 +75,19 @@ TEST_F(IspMetadataEncodingTest, TypesAreMappedAndTheOrderIsTheMetadatas) {
 }
 
 TEST_F(IspMetadataEncodingTest, WhatTheIspCannotTakeIsLeftOut) {
-    setItems<double>(metadata, 0x11, {1.0});
-    setItems<NSCam::MRational>(metadata, 0x12, {{1, 2}});
-    setItems<IMetadata>(metadata, 0x15, {IMetadata()});
-    metadata.update(0x16, IMetadata::IEntry(0x16));  // of no type at all
-    setItems<uint8_t>(metadata, 0x20, Bytes(41));
-    setItems<int32_t>(metadata, 0x21, std::vector<int32_t>(11));
-    setItems<float>(metadata, 0x22, std::vector<float>(11));
-    setItems<int64_t>(metadata, 0x23, std::vector<int64_t>(6));
-    setItems<MRect>(metadata, 0x5A, std::vector<MRect>(3));
-    setItems<int32_t>(metadata, 0x60, {5});
+    setItems<double>(mMetadata, 0x11, {1.0});
+    setItems<NSCam::MRational>(mMetadata, 0x12, {{1, 2}});
+    setItems<IMetadata>(mMetadata, 0x15, {IMetadata()});
+    mMetadata.update(0x16, IMetadata::IEntry(0x16));  // of no type at all
+    setItems<uint8_t>(mMetadata, 0x20, Bytes(41));
+    setItems<int32_t>(mMetadata, 0x21, std::vector<int32_t>(11));
+    setItems<float>(mMetadata, 0x22, std::vector<float>(11));
+    setItems<int64_t>(mMetadata, 0x23, std::vector<int64_t>(6));
+    setItems<MRect>(mMetadata, 0x5A, std::vector<MRect>(3));
+    setItems<int32_t>(mMetadata, 0x60, {5});
     NSCam::IMetadata::IEntry noRectangles(0x61);
     noRectangles.push_back(static_cast<MRect const*>(nullptr), 0, NSCam::Type2Type<MRect>());
-    metadata.update(0x61, noRectangles);
+    mMetadata.update(0x61, noRectangles);
     auto const tooLarge = [](std::string const& tag) {
         return MatchesRegex("W tag\\[0x" + tag +
                             "\\] is not support with err\\[-?[1-9][0-9]*\\], maybe data size is "
@@ -120,22 +120,22 @@ TEST_F(IspMetadataEncodingDeathTest, TheWriterFails) {
 
 class IspMetadataDecodingTest : public testing::Test {
   protected:
-    bool decode(void const* data) { return quen::convertToIMetadata(data, out); }
+    bool decode(void const* data) { return quen::convertToIMetadata(data, mOut); }
 
-    IMetadata out;
+    IMetadata mOut;
 };
 
 TEST_F(IspMetadataDecodingTest, NullIsTheOnlyFailureAndTheLaterOfTwoRecordsStands) {
-    setItems<int32_t>(out, 0x20, {77, 78});
-    setItems<int32_t>(out, 0x30, {79});
+    setItems<int32_t>(mOut, 0x20, {77, 78});
+    setItems<int32_t>(mOut, 0x30, {79});
     EXPECT_FALSE(decode(nullptr));
     EXPECT_TRUE(decode(ispBuffer({}).data()));
     ASSERT_TRUE(decode(
             ispBuffer({ispRecord<int32_t>(0x20, 1, {1, 2, 3}), ispRecord<float>(0x20, 3, {2.5f})})
                     .data()));
-    EXPECT_EQ(out.count(), 2u);
-    EXPECT_THAT(itemsOf<float>(out, 0x20, IMetadata::TYPE_MFLOAT), ElementsAre(2.5f));
-    EXPECT_THAT(int32sOf(out, 0x30), ElementsAre(79));
+    EXPECT_EQ(mOut.count(), 2u);
+    EXPECT_THAT(itemsOf<float>(mOut, 0x20, IMetadata::TYPE_MFLOAT), ElementsAre(2.5f));
+    EXPECT_THAT(int32sOf(mOut, 0x30), ElementsAre(79));
 }
 
 TEST_F(IspMetadataDecodingTest, EachTypeWhereverTheRecordsBegin) {
@@ -147,18 +147,18 @@ TEST_F(IspMetadataDecodingTest, EachTypeWhereverTheRecordsBegin) {
                  ispRecord<uint8_t>(0x10, 0, Bytes(40, 0xfe)), ispRecord<float>(0x30, 3, {0.5f}),
                  ispRecord<int32_t>(0x20, 1, {1, -2, 3, 4, 5, 6, 7, 8, 9, 10})},
                 firstRecord);
-        out.clear();
+        mOut.clear();
         Transcript log;
         ASSERT_TRUE(decode(buffer.data()));
         EXPECT_THAT(log.lines(),
                     ElementsAre("D ISPMeta entry count : 5", "D tag : 0x800B000E", "D tag : 0x40",
                                 "D tag : 0x10", "D tag : 0x30", "D tag : 0x20"));
-        EXPECT_EQ(out.count(), 5u);
-        EXPECT_THAT(int32sOf(out, tags::kTuningMode), ElementsAre(6003));
-        EXPECT_THAT(itemsOf<int64_t>(out, 0x40, IMetadata::TYPE_MINT64), ElementsAre(large, 9));
-        EXPECT_EQ(itemsOf<uint8_t>(out, 0x10, IMetadata::TYPE_MUINT8), Bytes(40, 0xfe));
-        EXPECT_THAT(itemsOf<float>(out, 0x30, IMetadata::TYPE_MFLOAT), ElementsAre(0.5f));
-        EXPECT_THAT(int32sOf(out, 0x20), ElementsAre(1, -2, 3, 4, 5, 6, 7, 8, 9, 10));
+        EXPECT_EQ(mOut.count(), 5u);
+        EXPECT_THAT(int32sOf(mOut, tags::kTuningMode), ElementsAre(6003));
+        EXPECT_THAT(itemsOf<int64_t>(mOut, 0x40, IMetadata::TYPE_MINT64), ElementsAre(large, 9));
+        EXPECT_EQ(itemsOf<uint8_t>(mOut, 0x10, IMetadata::TYPE_MUINT8), Bytes(40, 0xfe));
+        EXPECT_THAT(itemsOf<float>(mOut, 0x30, IMetadata::TYPE_MFLOAT), ElementsAre(0.5f));
+        EXPECT_THAT(int32sOf(mOut, 0x20), ElementsAre(1, -2, 3, 4, 5, 6, 7, 8, 9, 10));
     }
 }
 
@@ -172,17 +172,17 @@ TEST_F(IspMetadataDecodingTest, TheDataSizeAloneEndsTheItems) {
         SCOPED_TRACE(Message() << c.type << " " << c.dataSize);
         IspRecordBytes const record{0x20, c.type, c.dataSize,
                                     packed<int32_t>({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})};
-        out.clear();
+        mOut.clear();
         Bytes buffer = ispBuffer({record, ispRecord<int32_t>(0x21, 1, {5})});
         buffer.resize(400);
         ASSERT_TRUE(decode(buffer.data()));
-        EXPECT_TRUE(hasTag(out, 0x20));
-        EXPECT_EQ(out.entryFor(0x20).count(), c.items);
+        EXPECT_TRUE(hasTag(mOut, 0x20));
+        EXPECT_EQ(mOut.entryFor(0x20).count(), c.items);
         if (c.type == 1) {
             std::vector<int32_t> const all{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0x21};  // the next's tag
-            EXPECT_EQ(int32sOf(out, 0x20), std::vector(all.begin(), all.begin() + c.items));
+            EXPECT_EQ(int32sOf(mOut, 0x20), std::vector(all.begin(), all.begin() + c.items));
         }
-        EXPECT_THAT(int32sOf(out, 0x21), ElementsAre(5));
+        EXPECT_THAT(int32sOf(mOut, 0x21), ElementsAre(5));
     }
 }
 

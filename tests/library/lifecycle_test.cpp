@@ -44,21 +44,21 @@ TEST_F(LifecycleTest, CreateConnectsFirstAndNamesWhatIsMissing) {
         EXPECT_TRUE(DeviceInternals(fresh).isConnected());
         EXPECT_EQ(DeviceInternals(fresh).stage(), "");
     }
-    EXPECT_THAT(isp->configurations, IsEmpty());
+    EXPECT_THAT(mIsp->configurations, IsEmpty());
 }
 
 TEST_F(LifecycleTest, ASecondInitReplacesEverythingAndClosesNothing) {
-    device->create(nullptr);
-    sp<HalInterface> const hal = peer.halInterface();
+    mDevice->create(nullptr);
+    sp<HalInterface> const hal = mPeer.halInterface();
     sp<StandInModule> const other = new StandInModule;
     other->registerAsService("internal/0");
-    device->create(nullptr);
-    EXPECT_NE(peer.halInterface(), hal);
-    device->flush();
-    EXPECT_EQ(isp->flushes, 0);
+    mDevice->create(nullptr);
+    EXPECT_NE(mPeer.halInterface(), hal);
+    mDevice->flush();
+    EXPECT_EQ(mIsp->flushes, 0);
     EXPECT_EQ(other->device->flushes, 1);
-    device = nullptr;
-    EXPECT_EQ(isp->closes + other->device->closes, 0);
+    mDevice = nullptr;
+    EXPECT_EQ(mIsp->closes + other->device->closes, 0);
 }
 
 /** Says when its object dies. */
@@ -76,82 +76,82 @@ class Noting : public T {
 class ReleaseTest : public DeviceTest {
   protected:
     ReleaseTest() {
-        module = new Noting<StandInModule>([this] { note("module"); });
-        isp = nullptr;
-        module->device = new Noting<StandInDevice>([this] { note("device"); });
-        module->registerAsService("internal/0");
-        device->create(nullptr);
-        mHal = peer.halInterface();
+        mModule = new Noting<StandInModule>([this] { note("module"); });
+        mIsp = nullptr;
+        mModule->device = new Noting<StandInDevice>([this] { note("device"); });
+        mModule->registerAsService("internal/0");
+        mDevice->create(nullptr);
+        mHal = mPeer.halInterface();
         forgetModule();
-        module->device = nullptr;
-        module = nullptr;
+        mModule->device = nullptr;
+        mModule = nullptr;
     }
 
-    std::vector<std::string> order;
+    std::vector<std::string> mOrder;
 
   private:
     void note(std::string const& who) {
-        order.push_back(who + (mHal.promote() == nullptr ? " after" : " before") + " hal");
+        mOrder.push_back(who + (mHal.promote() == nullptr ? " after" : " before") + " hal");
     }
 
     wp<HalInterface> mHal;
 };
 
 TEST_F(ReleaseTest, UinitReleasesDeviceThenModuleThenHalInterface) {
-    device->destroy();
-    EXPECT_THAT(order, ElementsAre("device before hal", "module before hal"));
-    EXPECT_EQ(peer.halInterface(), nullptr);
-    device = nullptr;
-    EXPECT_EQ(order.size(), 2u);
+    mDevice->destroy();
+    EXPECT_THAT(mOrder, ElementsAre("device before hal", "module before hal"));
+    EXPECT_EQ(mPeer.halInterface(), nullptr);
+    mDevice = nullptr;
+    EXPECT_EQ(mOrder.size(), 2u);
 }
 
 TEST_F(ReleaseTest, TheDestructorReleasesTheModuleFirstAndTheDeviceLast) {
-    device = nullptr;
-    EXPECT_THAT(order, ElementsAre("module before hal", "device after hal"));
+    mDevice = nullptr;
+    EXPECT_THAT(mOrder, ElementsAre("module before hal", "device after hal"));
 }
 
 TEST_F(LifecycleTest, DestroyClosesOnceAndKeepsTheConfiguration) {
     SessionParams params{{{1, kRaw16, 64, 48, false}}, {{2, kYuv, 64, 48, true}}, nullptr};
-    device->create(&params);
+    mDevice->create(&params);
     quen::gFastDisplayQueue.push(1);
     quen::gPendingJpegRequestNos.push(7);
-    device->destroy();
-    EXPECT_FALSE(peer.isConnected());
+    mDevice->destroy();
+    EXPECT_FALSE(mPeer.isConnected());
     // Both queues are the process's: a device that never used them empties them too.
     EXPECT_TRUE(quen::gFastDisplayQueue.empty());
     EXPECT_TRUE(quen::gPendingJpegRequestNos.empty());
-    EXPECT_THAT(peer.inputStreams(), SizeIs(1));
-    EXPECT_THAT(peer.outputStreams(), SizeIs(1));
-    EXPECT_TRUE(peer.isNeedRaw14bit());
-    device = nullptr;
-    EXPECT_EQ(isp->closes, 1);
+    EXPECT_THAT(mPeer.inputStreams(), SizeIs(1));
+    EXPECT_THAT(mPeer.outputStreams(), SizeIs(1));
+    EXPECT_TRUE(mPeer.isNeedRaw14bit());
+    mDevice = nullptr;
+    EXPECT_EQ(mIsp->closes, 1);
 }
 
 TEST_F(LifecycleTest, FlushIgnoresEveryOutcomeInSilence) {
-    device->create(nullptr);
+    mDevice->create(nullptr);
     Transcript log;
-    isp->onFlush = &StandInDevice::transportError;
-    device->flush();
-    isp->onFlush = answering(isphal::Status::INTERNAL_ERROR);
-    device->flush();
-    EXPECT_EQ(isp->flushes, 2);
+    mIsp->onFlush = &StandInDevice::transportError;
+    mDevice->flush();
+    mIsp->onFlush = answering(isphal::Status::INTERNAL_ERROR);
+    mDevice->flush();
+    EXPECT_EQ(mIsp->flushes, 2);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(LifecycleTest, SetOfflineCallbackInstallsTheHookAndKeepsNothing) {
-    device->create(nullptr);
-    HalInterface& hal = *peer.halInterface();
+    mDevice->create(nullptr);
+    HalInterface& hal = *mPeer.halInterface();
     EXPECT_FALSE(bridge::hasHook(hal));
     sp<isphal::ICallback> const callback = hal.callback();
     int32_t const references = callback->getStrongCount();
     alarm(10);  // for a lock that is not given back
-    peer.lock().lock();
-    std::thread waits([&] { device->setOfflineCallback(callback); });
+    mPeer.lock().lock();
+    std::thread waits([&] { mDevice->setOfflineCallback(callback); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_FALSE(bridge::hasHook(hal));  // the call has to wait for the lock
-    peer.lock().unlock();
+    mPeer.lock().unlock();
     waits.join();
-    device->setOfflineCallback(callback);
+    mDevice->setOfflineCallback(callback);
     alarm(0);
     EXPECT_TRUE(bridge::hasHook(hal));
     EXPECT_TRUE(hal.reserved() == nullptr);
@@ -166,37 +166,37 @@ struct MuteModule : StandInModule {
 };
 
 TEST_F(LifecycleDeathTest, InitFails) {
-    module->transportFails = true;
-    EXPECT_FATAL(device->create(nullptr),
+    mModule->transportFails = true;
+    EXPECT_FATAL(mDevice->create(nullptr),
                  "Transaction error in openISPDevice from ISPModule:.*stand-in lost.*");
-    module->transportFails = false;
-    module->status = isphal::Status::RESOURCE_ERROR;
-    EXPECT_FATAL(device->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
-    module->device = nullptr;  // the status stands before the device
-    EXPECT_FATAL(device->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
-    module->status = isphal::Status::OK;
-    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
+    mModule->transportFails = false;
+    mModule->status = isphal::Status::RESOURCE_ERROR;
+    EXPECT_FATAL(mDevice->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
+    mModule->device = nullptr;  // the status stands before the device
+    EXPECT_FATAL(mDevice->create(nullptr), "openISPDevice failed:RESOURCE_ERROR");
+    mModule->status = isphal::Status::OK;
+    EXPECT_FATAL(mDevice->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
     forgetModule();
-    EXPECT_FATAL(device->create(nullptr), "no ISP module service, instance internal/0");
+    EXPECT_FATAL(mDevice->create(nullptr), "no ISP module service, instance internal/0");
     sp<StandInModule> const mute = new MuteModule;
     mute->registerAsService("internal/0");
-    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
-    module->registerAsService("internal/0");
-    module->device = isp;
-    device->create(nullptr);
-    module->device = nullptr;
+    EXPECT_FATAL(mDevice->create(nullptr), "invalid ISP device, mDevice is \\(nil\\)");
+    mModule->registerAsService("internal/0");
+    mModule->device = mIsp;
+    mDevice->create(nullptr);
+    mModule->device = nullptr;
     std::ostringstream old;
-    old << static_cast<isphal::IDevice*>(isp.get());
-    EXPECT_FATAL(device->create(nullptr), "invalid ISP device, mDevice is " + old.str());
+    old << static_cast<isphal::IDevice*>(mIsp.get());
+    EXPECT_FATAL(mDevice->create(nullptr), "invalid ISP device, mDevice is " + old.str());
 }
 
 TEST_F(LifecycleDeathTest, UinitFails) {
-    device->create(nullptr);
-    isp->onClose = &StandInDevice::transportError;
-    EXPECT_FATAL(device->destroy(),
+    mDevice->create(nullptr);
+    mIsp->onClose = &StandInDevice::transportError;
+    EXPECT_FATAL(mDevice->destroy(),
                  "Transaction error in closeISPDevice from ISPDevice:.*stand-in lost.*");
-    isp->onClose = answering(static_cast<isphal::Status>(6));  // has no name
-    EXPECT_FATAL(device->destroy(), "closeISPDevice failed:[0x]*6");
+    mIsp->onClose = answering(static_cast<isphal::Status>(6));  // has no name
+    EXPECT_FATAL(mDevice->destroy(), "closeISPDevice failed:[0x]*6");
 }
 
 TEST(LogTest, ALineNamesItsPlaceAndIsCutAt1023Characters) {

@@ -14,7 +14,7 @@ namespace {
 
 // A failed call that nobody looks at ends the process: with the log off too, every one is looked
 // at.
-TEST(LostTransport, EndsNothingWithTheLogOff) {
+TEST(LostTransportTest, EndsNothingWithTheLogOff) {
     quen::host::setLogLevel(quen::host::LogLevel::Silent);
     Graphics& graphics = Graphics::fresh();
     graphics.mapper->onCreateDescriptor = losing();

@@ -16,13 +16,13 @@ namespace {
 class ReconfigureTest : public DeviceTest {
   protected:
     void createSession() {
-        peer.inputStreams().clear();
-        peer.outputStreams().clear();
+        mPeer.inputStreams().clear();
+        mPeer.outputStreams().clear();
         SessionParams params{{{1, kRaw16, 64, 48, false}, {4, kRaw10, 128, 96, false}},
                              {{2, kYuv, 64, 48, true}, {3, kYuv, 32, 24, true}},
                              nullptr};
-        device->create(&params);
-        log.take();
+        mDevice->create(&params);
+        mLog.take();
     }
 
     void check(ImageBuffer input, std::vector<ImageBuffer> outputs,
@@ -31,16 +31,16 @@ class ReconfigureTest : public DeviceTest {
         for (ImageBuffer& output : outputs) {
             pointers.push_back(&output);
         }
-        peer.checkReconfigure(&input, pointers, settings);
+        mPeer.checkReconfigure(&input, pointers, settings);
     }
 
     static ImageBuffer image(int32_t streamId, int32_t format, int32_t width, int32_t height) {
         return {streamId, format, 0, width, height, nullptr};
     }
 
-    size_t configurations() const { return isp->configurations.size(); }
+    size_t configurations() const { return mIsp->configurations.size(); }
 
-    Transcript log;
+    Transcript mLog;
     ImageBuffer const mInput = image(1, kRaw16, 64, 48);
     ImageBuffer const mLarge = image(2, kYuv, 64, 48);
     ImageBuffer const mSmall = image(3, kYuv, 32, 24);
@@ -50,7 +50,7 @@ TEST_F(ReconfigureTest, ARequestOfTheConfiguredStreamsChangesNothing) {
     createSession();
     std::string const last = "I last config output stream info streamIndex ";
     check(mInput, {mSmall, mLarge});
-    Lines const lines = log.lines();
+    Lines const lines = mLog.lines();
     EXPECT_THAT(Lines(lines.begin() + 2, lines.begin() + 5),
                 ElementsAre(last + "0, width = 64, height = 48, format is equal 1",
                             last + "1, width = 32, height = 24, format is equal 1",
@@ -83,14 +83,14 @@ TEST_F(ReconfigureTest, WhatDiffersCounts) {
         size_t const before = configurations();
         check(c.input, c.outputs);
         EXPECT_EQ(configurations() - before, c.reconfigures ? 1u : 0u);
-        EXPECT_EQ(isp->flushes + isp->closes, 0);
+        EXPECT_EQ(mIsp->flushes + mIsp->closes, 0);
     }
 }
 
 TEST_F(ReconfigureTest, TheNewConfigurationIsMadeFromTheRequest) {
     createSession();
     check(image(-6, kYuv, 640, 480), {image(7, kBlob, 641, 481), mLarge});
-    EXPECT_EQ(peer.stage(), "YUV2JPEG");
+    EXPECT_EQ(mPeer.stage(), "YUV2JPEG");
 
     ASSERT_EQ(configurations(), 2u);
     auto const isStream = [](uint64_t id, int32_t format, uint32_t width, uint32_t height) {
@@ -98,13 +98,13 @@ TEST_F(ReconfigureTest, TheNewConfigurationIsMadeFromTheRequest) {
         return AllOf(Field(&ISPStream::id, id), Field(&ISPStream::format, format),
                      Field(&ISPStream::width, width), Field(&ISPStream::height, height));
     };
-    auto const& told = isp->configurations.back();
+    auto const& told = mIsp->configurations.back();
     EXPECT_THAT(told.inputStreams[0], isStream(0xfffffffffffffffa, kYuv, 640, 480));
     EXPECT_THAT(std::vector<isphal::ISPStream>(told.outputStreams),
                 ElementsAre(isStream(7, kBlob, 641, 481), isStream(2, kYuv, 64, 48)));
     // The old streams are forgotten: there were two inputs.
-    EXPECT_THAT(peer.inputStreams(), ElementsAre(Key(0)));
-    EXPECT_THAT(peer.outputStreams(), ElementsAre(Key(1), Key(2)));
+    EXPECT_THAT(mPeer.inputStreams(), ElementsAre(Key(0)));
+    EXPECT_THAT(mPeer.outputStreams(), ElementsAre(Key(1), Key(2)));
 }
 
 TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
@@ -112,41 +112,41 @@ TEST_F(ReconfigureTest, AnotherRawDepthCounts) {
     MetadataBuilder settings;
     settings.i32(tags::kUiMode, 16);
     check(mInput, {mLarge}, settings.get());
-    EXPECT_TRUE(log.has("I current snapshot IsNeedRaw14bit 0, last snapshot IsNeedRaw14bit 1"));
-    EXPECT_FALSE(peer.isNeedRaw14bit());
+    EXPECT_TRUE(mLog.has("I current snapshot IsNeedRaw14bit 0, last snapshot IsNeedRaw14bit 1"));
+    EXPECT_FALSE(mPeer.isNeedRaw14bit());
     ASSERT_EQ(configurations(), 2u);
     // The flag changes before the configuration is made: no 14-bit entry in it.
-    EXPECT_EQ(std::vector<uint8_t>(isp->configurations[1].sessionSettings),
+    EXPECT_EQ(std::vector<uint8_t>(mIsp->configurations[1].sessionSettings),
               ispBuffer({ispRecord<int32_t>(tags::kUiMode, 1, {16})}));
 
     check(mInput, {mLarge}, settings.get());
     EXPECT_EQ(configurations(), 2u);
     check(mInput, {mLarge});
     EXPECT_EQ(configurations(), 3u);
-    EXPECT_TRUE(peer.isNeedRaw14bit());
+    EXPECT_TRUE(mPeer.isNeedRaw14bit());
 }
 
 TEST_F(ReconfigureTest, OfTwoEmptyTablesOnlyTheOutputsForcesAConfiguration) {
-    device->create(nullptr);
+    mDevice->create(nullptr);
     check(image(1, kRaw10, 64, 48), {});
     EXPECT_EQ(configurations(), 0u);
     check(image(1, kRaw10, 64, 48), {mLarge});
     EXPECT_EQ(configurations(), 1u);
-    peer.inputStreams().clear();
-    log.take();
+    mPeer.inputStreams().clear();
+    mLog.take();
     check(image(1, kRaw10, 64, 48), {mLarge});
     EXPECT_EQ(configurations(), 1u);
-    EXPECT_THAT(log.lines()[1], HasSubstr("last config output stream"));
+    EXPECT_THAT(mLog.lines()[1], HasSubstr("last config output stream"));
 }
 
 TEST_F(ReconfigureTest, AnUnconnectedDeviceOnlyNotesTheRawDepth) {
     createSession();
-    peer.halInterface() = nullptr;
+    mPeer.halInterface() = nullptr;
     check(image(1, kRaw10, 65, 48), {mLarge});
-    EXPECT_TRUE(log.has("I needReconfigure 1"));
+    EXPECT_TRUE(mLog.has("I needReconfigure 1"));
     EXPECT_EQ(configurations(), 1u);
-    EXPECT_EQ(peer.inputStreams().size() + peer.outputStreams().size(), 4u);
-    EXPECT_FALSE(peer.isNeedRaw14bit());
+    EXPECT_EQ(mPeer.inputStreams().size() + mPeer.outputStreams().size(), 4u);
+    EXPECT_FALSE(mPeer.isNeedRaw14bit());
 }
 
 TEST_F(ReconfigureTest, AnRgbInputIsConfiguredForEveryRequest) {
@@ -155,13 +155,13 @@ TEST_F(ReconfigureTest, AnRgbInputIsConfiguredForEveryRequest) {
         check(image(1, kRaw16, 600, 48), {image(2, kYuv, 100, 48)});
         EXPECT_EQ(configurations(), i);
     }
-    EXPECT_TRUE(
-            log.has("I last config input stream info width = 200, height = 48, format is equal 0"));
+    EXPECT_TRUE(mLog.has(
+            "I last config input stream info width = 200, height = 48, format is equal 0"));
 }
 
 TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
     createSession();
-    peer.halInterface()->recordISPRequest(
+    mPeer.halInterface()->recordISPRequest(
             new OfflineRequest{7, new NSCam::IMetadata, {}, {}, true, "RAW2YUV"}, nullptr);
     check(mInput, {mLarge});  // changes nothing, so it does not wait either
     ImageBuffer input = image(1, kRaw16, 64, 50);
@@ -169,22 +169,22 @@ TEST_F(ReconfigureTest, ItWaitsForOutstandingRequests) {
     std::atomic<bool> checked{false};
     size_t atAnswer = 0;
     std::thread ispThread([&] {
-        while (!checked && !log.has("I need wait request number 7 process done")) {
+        while (!checked && !mLog.has("I need wait request number 7 process done")) {
             std::this_thread::yield();
         }
         // The line is written on the way to the wait, while the table is being read.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        atAnswer = configurations() + peer.inputStreams().size() + peer.outputStreams().size();
+        atAnswer = configurations() + mPeer.inputStreams().size() + mPeer.outputStreams().size();
         output.width = 1;  // what was compared is configured
-        isp->answer(7);
+        mIsp->answer(7);
     });
-    peer.checkReconfigure(&input, {&output}, nullptr);
+    mPeer.checkReconfigure(&input, {&output}, nullptr);
     checked = true;
     ispThread.join();
     EXPECT_EQ(atAnswer, 1u + 2u + 2u);  // neither configured anew nor forgotten
     ASSERT_EQ(configurations(), 2u);
-    EXPECT_EQ(isp->configurations[1].outputStreams[0].width, 64u);
-    EXPECT_TRUE(log.has("I wait all result process done"));
+    EXPECT_EQ(mIsp->configurations[1].outputStreams[0].width, 64u);
+    EXPECT_TRUE(mLog.has("I wait all result process done"));
 }
 
 }  // namespace

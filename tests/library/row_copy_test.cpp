@@ -23,7 +23,7 @@ std::vector<uint8_t> expected(std::vector<uint8_t> const& source, size_t rowByte
     return result;
 }
 
-TEST(RowCopy, RowsOfEverySizeAndPlace) {
+TEST(RowCopyTest, RowsOfEverySizeAndPlace) {
     struct Case {
         char const* name;
         size_t rowBytes, offset, stride, rows, endBytes;

@@ -15,13 +15,13 @@ using Streams = std::vector<StreamConfig>;
 
 class StreamConfigurationTest : public DeviceTest {
   protected:
-    void configure(Streams const& in, Streams const& out) { device->config(in, out, nullptr); }
+    void configure(Streams const& in, Streams const& out) { mDevice->config(in, out, nullptr); }
 
     /** What the ISP device was told last. */
-    isphal::ISPStreamConfiguration const& told() { return isp->configurations.back(); }
+    isphal::ISPStreamConfiguration const& told() { return mIsp->configurations.back(); }
     std::vector<uint8_t> toldSettings() { return told().sessionSettings; }
 
-    Transcript log;
+    Transcript mLog;
 };
 using StreamConfigurationDeathTest = DeviceTest;
 
@@ -45,7 +45,7 @@ TEST_F(StreamConfigurationTest, Raw14bitIsForEveryFormatButRaw10AndEveryUiModeBu
         }
         expected.push_back("I isNeedRaw14bit " + std::to_string(c.result));
         EXPECT_EQ(quen::isNeedRaw14bit(metadata.get(), c.format), c.result);
-        EXPECT_EQ(log.take(), expected);
+        EXPECT_EQ(mLog.take(), expected);
     }
 }
 
@@ -73,11 +73,11 @@ TEST_F(StreamConfigurationTest, BytesBetweenTheFieldsAreZero) {
         std::vector<std::vector<uint8_t>> const dirt(8, std::vector<uint8_t>(size, 0x5a));
     }
     android::sp<PaddingDevice> const device72 = new PaddingDevice;
-    module->device = device72;
+    mModule->device = device72;
     SessionParams params{{{1, kRaw10, 64, 48, false}},
                          {{2, kYuv, 64, 48, true}, {3, kYuv, 32, 24, true}},
                          nullptr};
-    device->create(&params);
+    mDevice->create(&params);
     EXPECT_EQ(device72->padding, std::vector<uint8_t>(3 * 12, 0));
 }
 
@@ -88,8 +88,8 @@ TEST_F(StreamConfigurationTest, CreateTellsTheWholeSession) {
     SessionParams params{{{5, kRaw16, 0x30000000, 3000, false}, {6, kRaw10, 40, 30, false}},
                          {{-2, kYuv, 0x30000000, 1500, true}, {8, kPrivate, 640, 480, true}},
                          metadata.get()};
-    device->create(&params);
-    Lines const lines = log.lines();
+    mDevice->create(&params);
+    Lines const lines = mLog.lines();
     EXPECT_EQ(Lines(std::find(lines.begin(), lines.end(), "I current cameraId = 3"), lines.end()),
               linesOf(R"(
                       I current cameraId = 3
@@ -114,38 +114,38 @@ TEST_F(StreamConfigurationTest, CreateTellsTheWholeSession) {
                       I config stage X
                       I create X)"));
 
-    ASSERT_THAT(isp->configurations, SizeIs(1));
-    EXPECT_EQ(isp->callback, peer.halInterface()->callback());
+    ASSERT_THAT(mIsp->configurations, SizeIs(1));
+    EXPECT_EQ(mIsp->callback, mPeer.halInterface()->callback());
     EXPECT_EQ(told().inputStreams[1].id, 6u);
     EXPECT_EQ(told().outputStreams[0].id, 0xfffffffffffffffeu);
     EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(tags::kCameraId, 1, {3}),
                                          ispRecord<int32_t>(tags::kUiMode, 1, {2}),
                                          ispRecord<int32_t>(tags::kRawBitDepth, 1, {14}),
                                          ispRecord<int32_t>(tags::kIspCameraId, 1, {3})}));
-    EXPECT_TRUE(peer.isNeedRaw14bit());
+    EXPECT_TRUE(mPeer.isNeedRaw14bit());
 }
 
 TEST_F(StreamConfigurationTest, StageAndSettingsFollowOutputFlagAndCamera) {
-    device->create(nullptr);
+    mDevice->create(nullptr);
     configure({}, {{1, kBlob, 64, 1, true}, {2, kYuv, 64, 48, true}});
-    EXPECT_EQ(peer.stage(), "YUV2JPEG");
+    EXPECT_EQ(mPeer.stage(), "YUV2JPEG");
     EXPECT_THAT(told().inputStreams, SizeIs(0));
     EXPECT_EQ(toldSettings(), ispBuffer({}));
-    EXPECT_TRUE(log.has("E get cameraId failed"));
+    EXPECT_TRUE(mLog.has("E get cameraId failed"));
 
-    peer.isNeedRaw14bit() = true;
+    mPeer.isNeedRaw14bit() = true;
     configure({}, {{1, kYuv, 64, 48, true}, {2, kBlob, 64, 1, true}});
-    EXPECT_EQ(peer.stage(), "RAW2YUV");
+    EXPECT_EQ(mPeer.stage(), "RAW2YUV");
     EXPECT_EQ(toldSettings(), ispBuffer({ispRecord<int32_t>(tags::kRawBitDepth, 1, {14})}));
 
     if (quen::kHardened) {
         return;  // refuses to configure without a module
     }
     // The module's death takes the callback, but not the configuration, away.
-    peer.halInterface()->callback()->serviceDied(0, nullptr);
+    mPeer.halInterface()->callback()->serviceDied(0, nullptr);
     configure({}, {{1, kYuv, 64, 48, true}});
-    EXPECT_THAT(isp->configurations, SizeIs(3));
-    EXPECT_EQ(isp->callback, nullptr);
+    EXPECT_THAT(mIsp->configurations, SizeIs(3));
+    EXPECT_EQ(mIsp->callback, nullptr);
 }
 
 /** Width, height, format, strides, size, data space, layout and usage. */
@@ -180,7 +180,7 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
             // Unsigned, wraps.
             {kRaw10, 3u << 30, 4, kYuv, {1u << 30, 4, kBlob, 1u << 31, 0, 0, 0, kJfif, 0x10002, 0}},
     };
-    device->create(nullptr);
+    mDevice->create(nullptr);
     for (auto const& c : cases) {
         bool const input = c.outputFormat != 0;
         StreamConfig const stream{-5, c.format, c.width, c.height, !input};
@@ -195,36 +195,51 @@ TEST_F(StreamConfigurationTest, EachFieldAndAWideInputIsAnRgbReprocess) {
         EXPECT_EQ(s.id, 0xfffffffffffffffbu);
         EXPECT_EQ(s.tail, 0u);
         if (input) {
-            EXPECT_EQ(peer.inputStreams().at(0).width, s.width);
+            EXPECT_EQ(mPeer.inputStreams().at(0).width, s.width);
             EXPECT_EQ(told().outputStreams[2].width, 7000u);
         }
     }
 }
 
 TEST_F(StreamConfigurationTest, StreamsAreKeptByPositionAndOldOnesStay) {
-    device->create(nullptr);
+    mDevice->create(nullptr);
     configure({{10, kRaw16, 100, 48, false}},
               {{11, kYuv, 101, 48, true}, {12, kYuv, 102, 48, true}});
 
-    log.take();
+    mLog.take();
     configure({{20, kRaw16, 200, 48, false}, {21, kRaw16, 201, 48, false}},
               {{22, kYuv, 202, 48, true}});
     auto const hasId = [](uint64_t id) { return Field(&isphal::ISPStream::id, id); };
-    EXPECT_THAT(peer.inputStreams(), ElementsAre(Pair(0, hasId(20)), Pair(1, hasId(21))));
-    EXPECT_THAT(peer.outputStreams(), ElementsAre(Pair(1, hasId(11)), Pair(2, hasId(22))));
+    EXPECT_THAT(mPeer.inputStreams(), ElementsAre(Pair(0, hasId(20)), Pair(1, hasId(21))));
+    EXPECT_THAT(mPeer.outputStreams(), ElementsAre(Pair(1, hasId(11)), Pair(2, hasId(22))));
     // The line tells of the position in the table, where the old entry still stands first.
-    EXPECT_TRUE(log.has("I config output streamIndex = 0, width = 101, height = 48 format = 35"));
+    EXPECT_TRUE(mLog.has("I config output streamIndex = 0, width = 101, height = 48 format = 35"));
+}
+
+TEST_F(StreamConfigurationDeathTest, StreamsAreLoggedBeforeTheIspDeviceRejectsThem) {
+    mDevice->create(nullptr);
+    mIsp->onConfigure = answering(isphal::Status::INTERNAL_ERROR);
+    quen::host::setLogLevel(quen::host::LogLevel::Debug);
+    std::string const line = "[^|]*\\|3 quenOfflineDevice [^|]*\\(\\) ";
+    EXPECT_EXIT((BareLog(),
+                 mDevice->config({{1, kRaw16, 64, 48, false}}, {{2, kYuv, 32, 24, true}}, nullptr)),
+                KilledBySignal(SIGABRT),
+                "config stage RAW2YUV InputStreams size is 1, OutputStreams size is 1" + line +
+                        "config input streamIndex = 0, width = 64, height = 48, format = 32" +
+                        line +
+                        "config output streamIndex = 0, width = 32, height = 24 format = 35"
+                        "\\|1 quenOfflineDevice [^|]*\\[Fatal\\] configureISPDevice failed");
 }
 
 TEST_F(StreamConfigurationDeathTest, TheIspDeviceRejectsTheConfiguration) {
-    device->create(nullptr);
-    isp->onConfigure = &StandInDevice::transportError;
-    EXPECT_FATAL(device->config({}, {{}}, nullptr),
+    mDevice->create(nullptr);
+    mIsp->onConfigure = &StandInDevice::transportError;
+    EXPECT_FATAL(mDevice->config({}, {{}}, nullptr),
                  "Transaction error in configureISPDevice from ISPDevice:.*stand-in lost.*");
-    isp->onConfigure = answering(isphal::Status::INTERNAL_ERROR);
-    EXPECT_FATAL(device->config({}, {{}}, nullptr), "configureISPDevice failed:INTERNAL_ERROR");
-    isp->onConfigure = answering(static_cast<isphal::Status>(6));  // has no name
-    EXPECT_FATAL(device->config({}, {{}}, nullptr), "configureISPDevice failed:[0x]*6");
+    mIsp->onConfigure = answering(isphal::Status::INTERNAL_ERROR);
+    EXPECT_FATAL(mDevice->config({}, {{}}, nullptr), "configureISPDevice failed:INTERNAL_ERROR");
+    mIsp->onConfigure = answering(static_cast<isphal::Status>(6));  // has no name
+    EXPECT_FATAL(mDevice->config({}, {{}}, nullptr), "configureISPDevice failed:[0x]*6");
 }
 
 }  // namespace

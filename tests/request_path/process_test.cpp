@@ -10,6 +10,7 @@
 namespace {
 
 using namespace quentest;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -85,18 +86,21 @@ TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) 
     EXPECT_THAT(watch.whileHeld.back(), EndsWith("jpegSize is 777"));
 }
 
-TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
+TEST_F(ProcessTest, ClientBufferThatCannotBeMappedGetsNoJpeg) {
     mSession.create(mYuv, {mJpeg});
     answerAtOnce();
     BorrowedHandle const nothing({-1});
     ImageBuffer inaccessible = mJpeg;
     inaccessible.buffer = nothing.get();
-    Transcript unmapped;
+    Transcript transcript;
     EXPECT_EQ(mSession.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), -1);
-    EXPECT_TRUE(unmapped.has("I get JPEG size is 777 from output buffer X"));
-    EXPECT_TRUE(unmapped.has("E Invalid output buffer"));
+    EXPECT_TRUE(transcript.has("I get JPEG size is 777 from output buffer X"));
+    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+}
 
-    // The device buffer can be locked for its trailer, and not for the copy.
+TEST_F(ProcessTest, DeviceBufferThatIsLockedForItsTrailerAloneGivesNoJpeg) {
+    mSession.create(mYuv, {mJpeg});
+    answerAtOnce();
     std::vector<uint8_t> device(kJpegBytes);
     uint32_t const trailer[] = {0xFF, 777};
     memcpy(device.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
@@ -106,13 +110,15 @@ TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
         addresses.pop_back();
         return android::hardware::Void();
     };
-    Transcript unlocked;
+    Transcript transcript;
     EXPECT_EQ(encode(2), -1);
-    EXPECT_TRUE(unlocked.has("I get JPEG size is 777 from output buffer X"));
-    EXPECT_TRUE(unlocked.has("E Invalid output buffer"));
-    mGraphics.mapper->onLock = nullptr;
+    EXPECT_TRUE(transcript.has("I get JPEG size is 777 from output buffer X"));
+    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+}
 
-    // Without a device buffer there is no size at all.
+TEST_F(ProcessTest, MissingDeviceBufferHasNoJpeg) {
+    mSession.create(mYuv, {mJpeg});
+    setJpegTimeout("0");
     auto& allocator = *mGraphics.allocator;
     allocator.onAllocate = [&](auto const& wanted, auto const& cb) -> Return<void> {
         bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == kBlob;
@@ -132,69 +138,100 @@ TEST_F(ProcessTest, NoSizeIsToldOfAJpegThatNobodyCopied) {
     EXPECT_EQ(clientMappings(), mappings + (quen::kHardened ? 0 : 1));
 }
 
-TEST_F(ProcessTest, OutcomesOfTheSynchronousPath) {
+enum class Isp { Answers, Silent, Refuses, Lost };
+
+/** How a synchronous request goes, and what its client gets. */
+struct Outcome {
+    char const* name;
+    Isp isp;
+    uint32_t status;      // the result's
+    int32_t staleStatus;  // what an earlier result left
+    uint32_t jpegBytes;   // what the ISP writes
+    int result;
+    int timeout = -1;  // seconds
+};
+
+class SynchronousOutcomeTest : public ProcessTest, public testing::WithParamInterface<Outcome> {};
+
+// The result comes during the submission, so its signal is lost and the wait runs to its end.
+TEST_P(SynchronousOutcomeTest, OfTheDefaultBuild) {
     if (quen::kHardened) {
         GTEST_SKIP() << "the hardened build's outcomes have a test of their own";
     }
-    enum class Isp { Answers, Silent, Refuses, Lost };
-    struct Case {
-        char const* name;
-        Isp isp;
-        uint32_t status;      // the result's
-        int32_t staleStatus;  // what an earlier result left
-        uint32_t jpegBytes;   // what the ISP writes
-        int result;
-    };
-    // The result comes during the submission, so its signal is lost and the wait runs to its end.
+    Outcome const& c = GetParam();
     mSession.create(mYuv, {mJpeg});
-    int32_t number = 0;
     Fence const fence;
     fenceUnlocks(*mGraphics.mapper, fence);
+    quen::gJpegResultStatus = c.staleStatus;
+    quen::gJpegDeadline = {};
+    quen::gJpegDeadlineBase = {};
+    memset(mJpegMemory.data(), 0xEE, kJpegBytes);
+    isp().onProcess = [&](isphal::ISPRequest const& request) -> Answer {
+        EXPECT_TRUE(mSession.isOutstanding(request.requestNumber));
+        writeJpeg(request, c.jpegBytes);
+        if (c.isp == Isp::Answers) {
+            isp().answer(request.requestNumber, static_cast<isphal::Status>(c.status));
+        }
+        return c.isp == Isp::Lost      ? StandInDevice::transportError()
+               : c.isp == Isp::Refuses ? Answer(isphal::Status::RESOURCE_ERROR)
+                                       : StandInDevice::ok();
+    };
     int const descriptors = openDescriptors();
     int const mappings = clientMappings();
-    for (Case const& c : {Case{"encoded", Isp::Answers, 0, 5, 777, 777},
-                          {"failed", Isp::Answers, 5, 0, 777, 0},
-                          {"refused", Isp::Refuses, 0, 0, 777, 0},
-                          {"lost on its way", Isp::Lost, 0, 0, 777, 0},
-                          {"never answered", Isp::Silent, 0, 0, 777, 777},
-                          {"never answered after a failure", Isp::Silent, 0, 3, 777, 0},
-                          {"as large as the buffer", Isp::Answers, 0, 0, kJpegBytes, kJpegBytes},
-                          {"larger than the buffer", Isp::Answers, 0, 0, kJpegBytes + 1, -1},
-                          {"of a negative size", Isp::Answers, 0, 0, 0xFFFFFFFE, -1}}) {
-        SCOPED_TRACE(c.name);
-        quen::gJpegResultStatus = c.staleStatus;
-        memset(mJpegMemory.data(), 0xEE, kJpegBytes);
-        isp().onProcess = [&](isphal::ISPRequest const& request) -> Answer {
-            EXPECT_TRUE(mSession.isOutstanding(request.requestNumber));
-            writeJpeg(request, c.jpegBytes);
-            if (c.isp == Isp::Answers) {
-                isp().answer(request.requestNumber, static_cast<isphal::Status>(c.status));
-            }
-            return c.isp == Isp::Lost      ? StandInDevice::transportError()
-                   : c.isp == Isp::Refuses ? Answer(isphal::Status::RESOURCE_ERROR)
-                                           : StandInDevice::ok();
-        };
-        bool const refused = c.isp == Isp::Refuses || c.isp == Isp::Lost;
-        mGraphics.mapper->calls.clear();
-        Transcript transcript;
-        int const timeout = number == 0 ? 1 : -1;
-        setJpegTimeout(std::to_string(timeout).c_str());
-        EXPECT_EQ(encode(++number), c.result);
-        EXPECT_TRUE(deadlineHasPassed());
-        EXPECT_EQ(quen::gJpegDeadline.tv_sec - quen::gJpegDeadlineBase.tv_sec, timeout);
-        EXPECT_EQ(transcript.has("E Invalid output buffer"), c.result == -1);
-        EXPECT_EQ(transcript.has("E ISPDevice process failed result"), refused);
-        EXPECT_EQ(transcript.has("I wait JPEG process"), !refused);
-        EXPECT_EQ(mSession.isOutstanding(static_cast<uint32_t>(number)), c.isp != Isp::Answers);
-        EXPECT_EQ(mJpegMemory.data()[0], c.result > 0 ? 1 : 0xEE);
-        // Both device buffers are freed at the end, whatever happened.
-        Lines const& calls = mGraphics.mapper->calls;
-        EXPECT_THAT(Lines(calls.end() - 2, calls.end()), ElementsAre("free", "free"));
-        mSession.answerOutstanding();
-        isp().requests.clear();
-        EXPECT_EQ(openDescriptors(), descriptors);
-        EXPECT_EQ(clientMappings(), mappings);
-    }
+    setJpegTimeout(std::to_string(c.timeout).c_str());
+    Transcript transcript;
+    EXPECT_EQ(encode(1), c.result);
+
+    bool const refused = c.isp == Isp::Refuses || c.isp == Isp::Lost;
+    EXPECT_TRUE(deadlineHasPassed());
+    EXPECT_EQ(quen::gJpegDeadline.tv_sec - quen::gJpegDeadlineBase.tv_sec, refused ? 0 : c.timeout);
+    EXPECT_EQ(transcript.has("E Invalid output buffer"), c.result == -1);
+    EXPECT_EQ(transcript.has("E ISPDevice process failed result"), refused);
+    EXPECT_EQ(transcript.has("I wait JPEG process"), !refused);
+    EXPECT_EQ(mSession.isOutstanding(1), c.isp != Isp::Answers);
+    EXPECT_EQ(mJpegMemory.data()[0], c.result > 0 ? 1 : 0xEE);
+    // Both device buffers are freed at the end, whatever happened.
+    Lines const& calls = mGraphics.mapper->calls;
+    EXPECT_THAT(Lines(calls.end() - 2, calls.end()), ElementsAre("free", "free"));
+    mSession.answerOutstanding();
+    isp().requests.clear();
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(clientMappings(), mappings);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        ProcessTest, SynchronousOutcomeTest,
+        testing::Values(Outcome{"Encoded", Isp::Answers, 0, 5, 777, 777, 1},
+                        Outcome{"Failed", Isp::Answers, 5, 0, 777, 0},
+                        Outcome{"Refused", Isp::Refuses, 0, 0, 777, 0},
+                        Outcome{"LostOnItsWay", Isp::Lost, 0, 0, 777, 0},
+                        Outcome{"NeverAnswered", Isp::Silent, 0, 0, 777, 777},
+                        Outcome{"NeverAnsweredAfterAFailure", Isp::Silent, 0, 3, 777, 0},
+                        Outcome{"AsLargeAsTheBuffer", Isp::Answers, 0, 0, 4096, 4096},
+                        Outcome{"LargerThanTheBuffer", Isp::Answers, 0, 0, 4097, -1},
+                        Outcome{"OfANegativeSize", Isp::Answers, 0, 0, 0xFFFFFFFE, -1}),
+        [](auto const& outcome) { return outcome.param.name; });
+
+TEST_F(ProcessTest, DestroyLeavesOutstandingRequestsToTheirResults) {
+    mSession.create(mRaw, {mYuv});
+    EXPECT_EQ(develop(1, mClient), 0);
+    android::sp<RecordingCallback> const unanswered = new RecordingCallback;
+    EXPECT_EQ(develop(2, unanswered), 0);
+    mGraphics.mapper->calls.clear();
+    Transcript transcript;
+    mSession.device.destroy();  // does not wait
+    EXPECT_THAT(transcript.take(),
+                ElementsAre("I quenOfflineDevice uinit E", "I quenOfflineDevice uinit X"));
+    EXPECT_EQ(isp().closes, 1);
+    EXPECT_THAT(mGraphics.mapper->calls, ElementsAre());
+    isp().answer(1);  // the ISP still has whom to tell
+    EXPECT_EQ(mClient->calls().size(), 2u);
+    EXPECT_THAT(mGraphics.mapper->calls, Contains("free"));
+    mGraphics.mapper->calls.clear();
+    isp().callback = nullptr;
+    EXPECT_THAT(mGraphics.mapper->calls, ElementsAre("free"));
+    EXPECT_EQ(unanswered->calls().size(), 0u);
+    EXPECT_EQ(unanswered->getStrongCount(), 1);
 }
 
 TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
@@ -227,7 +264,10 @@ TEST_F(ProcessTest, JpegTakesTheNumberOverFromTheFastDisplaySequence) {
             mSettings.i32(tags::kFastDisplay, c.tag);
         }
         Transcript transcript;
-        EXPECT_EQ(c.stage == 'R' ? develop(c.frame, mClient) : encode(c.frame, mClient), 0);
+        // The numbers are the process's: a client may come from another thread each time.
+        std::thread([&] {
+            EXPECT_EQ(c.stage == 'R' ? develop(c.frame, mClient) : encode(c.frame, mClient), 0);
+        }).join();
         char line[120];
         snprintf(line, sizeof(line),
                  "D read QUEN_CONTROL_ISFASTDISPLAYREQUEST %d res %d pRequesNo %u frame_num %d",

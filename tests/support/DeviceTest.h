@@ -19,17 +19,17 @@ namespace quentest {
 /** A device object, not connected yet, and the stand-in ISP that it will find. */
 class DeviceTest : public testing::Test {
   protected:
-    DeviceTest() { module->registerAsService("internal/0"); }
+    DeviceTest() { mModule->registerAsService("internal/0"); }
     ~DeviceTest() override { forgetModule(); }
 
     void forgetModule() {
         quen::host::unregisterService(isphal::IISPModule::descriptor, "internal/0");
     }
 
-    android::sp<StandInModule> module = new StandInModule;
-    android::sp<StandInDevice> isp = module->device;
-    std::unique_ptr<quenOfflineDevice> device = std::make_unique<quenOfflineDevice>();
-    DeviceInternals peer{*device};
+    android::sp<StandInModule> mModule = new StandInModule;
+    android::sp<StandInDevice> mIsp = mModule->device;
+    std::unique_ptr<quenOfflineDevice> mDevice = std::make_unique<quenOfflineDevice>();
+    DeviceInternals mPeer{*mDevice};
 };
 
 /** Answers with a status, as a call of the stand-in. */

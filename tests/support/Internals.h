@@ -49,6 +49,8 @@ QUEN_TEST_EXPOSE(HookOf, HalInterface, RequestHook, mRequestCB);
 QUEN_TEST_EXPOSE(HookLockOf, HalInterface, quen::Mutex, mLock);
 QUEN_TEST_EXPOSE(TableOf, HalInterface::ClientCallback, quen::RequestTable,
                  mOfflineRequestCallback);
+QUEN_TEST_EXPOSE(CallbackLockOf, HalInterface, quen::Mutex, mCallbackLock);
+QUEN_TEST_EXPOSE(TableLockOf, quen::RequestTable, quen::Mutex, mLock);
 QUEN_TEST_EXPOSE(DrainLockOf, HalInterface::ClientCallback, quen::Mutex, mDrainLock);
 QUEN_TEST_EXPOSE(DrainCondOf, HalInterface::ClientCallback, quen::Condition, mDrainCond);
 QUEN_TEST_EXPOSE(DrainStartOf, HalInterface::ClientCallback, timeval, mDrainStart);

@@ -1,0 +1,168 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cerrno>
+#include <functional>
+#include <utility>
+
+#include <quenOfflineDevice/ProcessState.h>
+
+#include "host/log/LogControl.h"
+#include "support/Graphics.h"
+#include "support/Lines.h"
+#include "support/RecordingCallback.h"
+#include "support/Requests.h"
+
+namespace {
+
+std::function<void(char const*)> gOnEvent;
+
+}  // namespace
+
+// In the place of the C library's: nobody waits here.
+extern "C" int pthread_cond_signal(pthread_cond_t*) noexcept {
+    gOnEvent("signal");
+    return 0;
+}
+extern "C" int pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, timespec const*) {
+    gOnEvent("wait");
+    return ETIMEDOUT;
+}
+extern "C" int pthread_cond_broadcast(pthread_cond_t*) noexcept {
+    gOnEvent("signal");
+    return 0;
+}
+
+namespace {
+
+using namespace quentest;
+using testing::ElementsAre;
+
+std::string const kResult =
+        "reprocess result stage YUV2JPEG number 7 Result callback, result.status is OK 1 ";
+
+/** Notes which locks are held when a line is written, a waiter woken, a client told or let go. */
+class LockScopeTest : public testing::Test, public quen::host::LogSink {
+  protected:
+    /** A client that is told, and let go of, with whatever locks the library holds then. */
+    class Client : public RecordingCallback {
+      public:
+        explicit Client(LockScopeTest& test) : mTest(test) {}
+        ~Client() override { mTest.note("client let go"); }
+        Return<void> notifyRequestResult(uint32_t, postproc::Status) override {
+            mTest.note("client told");
+            return android::hardware::Void();
+        }
+        Return<void> notifyResultMetadata(uint32_t, hidl_vec<uint8_t> const&,
+                                          postproc::Status) override {
+            mTest.note("client given metadata");
+            return android::hardware::Void();
+        }
+
+      private:
+        LockScopeTest& mTest;
+    };
+
+    LockScopeTest() {
+        Graphics::fresh();
+        quen::host::setLogLevel(quen::host::LogLevel::Info);
+        quen::host::setLogSink(this);
+        gOnEvent = [this](char const* what) { note(what); };
+    }
+    ~LockScopeTest() override {
+        quen::host::setLogSink(nullptr);
+        gOnEvent = nullptr;
+    }
+
+    void write(char const*, int, char const* text) override {
+        std::string const line(text);
+        note(line.substr(line.find("() ") + 3));
+    }
+
+    /** Adds "<what> [<locks that the calling thread holds>]". */
+    void note(std::string const& what) {
+        std::pair<char, quen::Mutex&> const locks[] = {
+                {'J', quen::gJpegMutex},
+                {'D', (*mCallback).*memberOf(DrainLockOf())},
+                {'T', ((*mCallback).*memberOf(TableOf())).*memberOf(TableLockOf())},
+                {'C', (*mBridge.hal).*memberOf(CallbackLockOf())}};
+        std::string held;
+        for (auto const& [letter, lock] : locks) {
+            if (lock.tryLock()) {
+                lock.unlock();
+            } else {
+                held += letter;
+            }
+        }
+        mNotes.push_back(what + " [" + held + "]");
+    }
+
+    Lines take() { return std::exchange(mNotes, {}); }
+
+    Bridge mBridge;
+    android::sp<HalInterface::ClientCallback> const mCallback = mBridge.callback;
+    Lines mNotes;
+};
+
+TEST_F(LockScopeTest, WaitersAreWokenWithTheLockOfWhatTheyWaitFor) {
+    mBridge.hal->recordISPRequest(newRequest(7), nullptr);
+    EXPECT_TRUE(mBridge.deliver(7));
+    EXPECT_THAT(take(), ElementsAre(kResult + "E []", "JPEG callback []",
+                                    "JPEG callback signal process [J]", "signal [J]",
+                                    "all result process done, single waitForRequestDrained [D]",
+                                    "signal [D]", kResult + "X []"));
+}
+
+TEST_F(LockScopeTest, ClientsAreToldAndLetGoWithNoLock) {
+    android::sp<Client> client = new Client(*this);
+    mBridge.hal->recordISPRequest(newRequest(7), std::exchange(client, nullptr));
+    EXPECT_TRUE(mBridge.deliver(7));
+    EXPECT_THAT(take(),
+                ElementsAre(kResult + "E []", "get currentMode failed from resultMetadata []",
+                            "client given metadata []", "client told []", "client let go []",
+                            "all result process done, single waitForRequestDrained [D]",
+                            "signal [D]", kResult + "X []"));
+
+    // A request that is dropped, one that is withdrawn, one that a drained wait gives up.
+    OfflineRequest* const kept = newRequest(7);
+    OfflineRequest* const dropped = newRequest(7);
+    mBridge.hal->recordISPRequest(kept, nullptr);
+    mBridge.hal->recordISPRequest(dropped, new Client(*this));
+    EXPECT_THAT(take(), ElementsAre("client let go []"));
+    deleteRequest(dropped);
+    mBridge.hal->withdraw(7, kept);
+
+    OfflineRequest* const withdrawn = newRequest(8);
+    mBridge.hal->recordISPRequest(withdrawn, new Client(*this));
+    mBridge.hal->withdraw(8, withdrawn);
+    EXPECT_THAT(take(), ElementsAre("client let go []"));
+
+    OfflineRequest* const givenUp = newRequest(9);
+    mBridge.hal->recordISPRequest(givenUp, new Client(*this));
+    mBridge.hal->waitForRequestDrained();
+    EXPECT_THAT(take(), ElementsAre("need wait request number 9 process done [D]", "wait [D]",
+                                    "wait all result process failed, after remove all result "
+                                    "mOfflineRequestCallback size is 0 [D]",
+                                    "client let go []"));
+    if (!quen::kHardened) {
+        deleteRequest(givenUp);  // abandoned, so still allocated
+    }
+}
+
+TEST_F(LockScopeTest, DeathOfTheModuleIsToldWithNoLock) {
+    OfflineRequest* const request = newRequest(7);
+    mBridge.hal->recordISPRequest(request, new Client(*this));
+    mCallback->serviceDied(1, nullptr);
+    if (!quen::kHardened) {
+        EXPECT_THAT(take(), ElementsAre("ISPModule(1) has died []"));
+        EXPECT_TRUE(mBridge.deliver(7));
+        return;
+    }
+    EXPECT_THAT(
+            take(),
+            ElementsAre("ISPModule(1) has died []", "client told []", "client let go []",
+                        "all result process done, single waitForRequestDrained [D]", "signal [D]"));
+}
+
+}  // namespace
