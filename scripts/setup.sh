@@ -15,7 +15,7 @@ declare -rA sets=(
 
 packages=(
     g++ cmake ninja-build pkg-config
-    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev libraw-dev libcli11-dev
+    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
 )
 for wanted in "$@"; do
     if [ "$wanted" = all ]; then

@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 root=$PWD/build/arm64-root
 readonly packages=(
     libc6-dev libstdc++-12-dev
-    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexif-dev libraw-dev libcli11-dev
+    libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
     libgtest-dev libgmock-dev
 )
 

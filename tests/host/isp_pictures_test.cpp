@@ -293,7 +293,7 @@ std::vector<uint8_t> decodeJpeg(std::vector<uint8_t> const& file) {
 }
 
 TEST(Jpeg, JoinedSlicesDecodeToThePictureAndFitExactlyOrNotAtAll) {
-    std::vector<uint8_t> const exif = buildExif({1, 1, 90, 0});
+    std::vector<uint8_t> const exif = buildExif({1, 1, 90, "", {}});
     ASSERT_FALSE(exif.empty());
     for (auto const& [width, height] : {std::pair{16, 16}, std::pair{17, 9}, std::pair{333, 128},
                                         std::pair{100, 129}, std::pair{257, 777}}) {

@@ -97,6 +97,48 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
     }
 }
 
+// What lies around it is as bright as can be, and the order of colours is another there.
+TEST_F(CliInputsTest, ADngIsCutToItsActiveAreaAndItsDefaultCrop) {
+    struct {
+        std::vector<DngField> fields;
+        uint32_t left, top, width, height;
+        char const* size;
+    } const cases[] = {
+            {{{50829, 3, 4, 960}}, 6, 4, 46, 41, "46x40"},
+            {{{50719, 3, 2, 9 | 7 << 16}, {50720, 3, 2, 31 | 33 << 16}}, 9, 7, 31, 33, "30x32"},
+            {{{50829, 3, 4, 960}, {50719, 3, 2, 3 | 1 << 16}, {50720, 3, 2, 32 | 30 << 16}},
+             9,
+             5,
+             32,
+             30,
+             "32x30"},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.size);
+        std::string bytes = asDng(kBrick, "rggb", c.fields);
+        uint16_t const area[] = {4, 6, 45, 52};  // top, left, bottom, right
+        bytes.replace(960, sizeof(area), bytesOf(area));
+        for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
+            bool const isInside = i % kWidth - c.left < c.width && i / kWidth - c.top < c.height;
+            if (!isInside) {
+                bytes.replace(1024 + 2 * i, 2, "\xff\x3f");
+            }
+        }
+        put("in.dng", bytes);
+        Outcome const outcome = run("in.dng -o out.nv21");
+        ASSERT_EQ(0, outcome.exitCode) << outcome.err;
+        EXPECT_THAT(outcome.out, HasSubstr(c.size));
+        EXPECT_EQ(c.height % 2 != 0, outcome.err.find("left out") != std::string::npos);
+        std::string const picture = get("out.nv21");
+        size_t const pixels = size_t{c.width & ~1u} * (c.height & ~1u);
+        ASSERT_EQ(pixels * 3 / 2, picture.size());
+        for (size_t at = 0; at < picture.size(); ++at) {
+            int const should = at < pixels ? kBrick.y : at % 2 == 0 ? kBrick.cr : kBrick.cb;
+            ASSERT_NEAR(should, static_cast<uint8_t>(picture[at]), 3) << at;
+        }
+    }
+}
+
 TEST_F(CliInputsTest, SidesThatTheIspCannotTakeStopNoOtherFile) {
     put("good.dng", asDng(kGrey, "rggb"));
     put("small.jpg", greyJpeg(64, 6));

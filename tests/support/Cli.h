@@ -5,10 +5,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <map>
 #include <set>
@@ -75,9 +77,15 @@ inline std::string asRaw10(std::vector<uint16_t> const& samples) {
     return bytes;
 }
 
-// The smallest DNG there is: one strip of 14-bit samples, with the calibration that a camera would
-// give.
-inline std::string asDng(Colour const& colour, std::string const& order) {
+struct DngField {
+    uint16_t tag, type;
+    uint32_t count, value;
+};
+
+// The smallest DNG there is: one strip of 14-bit samples, with the calibration and the EXIF that a
+// camera would give. Further fields replace those of the same tag.
+inline std::string asDng(Colour const& colour, std::string const& order,
+                         std::vector<DngField> const& further = {}) {
     // From XYZ to sRGB, and white.
     constexpr double kMatrixAndNeutral[12] = {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415,
                                               0.0557, -0.2040, 1.0570,  1,       1,      1};
@@ -91,26 +99,45 @@ inline std::string asDng(Colour const& colour, std::string const& order) {
     for (uint32_t i = 0; i < 4; ++i) {
         pattern |= channelOf(order, i & 1, i >> 1) << 8 * i;
     }
-    struct {
-        uint16_t tag, type;
-        uint32_t count, value;
-    } const fields[] = {
-            {256, 4, 1, kWidth},    {257, 4, 1, kHeight},       {258, 3, 1, 16},
-            {259, 3, 1, 1},         {262, 3, 1, 32803},         {271, 2, 2, 'Q'},
-            {272, 2, 2, 'T'},       {273, 4, 1, 1024},          {274, 3, 1, 6},
-            {277, 3, 1, 1},         {278, 4, 1, kHeight},       {279, 4, 1, kWidth * kHeight * 2},
-            {33421, 3, 2, 0x20002}, {33422, 1, 4, pattern},     {50706, 1, 4, 0x401},
-            {50708, 2, 2, 'Q'},     {50714, 3, 1, 512},         {50717, 4, 1, 16383},
-            {50721, 10, 9, 512},    {50728, 5, 3, 512 + 9 * 8}, {50778, 3, 1, 21},
-    };
+    std::map<uint16_t, DngField> fields;
+    for (DngField const& field : std::initializer_list<DngField>{
+                 {256, 4, 1, kWidth},    {257, 4, 1, kHeight},   {258, 3, 1, 16},
+                 {259, 3, 1, 1},         {262, 3, 1, 32803},     {271, 2, 2, 'Q'},
+                 {272, 2, 2, 'T'},       {273, 4, 1, 1024},      {274, 3, 1, 6},
+                 {277, 3, 1, 1},         {278, 4, 1, kHeight},   {279, 4, 1, kWidth * kHeight * 2},
+                 {33421, 3, 2, 0x20002}, {33422, 1, 4, pattern}, {34665, 4, 1, 640},
+                 {34853, 4, 1, 832},     {50706, 1, 4, 0x401},   {50708, 2, 2, 'Q'},
+                 {50714, 3, 1, 512},     {50717, 4, 1, 16383},   {50721, 10, 9, 512},
+                 {50728, 5, 3, 584},     {50778, 3, 1, 21}}) {
+        fields[field.tag] = field;
+    }
+    for (DngField const& field : further) {
+        fields[field.tag] = field;
+    }
     std::string file("II*\0\10\0\0\0", 8);
-    file.push_back(std::size(fields));
+    auto const at = [&file](size_t offset, std::string const& bytes) {
+        file.resize(std::max(file.size(), offset + bytes.size()));
+        file.replace(offset, bytes.size(), bytes);
+    };
+    file.push_back(static_cast<char>(fields.size()));
     file.push_back(0);
-    file += bytesOf(fields);
-    file.resize(512);
-    file += bytesOf(fractions);
-    file.resize(1024);
-    return file + bytesOf(mosaic(colour, order, 14, 512));
+    for (auto const& [tag, field] : fields) {
+        file += bytesOf(std::vector<DngField>{field});
+    }
+    at(512, bytesOf(fractions));
+    // Exposure 1/250, f/2.8, ISO 400, time, 35 mm, the maker's notes, lens; latitude.
+    DngField const exif[] = {{33434, 5, 1, 736},  {33437, 5, 1, 744}, {34855, 3, 1, 400},
+                             {36867, 2, 20, 752}, {37386, 5, 1, 772}, {37500, 7, 8, 780},
+                             {42036, 2, 6, 788}};
+    at(640, std::string("\7\0", 2) + bytesOf(exif));
+    at(736, bytesOf(std::vector<uint32_t>{1, 250, 28, 10}));
+    at(752, std::string("2024:05:06 07:08:09\0", 20) + bytesOf(std::vector<uint32_t>{35, 1}) +
+                    "SECRETS!Lens9");
+    DngField const gps[] = {{1, 2, 2, 'N'}, {2, 5, 3, 880}};
+    at(832, std::string("\2\0", 2) + bytesOf(gps));
+    at(880, bytesOf(std::vector<uint32_t>{48, 1, 8, 1, 30, 1}));
+    at(1024, bytesOf(mosaic(colour, order, 14, 512)));
+    return file;
 }
 
 class CliTest : public testing::Test {

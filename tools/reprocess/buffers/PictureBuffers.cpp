@@ -9,8 +9,24 @@
 
 #include "buffers/YuvPlanes.h"
 #include "support/Failure.h"
+#include "support/Text.h"
 
 namespace quen::reprocess {
+namespace {
+
+/** What a picture without EXIF cannot say itself: how it is to be turned for viewing. */
+std::string turnNote(Capture const& capture) {
+    if (capture.orientation == 0 && !capture.mirrored) {
+        return {};
+    }
+    std::string const turn = format("turned by %d degrees clockwise", capture.orientation);
+    return "is as the sensor saw it, and YUV cannot say that it is to be " +
+           (capture.orientation == 0 ? "" : turn) +
+           (capture.orientation != 0 && capture.mirrored ? ", then " : "") +
+           (capture.mirrored ? "mirrored left to right" : "");
+}
+
+}  // namespace
 
 void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget target) {
     auto const planes = buffer.planes();
@@ -52,7 +68,7 @@ Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKi
     auto const lock = picture.lock();
     auto* const pack = kind == OutputKind::Nv21 ? packNv21 : packI420;
     pack(yuvPlanes(picture, lock.data()), capture.width, capture.height, packed->data());
-    return {{packed->data(), packed->size()}, packed};
+    return {{packed->data(), packed->size()}, packed, turnNote(capture)};
 }
 
 }  // namespace quen::reprocess

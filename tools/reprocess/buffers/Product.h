@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "support/Bytes.h"
 
@@ -13,6 +14,7 @@ enum class OutputKind { Jpeg, Nv21, I420 };
 struct Product {
     Bytes bytes{};
     std::shared_ptr<void const> memory;  ///< keeps the bytes alive
+    std::string note;                    ///< a remark on it, for the user; usually empty
 };
 
 }  // namespace quen::reprocess

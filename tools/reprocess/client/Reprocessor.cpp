@@ -9,6 +9,7 @@
 
 #include <system/graphics.h>
 
+#include "buffers/JpegHead.h"
 #include "buffers/PictureBuffers.h"
 #include "buffers/ThreeABuffer.h"
 #include "client/DeviceSession.h"
@@ -49,7 +50,8 @@ void checkSize(Capture const& capture) {
                 "crop or scale it with other means first");
     }
     // Buffer sizes are int32 in a request.
-    size_t const largest = size_t{3} * capture.width * capture.height + (1 << 20);
+    size_t const largest =
+            size_t{3} * capture.width * capture.height + (1 << 20) + jpegHeadBytes(capture);
     if (largest > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
         throw Failure("is too large: " + std::to_string(capture.width) + "x" +
                               std::to_string(capture.height),
@@ -81,7 +83,7 @@ class HeldJpeg {
     HeldJpeg(HeldJpeg const&) = delete;
     HeldJpeg& operator=(HeldJpeg const&) = delete;
 
-    uint8_t const* data() const { return mLock->data(); }
+    uint8_t* data() const { return mLock->data(); }
 
   private:
     std::shared_ptr<BufferPool> const mPool;
@@ -172,6 +174,11 @@ void Reprocessor::submit(Frame& frame) {
 
 Product Reprocessor::finish(Frame& frame) {
     if (!frame.developing) {
+        // The library calls a request without a 3A buffer an error, though nothing in this one is
+        // needed to encode.
+        frame.metadata.setInt32(
+                kTagThreeAIndex,
+                publishCalibration(frame.capture.calibration, static_cast<int32_t>(frame.number)));
         return encode(frame, std::move(frame.input));
     }
     awaitDeveloped(frame);
@@ -207,7 +214,8 @@ void Reprocessor::awaitDeveloped(Frame& frame) {
 Product Reprocessor::encode(Frame& frame, std::unique_ptr<ClientBuffer> picture) {
     Capture const& capture = frame.capture;
     // More than any JPEG of the size takes; pages never written cost nothing.
-    uint32_t const size = 3 * capture.width * capture.height + (1 << 16);
+    uint32_t const size = 3 * capture.width * capture.height + (1 << 17) +
+                          static_cast<uint32_t>(jpegHeadBytes(capture));
     auto jpeg = mPool->take(size, 1, HAL_PIXEL_FORMAT_BLOB);
     ImageBuffer const input =
             imageBuffer(kInputStream, HAL_PIXEL_FORMAT_YCBCR_420_888,
@@ -222,11 +230,13 @@ Product Reprocessor::encode(Frame& frame, std::unique_ptr<ClientBuffer> picture)
     }
     mPool->give(std::move(picture));
     auto const held = std::make_shared<HeldJpeg>(mPool, std::move(jpeg));
-    uint8_t const* const bytes = held->data();
+    uint8_t* const bytes = held->data();
     if (made < 4 || static_cast<uint32_t>(made) > size || bytes[0] != 0xff || bytes[1] != 0xd8) {
         fail(frame, "was not encoded");
     }
-    return {{bytes, static_cast<size_t>(made)}, held};
+    size_t const finished = frame.watch.time(
+            "EXIF", [&] { return finishJpeg(bytes, static_cast<size_t>(made), size, capture); });
+    return {{bytes, finished}, held, {}};
 }
 
 }  // namespace quen::reprocess

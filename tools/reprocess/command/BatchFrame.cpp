@@ -72,6 +72,9 @@ bool BatchFrame::write(Report& report, Progress& progress) {
         for (std::string const& note : mNotes) {
             progress.problem("quen-reprocess: " + mJob.input + ": " + note);
         }
+        if (!mProduct.note.empty()) {
+            progress.problem("quen-reprocess: " + mJob.output + ": " + mProduct.note);
+        }
         std::chrono::duration<double> const taken = Clock::now() - mBegin;
         progress.line(format("%s -> %s  %s  %s  %.2f s", mJob.input.c_str(), mJob.output.c_str(),
                              mSize.c_str(), bytesText(mProduct.bytes.size).c_str(), taken.count()));

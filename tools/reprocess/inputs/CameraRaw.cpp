@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/isp/exif/ExifModule.h"
 #include "inputs/BitsUsed.h"
 #include "inputs/CompressedSize.h"
 #include "inputs/Corrections.h"
@@ -138,14 +139,37 @@ void readOrientation(int flip, Capture& capture) {
     }
 }
 
+/** What LibRaw knows of the capture. */
+host::isp::CaptureFacts factsOf(libraw_data_t const& data) {
+    host::isp::CaptureFacts facts;
+    facts.maker = data.idata.make;
+    facts.model = data.idata.model;
+    facts.lens = data.lens.Lens;
+    facts.time = data.other.timestamp;
+    facts.exposure = static_cast<double>(data.other.shutter);
+    facts.aperture = static_cast<double>(data.other.aperture);
+    facts.iso = static_cast<double>(data.other.iso_speed);
+    facts.focalLength = static_cast<double>(data.other.focal_len);
+    return facts;
+}
+
+/** Reads what the file says of the capture. */
+void readExif(RawFile const& raw, MappedFile const& file, Capture& capture) {
+    auto const* const module = host::isp::exifModule();
+    if (!module) {
+        throw Failure("has EXIF, and what reads it is not there");
+    }
+    capture.exif = module->ofCapture(file.data(), file.size(), false, factsOf(raw.imgdata));
+}
+
 }  // namespace
 
 Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     // MappedFile reports an unreadable file better than LibRaw.
-    size_t const bytes = MappedFile::open(path)->size();
+    auto const file = MappedFile::open(path);
     auto const raw = std::make_shared<RawFile>(path);
     auto const& sizes = raw->imgdata.sizes;
-    checkCompressedSize(bytes, sizes.raw_width, sizes.raw_height);
+    checkCompressedSize(file->size(), sizes.raw_width, sizes.raw_height);
     RawSamples const samples = readRawSamples(raw, path);
     if (!samples.first) {
         throw Failure("is no 2 x 2 Bayer mosaic", "convert it with other means first");
@@ -174,6 +198,7 @@ Capture readCameraRaw(std::string const& path, InputOptions const& options) {
     }
     applyCorrections(options, calibration);
     readOrientation(sizes.flip, capture);
+    readExif(*raw, *file, capture);
     capture.memory = samples.memory;
     return capture;
 }

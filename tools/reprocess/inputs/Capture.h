@@ -50,6 +50,8 @@ struct Capture {
     bool mirrored = false;  ///< to be mirrored left to right for viewing, after the turn
     std::variant<BayerImage, Nv21Image> image;
     SensorCalibration calibration;       ///< of a mosaic; levels at the depth of its samples
+    std::vector<uint8_t> exif;           ///< what the file says of the capture, a block of EXIF
+    std::vector<uint8_t> colourProfile;  ///< ICC, of the samples of a picture; sRGB when empty
     std::vector<std::string> notes;      ///< remarks on the file, for the user
     std::shared_ptr<void const> memory;  ///< keeps the memory of `image` alive
 };

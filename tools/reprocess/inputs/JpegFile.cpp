@@ -1,13 +1,16 @@
 #include "inputs/JpegFile.h"
 
-#include <libexif/exif-data.h>
 #include <libyuv.h>
 #include <turbojpeg.h>
 
 #include <array>
+#include <cstring>
+#include <utility>
 
+#include "host/isp/exif/ExifModule.h"
 #include "inputs/CompressedSize.h"
 #include "inputs/EvenSize.h"
+#include "inputs/JpegMarkers.h"
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
 
@@ -104,31 +107,36 @@ void decodeToNv21(tjhandle decoder, MappedFile const& file, int width, int heigh
                        evenHeight);
 }
 
-/** The orientation tag; 1 when the file has none. */
-int exifOrientation(MappedFile const& file) {
-    std::unique_ptr<ExifData, decltype(&exif_data_unref)> const exif(
-            exif_data_new_from_data(file.data(), static_cast<unsigned>(file.size())),
-            &exif_data_unref);
-    ExifEntry* const entry =
-            exif ? exif_content_get_entry(exif->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION) : nullptr;
-    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) {
-        return 1;
-    }
-    return exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
-}
-
-/** Sets the turn that an orientation tag asks for; notes a mirrored picture. */
-void setOrientation(int exif, Capture& capture) {
+/** Sets the turn that an orientation tag asks for. */
+void setOrientation(int tag, Capture& capture) {
     constexpr int kDegrees[] = {0, 0, 0, 180, 180, 90, 90, 270, 270};  // by the tag's value
     constexpr bool kMirrored[] = {false, false, true, false, true, true, false, true, false};
-    if (exif < 1 || exif > 8) {
+    capture.orientation = kDegrees[tag];
+    capture.mirrored = kMirrored[tag];
+}
+
+/** Reads EXIF and colour profile. */
+void readMarkers(MappedFile const& file, Capture& capture) {
+    JpegMarkers markers = readJpegMarkers(file.data(), file.size());
+    if (!markers.exif.empty()) {
+        auto const* const module = host::isp::exifModule();
+        if (!module) {
+            throw Failure("has EXIF, and what reads it is not there");
+        }
+        auto const& exif = markers.exif;
+        setOrientation(module->orientation(exif.data(), exif.size()), capture);
+        capture.exif = module->ofCapture(exif.data(), exif.size(), true, {});
+    }
+    // Where the header of a profile names its colours.
+    constexpr size_t kColours = 16;
+    auto const& profile = markers.colourProfile;
+    if (profile.size() < 128) {
         return;
     }
-    capture.orientation = kDegrees[exif];
-    capture.mirrored = kMirrored[exif];
-    if (kMirrored[exif]) {
-        capture.notes.push_back(
-                "is stored mirrored; a request can only turn, so it stays mirrored");
+    if (std::memcmp(profile.data() + kColours, "RGB ", 4) == 0) {
+        capture.colourProfile = std::move(markers.colourProfile);
+    } else {
+        capture.notes.push_back("has a colour profile that is none of RGB, so it is left out");
     }
 }
 
@@ -163,7 +171,7 @@ Capture readJpeg(std::string const& path) {
     decodeToNv21(decoder.get(), *file, width, height, usable, capture, packed->data());
     capture.image = Nv21Image{packed->data()};
     capture.memory = packed;
-    setOrientation(exifOrientation(*file), capture);
+    readMarkers(*file, capture);
     return capture;
 }
 

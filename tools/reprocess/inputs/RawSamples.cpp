@@ -3,7 +3,9 @@
 #include <libraw/libraw.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
+#include <optional>
 
 #include "inputs/MappedFile.h"
 #include "support/Failure.h"
@@ -73,8 +75,61 @@ RawSamples samplesInFile(LibRaw& raw, std::string const& path) {
     return {reinterpret_cast<uint16_t const*>(file->data() + offset), sizes.raw_width, file};
 }
 
+constexpr size_t divideUp(size_t value, size_t divisor) {
+    return (value + divisor - 1) / divisor;
+}
+
+/** The 32-bit number at a place in a file, in the file's own order of bytes; none beyond its end.
+ */
+std::optional<uint32_t> numberAt(MappedFile const& file, size_t offset, bool isLittleEndian) {
+    if (file.size() < sizeof(uint32_t) || offset > file.size() - sizeof(uint32_t)) {
+        return std::nullopt;
+    }
+    uint8_t const* const bytes = file.data() + offset;
+    uint32_t number = 0;
+    for (size_t i = 0; i < sizeof(number); ++i) {
+        number |= uint32_t{bytes[i]} << 8 * (isLittleEndian ? i : sizeof(number) - 1 - i);
+    }
+    return number;
+}
+
+/**
+ * Throws when a tile of a DNG's losslessly compressed mosaic is no JPEG: LibRaw leaves off there
+ * without a word, and the samples stay what the memory held before.
+ */
+void checkLosslessTiles(LibRaw& raw, std::string const& path) {
+    libraw_decoder_info_t decoder = {};
+    if (raw.get_decoder_info(&decoder) != LIBRAW_SUCCESS ||
+        std::strcmp(decoder.decoder_name, "lossless_dng_load_raw()") != 0) {
+        return;
+    }
+    auto const file = MappedFile::open(path);
+    auto const& sizes = raw.imgdata.sizes;
+    auto const& unpacker = raw.get_internal_data_pointer()->unpacker_data;
+    bool const isTiled = unpacker.tile_length < INT_MAX && unpacker.tile_width != 0;
+    size_t const count = isTiled ? divideUp(sizes.raw_width, unpacker.tile_width) *
+                                           divideUp(sizes.raw_height, unpacker.tile_length)
+                                 : 1;
+    for (size_t i = 0; i < count; ++i) {
+        size_t const list = static_cast<size_t>(unpacker.data_offset);
+        auto const first = isTiled ? numberAt(*file, list + i * sizeof(uint32_t),
+                                              unpacker.order == kLittleEndian)
+                                   : std::optional<uint32_t>(list);
+        auto const start = first ? numberAt(*file, *first, false) : std::nullopt;
+        if (!start) {
+            throw Failure("ends before the picture does");
+        }
+        if (*start >> 8 != 0xffd8ff) {
+            throw Failure(
+                    "cannot be decompressed: its samples are not the JPEG they are said to be",
+                    "the file is damaged");
+        }
+    }
+}
+
 /** Unpacks the samples. @throws Failure when the file is damaged or cannot be read */
-RawSamples unpackedSamples(std::shared_ptr<LibRaw> const& raw) {
+RawSamples unpackedSamples(std::shared_ptr<LibRaw> const& raw, std::string const& path) {
+    checkLosslessTiles(*raw, path);
     Damage damage;
     raw->set_dataerror_handler(noteDamage, &damage);
     int const result = raw->unpack();
@@ -100,7 +155,7 @@ RawSamples unpackedSamples(std::shared_ptr<LibRaw> const& raw) {
 
 RawSamples readRawSamples(std::shared_ptr<LibRaw> const& raw, std::string const& path) {
     RawSamples const plain = arePlainWords(*raw) ? samplesInFile(*raw, path) : RawSamples();
-    return plain.first ? plain : unpackedSamples(raw);
+    return plain.first ? plain : unpackedSamples(raw, path);
 }
 
 }  // namespace quen::reprocess

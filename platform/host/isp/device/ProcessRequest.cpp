@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <exception>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "host/isp/develop/Develop.h"
 #include "host/isp/develop/Resample.h"
+#include "host/isp/device/Thumbnail.h"
 #include "host/isp/jpeg/Exif.h"
 #include "host/isp/jpeg/JpegEncode.h"
 
@@ -139,15 +140,16 @@ Status encodeInto(Request const& request, IspReport& report, YuvPicture const& p
     }
     LegTimer const timer(report, "encode");
     RequestSettings const& sessionSettings = request.configuration->settings;
-    ExifFields exif;
+    YuvPicture const& source = scaled ? scaled->view() : picture;
+    PictureFacts exif;
     exif.width = stream.width;
     exif.height = stream.height;
     exif.orientationDegrees =
             request.settings.jpegOrientation.value_or(sessionSettings.jpegOrientation.value_or(0));
-    exif.time = time(nullptr);
+    exif.thumbnail = makeThumbnail(source);
     int const quality = request.settings.jpegQuality.value_or(
             sessionSettings.jpegQuality.value_or(kDefaultJpegQuality));
-    size_t const size = encodeJpeg(scaled ? scaled->view() : picture, quality, buildExif(exif),
+    size_t const size = encodeJpeg(source, quality, buildExif(std::move(exif)),
                                    output.buffer.lock(), output.blockBytes - sizeof(BlobTrailer));
     writeTrailer(output, size);
     if (size == 0) {

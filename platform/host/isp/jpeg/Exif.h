@@ -1,20 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <vector>
+
+#include "host/isp/exif/ExifModule.h"
 
 namespace quen::host::isp {
 
-/** The EXIF fields of a picture that differ from one to the next. */
-struct ExifFields {
-    int width = 0;
-    int height = 0;
-    int orientationDegrees = 0;  ///< clockwise turn that shows the picture upright: 0, 90, 180, 270
-    time_t time = 0;             ///< written as local time
-};
-
-/** Builds the content of a JPEG's APP1 segment, from "Exif" on; empty when memory runs out. */
-std::vector<uint8_t> buildExif(ExifFields const& fields);
+/**
+ * Builds the content of a JPEG's APP1 segment, from "Exif" on.
+ *
+ * It says what the ISP knows, the picture's size, turn and colours: nothing of the capture, which
+ * no setting tells.
+ *
+ * @param facts the software is filled in
+ * @return empty when it cannot be built
+ */
+std::vector<uint8_t> buildExif(PictureFacts facts);
 
 }  // namespace quen::host::isp

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quen::reprocess {
+
+/** What a JPEG says beside its picture. */
+struct JpegMarkers {
+    std::vector<uint8_t> exif;           ///< a block of EXIF; empty when there is none
+    std::vector<uint8_t> colourProfile;  ///< ICC; empty when there is none
+};
+
+/** Reads the markers of a JPEG; those of a damaged one may be missing. */
+JpegMarkers readJpegMarkers(uint8_t const* file, size_t size);
+
+}  // namespace quen::reprocess
