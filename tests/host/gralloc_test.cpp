@@ -163,7 +163,7 @@ TEST_F(Gralloc, LaysOutEveryFormat) {
     std::vector<Expected> const usual = {
             {PixelFormat::YCRCB_420_SP, 65, 3, 128, nv21, 640, "NV21"},
             {PixelFormat::IMPLEMENTATION_DEFINED, 65, 3, 128, nv12, 640, "NV12"},
-            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv12, 640, "NV12"},
+            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv21, 640, "NV21"},
             {PixelFormat::YV12, 65, 3, 128, yv12, 640, "YV12"},
             {PixelFormat::BLOB, 1001, 1, 1001, blob, 1001, ""},
             {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+-1 @0/128 49x2 0 =256 1:1:1"}, 256, ""},

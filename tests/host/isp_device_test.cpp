@@ -40,7 +40,7 @@ constexpr uint64_t kInput = 3;
 constexpr uint64_t kOutput = 7;
 
 constexpr int32_t kRaw16 = HAL_PIXEL_FORMAT_RAW16;
-constexpr int32_t kNv12 = HAL_PIXEL_FORMAT_YCBCR_420_888;
+constexpr int32_t kNv12 = HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED;
 constexpr int32_t kNv21 = HAL_PIXEL_FORMAT_YCRCB_420_SP;
 constexpr int32_t kPlanar = HAL_PIXEL_FORMAT_YV12;
 constexpr int32_t kBlob = HAL_PIXEL_FORMAT_BLOB;

@@ -148,6 +148,42 @@ TEST_F(SoftwareIspTest, CalibrationReachesTheIspAndComesBack) {
     EXPECT_EQ(used.wbGains[0], 2.0f);
 }
 
+/** Decodes a JPEG of the tests' size to RGB. */
+std::vector<uint8_t> decode(uint8_t const* jpeg, int size) {
+    std::vector<uint8_t> rgb(3 * kWidth * kHeight);
+    tjhandle const decoder = tjInitDecompress();
+    EXPECT_EQ(0, tjDecompress2(decoder, jpeg, static_cast<unsigned long>(size), rgb.data(), kWidth,
+                               0, kHeight, TJPF_RGB, 0));
+    tjDestroy(decoder);
+    return rgb;
+}
+
+// A client need not know how the picture lies between the stages.
+TEST_F(SoftwareIspTest, WhatIsDevelopedCanBeEncodedAsItLies) {
+    hidl_handle const raw = allocateGraphic(kWidth, kHeight, kRaw10);
+    fillRaw(raw, kRaw10, {1023, 0, 0, 0});  // pure red
+    hidl_handle const yuv = allocateGraphic(kWidth, kHeight, kYuv);
+    android::sp<RecordingCallback> const client = new RecordingCallback;
+    MetadataBuilder settings;
+    ImageBuffer const from = imageOf(1, kRaw10, kWidth, kHeight, raw);
+    ImageBuffer const between = imageOf(2, kYuv, kWidth, kHeight, yuv);
+    mRoad.create(from, {between}, settings.get());
+    EXPECT_EQ(mRoad.process(5, from, {between}, settings.get(), client), 0);
+    EXPECT_TRUE(client->waitFor(2));
+    mRoad.waitUntilDrained();
+
+    MemoryBuffer const jpeg(65536);
+    ImageBuffer const to = jpeg.image(3, 0x21, kWidth, kHeight);
+    int const size = mRoad.process(6, between, {to}, settings.get(), nullptr);
+    mRoad.waitUntilDrained();
+    ASSERT_GT(size, 0);
+    std::vector<uint8_t> const rgb = decode(jpeg.data(), size);
+    size_t const middle = 3 * (kWidth * 24 + 32);
+    EXPECT_GT(rgb[middle], 240);
+    EXPECT_LT(rgb[middle + 1], 15);
+    EXPECT_LT(rgb[middle + 2], 15);
+}
+
 TEST_F(SoftwareIspTest, YuvBecomesAJpegInTheClientsBuffer) {
     constexpr int kPixels = kWidth * kHeight;
     MemoryBuffer const yuv(kPixels * 3 / 2);
@@ -163,13 +199,7 @@ TEST_F(SoftwareIspTest, YuvBecomesAJpegInTheClientsBuffer) {
     mSession.waitUntilDrained();
     ASSERT_GT(size, 0);
 
-    tjhandle const decoder = tjInitDecompress();
-    auto const bytes = static_cast<unsigned long>(size);
-    std::vector<uint8_t> rgb(3 * kPixels);
-    ASSERT_EQ(
-            tjDecompress2(decoder, jpeg.data(), bytes, rgb.data(), kWidth, 0, kHeight, TJPF_RGB, 0),
-            0);
-    tjDestroy(decoder);
+    std::vector<uint8_t> const rgb = decode(jpeg.data(), size);
     EXPECT_NEAR(rgb[3 * (8 * kWidth + 8)], 60, 4);
     EXPECT_NEAR(rgb[3 * (kPixels - 8 * kWidth)], 200, 4);
 }

@@ -70,7 +70,7 @@ constexpr FormatRule kFormats[] = {
         {PixelFormat::RAW16, Layout::Raw16},
         {PixelFormat::BLOB, Layout::Blob},
         {PixelFormat::IMPLEMENTATION_DEFINED, Layout::Nv12},
-        {PixelFormat::YCBCR_420_888, Layout::Nv12},
+        {PixelFormat::YCBCR_420_888, Layout::Nv21},
         {PixelFormat::RAW10, Layout::Raw10},
         {PixelFormat::RAW12, Layout::Raw12},
         {PixelFormat::YV12, Layout::Yv12},

@@ -36,7 +36,12 @@ constexpr uint32_t kRowAlignment = 64;
 /** The largest buffer there is: client records tell sizes as int32. */
 constexpr uint64_t kLargestBuffer = INT32_MAX;
 
-/** The layout that buffers of a format have unless something else was chosen; none if not known. */
+/**
+ * The layout that buffers of a format have unless something else was chosen; none if not known.
+ *
+ * YCBCR_420_888 has V before U, as the library reads a picture to encode: what the ISP develops can
+ * be handed on where its rows have no padding.
+ */
 std::optional<Layout> usualLayout(android::hardware::graphics::common::V1_2::PixelFormat format);
 
 /** Whether the layout is one of 4:2:0 pictures. */

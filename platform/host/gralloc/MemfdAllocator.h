@@ -44,7 +44,7 @@ class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAll
 
     std::array<Choice, 3> mChoices = {{{PixelFormat::YCRCB_420_SP, {Layout::Nv21}},
                                        {PixelFormat::IMPLEMENTATION_DEFINED, {Layout::Nv12}},
-                                       {PixelFormat::YCBCR_420_888, {Layout::Nv12}}}};
+                                       {PixelFormat::YCBCR_420_888, {Layout::Nv21}}}};
 };
 
 }  // namespace quen::host

@@ -50,6 +50,9 @@ std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> pict
     {
         auto const from = picture->lock();
         YuvPlanes const planes = yuvPlanes(*picture, from.data());
+        if (isPackedNv21(planes, capture.width, capture.height, from.data())) {
+            return picture;
+        }
         if (canPackInPlace(planes, capture.width, capture.height, from.data())) {
             packNv21(planes, capture.width, capture.height, from.data());
             return picture;

@@ -29,7 +29,8 @@ void fillRaw(ClientBuffer const& buffer, Capture const& capture, RawTarget targe
 std::unique_ptr<ClientBuffer> packedPicture(Capture const& capture, BufferPool& pool);
 
 /**
- * Packs a developed picture as NV21: in its own buffer where possible, else in another one.
+ * Packs a developed picture as NV21, unless it is: in its own buffer where possible, else in
+ * another one.
  *
  * @throws Failure when the picture is no 4:2:0 of 8 bits, or no buffer can be allocated
  */

@@ -55,6 +55,12 @@ YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data) {
     return planes;
 }
 
+bool isPackedNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data) {
+    return planes.y == data && planes.yStride == int(width) && planes.chromaStep == 2 &&
+           planes.chromaStride == int(width) && planes.cr == data + size_t{width} * height &&
+           planes.cb == planes.cr + 1;
+}
+
 bool canPackInPlace(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data) {
     return planes.chromaStep == 2 && planes.y == data && planes.yStride >= int(width) &&
            planes.chromaStride >= int(width) &&

@@ -20,6 +20,9 @@ struct YuvPlanes {
 /** Locates the samples of a locked buffer. @throws Failure when the layout is no 4:2:0 of 8 bits */
 YuvPlanes yuvPlanes(ClientBuffer const& buffer, uint8_t const* data);
 
+/** Whether a locked picture is packed NV21 as it lies. */
+bool isPackedNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t const* data);
+
 /**
  * Whether packNv21 may pack a picture in its own buffer: when rows only move towards the front.
  * Saves the page faults of a second buffer.

@@ -154,14 +154,12 @@ void Reprocessor::fail(Frame const& frame, char const* problem) const {
 }
 
 void Reprocessor::submit(Frame& frame) {
-    Capture const& capture = frame.capture;
-    int32_t const number = static_cast<int32_t>(frame.number);
-    // Nothing in it is needed to encode a picture, but the library calls a request without a 3A
-    // buffer an error.
-    frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
     if (frame.rawFormat == 0) {
         return;
     }
+    Capture const& capture = frame.capture;
+    int32_t const number = static_cast<int32_t>(frame.number);
+    frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
     frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
     ImageBuffer const input =
             imageBuffer(kInputStream, frame.rawFormat, frame.input->size(), capture, *frame.input);
