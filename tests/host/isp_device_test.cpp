@@ -23,6 +23,7 @@
 #include "host/gralloc/GraphicsServices.h"
 #include "host/isp/buffers/SensorCalibration.h"
 #include "host/isp/device/SoftwareIspModule.h"
+#include "host/metadata/IspMetadataReader.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ constexpr int32_t kPlanar = HAL_PIXEL_FORMAT_YV12;
 constexpr int32_t kBlob = HAL_PIXEL_FORMAT_BLOB;
 
 constexpr uint32_t kCrop = 0x000d0000;
+constexpr uint32_t kJpegOrientation = 0x00070003;
 constexpr uint32_t kRawBitDepth = 0x800b001b;
 
 /** A graphic buffer, mapped for the test. */
@@ -208,6 +210,50 @@ TEST_F(SoftwareIsp, DevelopsIntoEveryLayoutAndScalesToEachOutput) {
               Status::OK);
     EXPECT_EQ(results->told(2), "1 OK 2 OK ");
     EXPECT_NEAR(yuv.data[0], 225, 2) << "771 of 1023";
+}
+
+TEST_F(SoftwareIsp, ClipsACropAtEachSide) {
+    ASSERT_EQ(configure(rawStream, {yuvStream}), Status::OK);
+    std::vector<int32_t> found;
+    results->onResult = [&](ISPResult const& result) {
+        quen::host::IspMetadataReader reader;
+        ASSERT_TRUE(reader.parse(result.resultMetadata.data(), result.resultMetadata.size()));
+        for (size_t i = 0; i < 4; ++i) {
+            found.push_back(reader.int32Of(kCrop, i).value_or(-1));
+        }
+    };
+    uint32_t number = 0;
+    for (auto const& [wanted, clipped] :
+         {std::pair(std::vector<int32_t>{-8, 4, 40, 20}, std::vector<int32_t>{0, 4, 32, 20}),
+          {{40, 4, 40, 20}, {40, 4, 24, 20}},
+          {{4, -8, 20, 20}, {4, 0, 20, 12}},
+          {{4, 40, 20, 20}, {4, 40, 20, 8}}}) {
+        found.clear();
+        ASSERT_EQ(submit(request(++number, raw.raw, {yuv.raw}, {{kCrop, wanted}})), Status::OK);
+        results->told(number);
+        EXPECT_EQ(found, clipped);
+    }
+}
+
+TEST_F(SoftwareIsp, EncodesAtTheSizeOfItsOutputAndSaysSo) {
+    constexpr uint32_t kBytes = 32768;
+    ASSERT_EQ(configure(stream(kInput, kNv12), {stream(kOutput, kBlob, 32, 24)}), Status::OK);
+    Buffer const blob(kBytes, 1, kBlob);
+    ASSERT_EQ(submit(request(1, yuv.raw, {blob.raw}, {{kJpegOrientation, {90}}})), Status::OK);
+    EXPECT_EQ(results->told(1), "1 OK ");
+    uint32_t size = 0;
+    memcpy(&size, blob.data + kBytes - sizeof(size), sizeof(size));
+    ASSERT_LT(size, kBytes);
+    std::string const file(reinterpret_cast<char*>(blob.data), size);
+    // A quarter turn is told, not made: the sides stay as they are stored.
+    for (std::string const& part :
+         {std::string("\0\x11\x08\0\x18\0\x20", 7), std::string("\2\xa0\4\0\1\0\0\0\x20\0\0\0", 12),
+          std::string("\3\xa0\4\0\1\0\0\0\x18\0\0\0", 12),
+          std::string("\x12\1\3\0\1\0\0\0\6\0", 10)}) {
+        EXPECT_NE(file.find(part), std::string::npos) << testing::PrintToString(part);
+    }
+    EXPECT_NE(file.find("\xff\xd8", 2), std::string::npos) << "a thumbnail";
+    EXPECT_EQ(file.find("\x0f\1\2"), std::string::npos) << "no maker";
 }
 
 TEST_F(SoftwareIsp, TakesInterleavedRgbInABlock) {

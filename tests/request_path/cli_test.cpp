@@ -150,6 +150,49 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
     }
 }
 
+TEST_F(CliTest, WhatCannotBeWrittenIsToldAndLeavesNothing) {
+    put("shot.dng", asDng(kGrey, "rggb"));
+    ASSERT_EQ(0, run("shot.dng -o shot.jpg").exitCode);
+    EXPECT_EQ(1, run("shot.dng -o /dev/full --format jpg").exitCode);
+    EXPECT_EQ(1, run("shot.dng -o x.jpg --info >/dev/full 2>err.txt #").exitCode);
+    EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written"));
+    fs::remove(path("x.jpg"));
+
+    // A disk with room for a page.
+    put("full.sh", "mkdir disk && mount -t tmpfs -o size=4096 none disk || exit 77\n" QUEN_REPROCESS
+                   " shot.dng -o disk/shot.nv21 2>err.txt && exit 1\nls -A disk | wc -l >out.txt");
+    int const status = std::system(("cd '" + mFolder.string() +
+                                    "' && unshare -rm sh full.sh "
+                                    "2>unshared.txt")
+                                           .c_str());
+    bool const isMounted = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    if (isMounted) {
+        EXPECT_THAT(get("err.txt"), HasSubstr("cannot be written"));
+        EXPECT_EQ("0\n", get("out.txt"));
+    }
+    fs::remove(path("full.sh"));
+    EXPECT_THAT(names(), ElementsAre("shot.dng", "shot.jpg"));
+    if (!isMounted) {
+        GTEST_SKIP() << "no disk could be mounted: " << get("unshared.txt");
+    }
+}
+
+TEST_F(CliTest, NothingIsPrintedThatATerminalObeysNorWithoutNeed) {
+    put("shot.dng", asDng(kGrey, "rggb"));
+    ASSERT_EQ(0, run("shot.dng -o shot.jpe").exitCode);
+    Outcome const healthy = run("shot.jpe -o again.jpg --log error");
+    EXPECT_EQ(0, healthy.exitCode);
+    EXPECT_EQ("", healthy.err);
+
+    put("a\x1b[31m\xc2\x9bz\xc3\xa9", get("shot.jpe"));  // no suffix: a JPEG by its content
+    put("b\x1b[31m.jpg", "no picture");
+    Outcome const outcome = run("a* b* -o out");
+    EXPECT_THAT(outcome.out, HasSubstr("a\\x1b[31m\\xc2\\x9bz\xc3\xa9 -> "));
+    EXPECT_THAT(outcome.err, HasSubstr("b\\x1b[31m.jpg: is no JPEG"));
+    EXPECT_EQ(std::string::npos, (outcome.out + outcome.err).find('\x1b'));
+    EXPECT_EQ(1, outcome.exitCode);
+}
+
 // Figures that nothing behind them bears out; a reader that believes them takes all memory there
 // is.
 TEST_F(CliTest, DamagedFiguresAreToldBeforeTheyAreUsed) {
@@ -203,8 +246,8 @@ TEST_F(CliTest, AWrongCommandLineDoesNothing) {
          {"", "in.dng", "in.dng -o x", "in.dng -o x.jpg --format yuv",
           "in.dng -o x.jpg --quality 0", "in.dng -o x.jpg --set nosuchtag=1",
           "in.dng -o x.jpg --set currentMode=abc", "in.dng -o x.jpg --set 0x000d0000=1,2",
-          "in.dng -o x.jpg --set ispFeatureHint=28", "in.dng -o x.jpg --bayer rggb",
-          "demo in.dng"}) {
+          "in.dng -o x.jpg --set 0x000d0000=1,,2,3", "in.dng -o x.jpg --set ispFeatureHint=28",
+          "in.dng -o x.jpg --bayer rggb", "demo in.dng"}) {
         Outcome const outcome = run(arguments);
         EXPECT_EQ(2, outcome.exitCode) << arguments;
         EXPECT_FALSE(outcome.err.empty()) << arguments;
