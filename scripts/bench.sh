@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh libbenchmark-dev valgrind strace binutils >&2
 # A build folder of its own: the other scripts do not need the packages of the benchmark.
 cmake --preset release -B build/bench -DQUEN_BUILD_TESTS=OFF -DQUEN_BUILD_BENCH=ON >/dev/null
-cmake --build build/bench --target quen-bench quen-bench-watch raw-to-jpeg >&2
+cmake --build build/bench --target quen-bench quen-bench-watch raw-to-jpeg batch-costs >&2
 if [ "${1:-}" = build ]; then
     exit
 fi
@@ -59,4 +59,5 @@ echo "measuring" >&2
 
 if [ $# -eq 0 ]; then
     scripts/bench_raw_to_jpeg.sh | sed 1,2d # without its table head
+    scripts/bench_batch.sh | sed 1,2d
 fi

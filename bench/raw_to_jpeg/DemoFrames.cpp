@@ -1,5 +1,5 @@
 // The demo's capture as files, and its scene to compare developed pictures with:
-//   demo-frames write FOLDER        makes 12.dng 12.raw 50.dng 50.raw
+//   demo-frames write FOLDER        makes 04.raw 12.dng 12.raw 50.dng 50.raw
 //   demo-frames compare PICTURE...  prints the PSNR of each against the scene, in dB
 #include <cstdio>
 #include <cstring>
@@ -23,7 +23,10 @@ using quen::reprocess::Capture;
 constexpr uint32_t kLargeWidth = 8160;
 constexpr uint32_t kLargeHeight = 6120;
 
-/** Tiles a capture to the size of a larger sensor. */
+constexpr uint32_t kSmallWidth = 736;
+constexpr uint32_t kSmallHeight = 552;
+
+/** Cuts or tiles a capture to the size of another sensor. */
 Capture tiled(Capture const& capture, uint32_t width, uint32_t height) {
     BayerImage const& from = std::get<BayerImage>(capture.image);
     auto const samples = std::make_shared<std::vector<uint16_t>>();
@@ -56,6 +59,7 @@ int writeFrames(std::string const& folder) {
     Capture const small = quen::reprocess::exposeDemoSensor(quen::reprocess::renderDemoScene());
     Capture const large = tiled(small, kLargeWidth, kLargeHeight);
     bool const isWritten =
+            writeHeaderless(tiled(small, kSmallWidth, kSmallHeight), folder + "/04.raw") &&
             writeDng(small, folder + "/12.dng") && writeHeaderless(small, folder + "/12.raw") &&
             writeDng(large, folder + "/50.dng") && writeHeaderless(large, folder + "/50.raw");
     if (!isWritten) {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Child.h"
+#include "support/Child.h"
 #include "support/Table.h"
 
 namespace quenbench {
@@ -81,22 +81,6 @@ Command peerCommand(Programs const& programs, Work const& work, Peer const& peer
 
 constexpr double kMostBytesPerPixel = 16;
 
-std::string decimals(double value) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.2f", value);
-    return text;
-}
-
-double median(std::vector<Cost> const& costs, double Cost::*figure) {
-    std::vector<double> values;
-    for (Cost const& cost : costs) {
-        values.push_back(cost.*figure);
-    }
-    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 /** Runs the commands in turn, after one round that is not counted. */
 std::vector<std::vector<Cost>> measure(std::vector<Command> const& commands, int repetitions) {
     std::vector<std::vector<Cost>> costs(commands.size());
@@ -138,8 +122,8 @@ void measureWork(Programs const& programs, Work const& work, int repetitions) {
     }
     double const ours = median(costs[0], &Cost::peakBytes) / work.pixels;
     double const peers = median(costs[1], &Cost::peakBytes) / work.pixels;
-    printRow(std::cout, {"RAW to JPEG, peak bytes a pixel", work.describe(), decimals(ours),
-                         std::string(kPeers[0].name) + " " + decimals(peers), ours,
+    printRow(std::cout, {"RAW to JPEG, peak bytes a pixel", work.describe(), decimalText(ours),
+                         std::string(kPeers[0].name) + " " + decimalText(peers), ours,
                          Goal::atMost(kMostBytesPerPixel)});
 }
 
@@ -158,9 +142,9 @@ void comparePictures(Programs const& programs, Work const& work) {
     double const ours = std::strtod(next, &next);
     for (Peer const& peer : kPeers) {
         double const peers = std::strtod(next, &next);
-        printRow(std::cout,
-                 {"RAW to JPEG, PSNR of the scene in dB", work.describe(), decimals(ours),
-                  std::string(peer.name) + " " + decimals(peers), ours / peers, Goal::atLeast(1)});
+        printRow(std::cout, {"RAW to JPEG, PSNR of the scene in dB", work.describe(),
+                             decimalText(ours), std::string(peer.name) + " " + decimalText(peers),
+                             ours / peers, Goal::atLeast(1)});
     }
 }
 

@@ -77,6 +77,12 @@ std::string timeText(double seconds) {
     return number("%.2f ns", seconds * 1e9);
 }
 
+std::string decimalText(double value) {
+    char text[32];
+    snprintf(text, sizeof(text), "%.2f", value);
+    return text;
+}
+
 std::string countText(double count) {
     return count < 1e4 ? number("%.4g", count) : number("%.3g k", count / 1e3);
 }

@@ -35,6 +35,9 @@ void printRow(std::ostream& out, Row const& row);
 /** "12.3 us": three digits of a time given in seconds. */
 std::string timeText(double seconds);
 
+/** "12.34": a number with two decimals. */
+std::string decimalText(double value);
+
 /** A count with as many digits as it needs: "12", "12.5", "84.1 k". */
 std::string countText(double count);
 

@@ -42,16 +42,18 @@ void occupyStandardDescriptors() {
 }
 
 /** Registers the services and sets the properties that the library finds on a phone. */
-void startPlatform(Options const& options, std::shared_ptr<Report> const& report) {
+void startPlatform(Options const& options, BatchResources const& resources,
+                   std::shared_ptr<Report> const& report) {
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
     host::registerGraphicsServices();
     host::isp::SoftwareIspOptions isp;
     isp.observer = report;
+    isp.developThreads = resources.developThreads;
     // Longer than this client is on its way from a submission to the wait, and no longer than a
     // small picture takes.
-    isp.minimumLatency = std::chrono::milliseconds(2);
+    isp.minimumLatency = std::chrono::milliseconds(1);
     host::isp::registerSoftwareIsp(isp);
 }
 
@@ -69,8 +71,9 @@ int run(int argc, char** argv) {
         return kUsage;
     }
     auto const report = std::make_shared<Report>(options->info);
-    startPlatform(*options, report);
-    Reprocessor reprocessor(options->request, *report, keptBuffers(*options));
+    BatchResources const resources = resourcesFor(*options);
+    startPlatform(*options, resources, report);
+    Reprocessor reprocessor(options->request, *report, resources.keptBuffers);
     return options->demo ? runDemo(*options, reprocessor, *report)
                          : runBatch(*options, reprocessor, *report);
 }

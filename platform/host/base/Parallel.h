@@ -5,12 +5,15 @@
 namespace quen::host {
 
 /**
- * Runs pieces of work on as many threads as there are processors, the caller's included, and
- * returns when all are done. An exception from a piece stops the others early and is rethrown here.
+ * Runs pieces of work on the caller's thread and on helpers that are free, and returns when all are
+ * done. All calls of the process share the helpers, of which there is one fewer than processors. An
+ * exception from a piece stops the others early and is rethrown here.
  *
  * @param count pieces
  * @param makeWorker called once on each thread; returns what runs the piece of an index
+ * @param mostThreads at work on the pieces, the caller's included; 0 for as many as there are
  */
-void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker);
+void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker,
+                int mostThreads = 0);
 
 }  // namespace quen::host

@@ -95,16 +95,28 @@ size_t memoryToUse() {
     return std::numeric_limits<size_t>::max();
 }
 
-/** The number of jobs, when it is not given: one a processor. */
+size_t processors() {
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
+/** How many inputs are in work at a time: unless it is given, one a processor. */
 size_t jobsOf(Options const& options) {
-    return options.jobs != 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+    return std::min(options.jobs != 0 ? options.jobs : processors(), options.inputs.size());
 }
 
 }  // namespace
 
-size_t keptBuffers(Options const& options) {
-    // A mosaic, a picture and a JPEG; those of a single frame are not needed again.
-    return options.inputs.size() > 1 ? 3 : 0;
+BatchResources resourcesFor(Options const& options) {
+    BatchResources resources;
+    if (options.inputs.size() > 1) {
+        resources.keptBuffers = 3;  // a mosaic, a picture and a JPEG
+    }
+    // Half of the processors for the frame that is encoded: much of that is one thread's work,
+    // which decides when the next one begins.
+    if (jobsOf(options) > 1) {
+        resources.developThreads = static_cast<int>((processors() + 1) / 2);
+    }
+    return resources;
 }
 
 int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
@@ -122,7 +134,7 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
     {
         Interruption const interruption;
         Batch batch(options, reprocessor, report, jobs);
-        size_t const atOnce = std::min(jobsOf(options), jobs.size());
+        size_t const atOnce = jobsOf(options);
         run = atOnce > 1 ? Pipeline(jobs.size(), atOnce, memoryToUse(), batch).run()
                          : batch.runInTurn();
         failed = batch.failed();

@@ -8,8 +8,13 @@
 
 namespace quen::reprocess {
 
-/** How many buffers are worth keeping from frame to frame. */
-size_t keptBuffers(Options const& options);
+/** How the work of a command line is best spread. */
+struct BatchResources {
+    size_t keptBuffers = 0;  ///< for further frames
+    int developThreads = 0;  ///< of a single request; 0 for one a processor
+};
+
+BatchResources resourcesFor(Options const& options);
 
 /**
  * Reprocesses every input of the command line, several at a time. One that fails does not stop the

@@ -8,7 +8,7 @@
 namespace quen::host::isp {
 
 void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration const& calibration,
-             YuvPicture const& target) {
+             YuvPicture const& target, int mostThreads) {
     BayerOrder const order = calibration.bayerOrder;
     bool const bayer = source.isBayer();
     DevelopPlan const plan{
@@ -22,10 +22,11 @@ void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration 
             target,
     };
     int const bands = (crop.height + kBandRows - 1) / kBandRows;
-    inParallel(bands, [&plan] {
+    auto const makeWorker = [&plan] {
         auto const developer = std::make_shared<BandDeveloper>(plan);
         return [developer](int band) { developer->develop(band); };
-    });
+    };
+    inParallel(bands, makeWorker, mostThreads);
 }
 
 }  // namespace quen::host::isp

@@ -1,10 +1,11 @@
-#include "Child.h"
+#include "support/Child.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace quenbench {
@@ -36,6 +37,16 @@ bool endedWell(int status) {
 }
 
 }  // namespace
+
+double median(std::vector<Cost> const& costs, double Cost::*figure) {
+    std::vector<double> values;
+    for (Cost const& cost : costs) {
+        values.push_back(cost.*figure);
+    }
+    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
 
 bool runChild(std::vector<std::string> const& command, Cost& cost) {
     static int const gNowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);

@@ -21,6 +21,9 @@ struct Cost {
  */
 bool runChild(std::vector<std::string> const& command, Cost& cost);
 
+/** The median of one figure of several runs. */
+double median(std::vector<Cost> const& costs, double Cost::*figure);
+
 /** Runs a program and reads its standard output. @return whether it succeeded */
 bool readChild(std::vector<std::string> const& command, std::string& output);
 
