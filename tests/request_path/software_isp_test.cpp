@@ -167,15 +167,15 @@ TEST_F(SoftwareIspTest, WhatIsDevelopedCanBeEncodedAsItLies) {
     MetadataBuilder settings;
     ImageBuffer const from = imageOf(1, kRaw10, kWidth, kHeight, raw);
     ImageBuffer const between = imageOf(2, kYuv, kWidth, kHeight, yuv);
-    mRoad.create(from, {between}, settings.get());
-    EXPECT_EQ(mRoad.process(5, from, {between}, settings.get(), client), 0);
+    mSession.create(from, {between}, settings.get());
+    EXPECT_EQ(mSession.process(5, from, {between}, settings.get(), client), 0);
     EXPECT_TRUE(client->waitFor(2));
-    mRoad.waitUntilDrained();
+    mSession.waitUntilDrained();
 
     MemoryBuffer const jpeg(65536);
     ImageBuffer const to = jpeg.image(3, 0x21, kWidth, kHeight);
-    int const size = mRoad.process(6, between, {to}, settings.get(), nullptr);
-    mRoad.waitUntilDrained();
+    int const size = mSession.process(6, between, {to}, settings.get(), nullptr);
+    mSession.waitUntilDrained();
     ASSERT_GT(size, 0);
     std::vector<uint8_t> const rgb = decode(jpeg.data(), size);
     size_t const middle = 3 * (kWidth * 24 + 32);

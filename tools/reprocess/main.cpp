@@ -47,7 +47,10 @@ void startPlatform(Options const& options, BatchResources const& resources,
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
-    host::registerGraphicsServices();
+    host::GraphicsServices const graphics = host::registerGraphicsServices();
+    if (resources.keptBuffers != 0) {
+        graphics.allocator->keepReserve();
+    }
     host::isp::SoftwareIspOptions isp;
     isp.observer = report;
     isp.developThreads = resources.developThreads;

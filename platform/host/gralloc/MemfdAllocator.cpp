@@ -24,16 +24,19 @@ namespace quen::host {
 
 namespace {
 
+// Below, making memory ahead takes longer than making it.
+constexpr uint64_t kLeastReserved = 4u << 20;
+
 constexpr size_t kLongestName = 200;  // of a memfd; the kernel takes a little more
 
-/** Returns an id that no other buffer has, in any process of this machine. */
+/** Unlike in every process that this one may share buffers with. */
 uint64_t nextBufferId() {
     static std::atomic<uint32_t> gLatest{0};
     return static_cast<uint64_t>(getpid()) << 32 | ++gLatest;
 }
 
-/** Creates memory, sealed against shrinking under a mapping. -1 on failure. */
-int createMemory(std::string const& name, uint64_t size) {
+/** Memory that nobody may shrink under a mapping. -1 when there is none. */
+int createNamedMemory(std::string const& name, uint64_t size) {
     int const memory = memfd_create(name.c_str(), MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (memory < 0) {
         return -1;
@@ -46,11 +49,32 @@ int createMemory(std::string const& name, uint64_t size) {
     return memory;
 }
 
-/** Creates a handle that owns its memory; null on failure. */
-hidl_handle createBuffer(std::string const& name, BufferFacts const& facts) {
+int createReservedMemory(uint64_t size) {
+    return createNamedMemory("reserve", size);
+}
+
+}  // namespace
+
+void MemfdAllocator::keepReserve() {
+    mReserve = std::make_unique<MemoryReserve>(createReservedMemory);
+}
+
+/** The memory of a buffer; -1 when there is none. */
+int MemfdAllocator::createMemory(std::string const& name, BufferFacts const& facts) {
+    bool const isReserved = mReserve != nullptr && facts.reservedSize == 0 &&
+                            facts.layout != Layout::Blob &&
+                            facts.extent.sizeInBytes >= kLeastReserved;
+    if (isReserved) {
+        return mReserve->take(facts.extent.sizeInBytes);
+    }
+    return createNamedMemory(name,
+                             facts.reservedSize != 0 ? wholeSize(facts) : facts.extent.sizeInBytes);
+}
+
+/** A handle that owns its memory; null when there is none. */
+hidl_handle MemfdAllocator::createBuffer(std::string const& name, BufferFacts const& facts) {
     hidl_handle result;
-    int const memory = createMemory(
-            name, facts.reservedSize != 0 ? wholeSize(facts) : facts.extent.sizeInBytes);
+    int const memory = createMemory(name, facts);
     if (memory < 0) {
         return result;
     }
@@ -62,8 +86,6 @@ hidl_handle createBuffer(std::string const& name, BufferFacts const& facts) {
     result.setTo(handle, true);
     return result;
 }
-
-}  // namespace
 
 MemfdAllocator::Choice* MemfdAllocator::findChoice(PixelFormat format) {
     auto* const found = std::find_if(mChoices.begin(), mChoices.end(),
@@ -86,7 +108,7 @@ Return<void> MemfdAllocator::allocate(hidl_vec<uint8_t> const& bufferDescriptor,
     Error error = decodeDescription(bufferDescriptor, info) ? checkDescription(info)
                                                             : Error::BAD_DESCRIPTOR;
     if (error == Error::BAD_VALUE) {
-        error = Error::BAD_DESCRIPTOR;  // not from a mapper
+        error = Error::BAD_DESCRIPTOR;  // no mapper gave it
     }
     if (error != Error::NONE) {
         cb(error, 0, {});

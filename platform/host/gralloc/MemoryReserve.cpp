@@ -1,0 +1,55 @@
+#include "host/gralloc/MemoryReserve.h"
+
+#include <unistd.h>
+
+#include <system_error>
+#include <utility>
+
+namespace quen::host {
+
+MemoryReserve::Memory::Memory(Make make, uint64_t bytes) : size(bytes), descriptor(make(bytes)) {
+    if (descriptor >= 0) {
+        mapping = MemoryMapping::of(descriptor, bytes, bytes);
+    }
+}
+
+MemoryReserve::Memory::Memory(Memory&& other) noexcept
+    : size(other.size),
+      descriptor(std::exchange(other.descriptor, -1)),
+      mapping(std::move(other.mapping)) {}
+
+MemoryReserve::Memory::~Memory() {
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+}
+
+int MemoryReserve::take(uint64_t size) {
+    MutexLock const guard(mLock);
+    int taken = -1;
+    std::shared_ptr<MemoryMapping> mapping;
+    if (mNext.valid()) {
+        Memory next = mNext.get();
+        if (next.size == size) {
+            taken = std::exchange(next.descriptor, -1);
+            mapping = std::move(next.mapping);
+        }
+    }
+    makeNext(size);
+    mTaken = std::move(mapping);
+    return taken >= 0 ? taken : mMake(size);
+}
+
+/** Goes without when the system refuses a thread. */
+void MemoryReserve::makeNext(uint64_t size) {
+    try {
+        mNext = std::async(std::launch::async,
+                           [make = mMake, size, last = std::move(mTaken)]() mutable {
+                               last = nullptr;
+                               return Memory(make, size);
+                           });
+    } catch (std::system_error const&) {
+    }
+}
+
+}  // namespace quen::host
