@@ -22,9 +22,9 @@ namespace quenbench {
 
 namespace {
 
-constexpr PictureSize kSizes[] = {
-        {"2MP", 1920, 1080},  {"8MP", 3264, 2448},  {"12MP", 4000, 3000}, {"16MP", 4608, 3456},
-        {"24MP", 6000, 4000}, {"50MP", 8160, 6120}, {"108MP", 12000, 9000}};
+constexpr PictureSize kSizes[] = {{"2MP", 1920, 1080},   {"8MP", 3264, 2448},  {"12MP", 4000, 3000},
+                                  {"16MP", 4608, 3456},  {"24MP", 6000, 4000}, {"50MP", 8160, 6120},
+                                  {"108MP", 12000, 9000}};
 constexpr ChromaLayout kLayouts[] = {
         {"NV21", Layout::Nv21}, {"NV12", Layout::Nv12}, {"planar", Layout::I420}};
 
