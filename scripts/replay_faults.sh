@@ -24,8 +24,8 @@ declare -rA options=(
 # The test programs of each build, by their names without "_test".
 programs() { find "tests/$1" -name '*_test.cpp' -printf "$1_%f " | sed 's/_test\.cpp//g'; }
 readonly slow_programs="request_path_load request_path_endurance request_path_cli" # for what all the others miss
-readonly request_programs="library_hal_interface library_result_dispatch request_path_process \
-    request_path_transcripts"
+readonly request_programs="library_hal_interface library_lock_scope library_result_dispatch \
+    request_path_process request_path_transcripts"
 declare -rA all_programs=(
     [default]="$(programs library) $(programs request_path)"
     [hardened]="$request_programs hardened_request_path hardened_isp_metadata_decoding"
@@ -51,7 +51,7 @@ declare -rA first_programs=(
     [process]="request_path_process request_path_transcripts"
     [reconfigure]=library_reconfigure
     [records]=request_path_transcripts
-    [registry]=library_hal_interface
+    [registry]="library_hal_interface library_lock_scope"
     [result]="library_result_dispatch request_path_transcripts"
     [streams]=library_stream_configuration
     [tuning]=library_tuning
@@ -68,8 +68,8 @@ apply() {
 run_program() {
     local runs=1
     if [[ $1 == race ]]; then runs=$race_runs; fi
-    if timeout "$hang_seconds" "build/$1/tests/$2_test" --gtest_fail_fast \
-        --gtest_repeat="$runs" >"$log" 2>&1; then
+    if { timeout "$hang_seconds" "build/$1/tests/$2_test" --gtest_fail_fast \
+        --gtest_repeat="$runs"; } >"$log" 2>&1; then
         return 0
     fi
     failed=$(sed -n 's/^\[  FAILED  \] \([A-Za-z0-9_./]*\).*/\1/p; q' <(grep FAILED "$log"))

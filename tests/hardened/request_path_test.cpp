@@ -74,6 +74,35 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
     EXPECT_FALSE(mSession.isOutstanding(static_cast<uint32_t>(mNumber)));
 }
 
+TEST_F(HardenedPathTest, EveryWaitingCallEndsWithTheResultOfItsDeviceAndNumber) {
+    setJpegTimeout("1000");
+    struct Call {
+        void const* bridge;
+        uint32_t number;
+        int32_t status;
+        std::promise<void> hasBegun;
+        std::future<int32_t> result;
+    };
+    int const bridges[2] = {};
+    Call calls[] = {
+            {&bridges[0], 7, 1, {}, {}}, {&bridges[1], 7, 2, {}, {}}, {bridges, 8, 3, {}, {}}};
+    for (Call& call : calls) {
+        call.result = std::async(std::launch::async, [&call] {
+            quen::JpegHandover handover(call.bridge, call.number);
+            handover.startTimeout();
+            quen::MutexLock const lock(quen::gJpegMutex);
+            call.hasBegun.set_value();  // the mutex is free again when it waits
+            return handover.wait() ? handover.status() : -1;
+        });
+        call.hasBegun.get_future().wait();
+    }
+    // The others are woken too, and go on waiting.
+    for (size_t const i : {2, 0, 1}) {
+        quen::JpegHandover::signal(calls[i].bridge, calls[i].number, calls[i].status);
+        EXPECT_EQ(calls[i].result.get(), calls[i].status);
+    }
+}
+
 TEST_F(HardenedPathTest, RecordLeavesTheTableBeforeItsCallIsReleased) {
     mSession.create(mYuv, {mJpeg});
     setJpegTimeout("1000");
@@ -100,7 +129,9 @@ TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
                           : StandInDevice::StatusReturn(isphal::Status::REQUEST_ERROR);
         };
         EXPECT_EQ(encode(1), 0);
-        EXPECT_EQ(encode(2, mClient), 0);
+        mGraphics.mapper->calls.clear();
+        EXPECT_EQ(develop(2, mClient), 0);
+        EXPECT_THAT(mGraphics.mapper->calls, ElementsAre("free"));  // its output tuning buffer
         EXPECT_EQ(bridge::outstanding(*mSession.peer.halInterface()), 0u);
     }
     // Refused, and answered all the same: the result has the record.
@@ -155,24 +186,28 @@ TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
     ImageBuffer const narrow = mYuvMemory.image(2, kYuv, kWidth + 2, kHeight);
     ImageBuffer oversold = shortMemory.image(2, kYuv, kWidth, kHeight);
     oversold.size = kWidth * kHeight * 3 / 2;
-    ImageBuffer empty = mYuv, flat = mYuv, bare = mYuv, sizeless = mJpeg, oversoldBlob = mJpeg;
+    ImageBuffer empty = mYuv, flat = mYuv, bare = mYuv, unbacked = mYuv, sizeless = mJpeg;
+    ImageBuffer oversoldBlob = mJpeg;
+    BorrowedHandle const nothing({}, {-1});
+    unbacked.buffer = nothing.get();
     empty.width = 0;
     flat.height = -1;
     bare.buffer = nullptr;
     sizeless.size = 0;
     oversoldBlob.size = kJpegBytes + 1;
     ImageBuffer const raw = mRawMemory.image(1, kRaw10, kWidth, kHeight + 1);
-    auto const process = [&](ImageBuffer const* input, std::vector<ImageBuffer const*> outputs) {
+    auto const process = [&](ImageBuffer const* input, std::vector<ImageBuffer const*> outputs,
+                             ClientSession::Client const& client = nullptr) {
         PostProcessParams params = {nullptr, 1, const_cast<ImageBuffer*>(input), {}, nullptr};
         for (ImageBuffer const* const output : outputs) {
             params.output_buffers.push_back(const_cast<ImageBuffer*>(output));
         }
-        return mSession.device.process(&params, nullptr);
+        return mSession.device.process(&params, client);
     };
     EXPECT_EQ(process(nullptr, {&mJpeg}), -22);
     EXPECT_EQ(process(&mYuv, {}), -22);
     EXPECT_EQ(process(&mYuv, {&mJpeg, nullptr}), -22);
-    for (ImageBuffer const& input : {narrow, oversold, empty, flat, bare, raw}) {
+    for (ImageBuffer const& input : {narrow, oversold, empty, flat, bare, unbacked, raw}) {
         EXPECT_EQ(process(&input, {&mJpeg}), -22);
     }
     for (ImageBuffer const& output : {sizeless, oversoldBlob, bare}) {
@@ -180,6 +215,21 @@ TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
     }
     EXPECT_THAT(mGraphics.allocator->counts, ElementsAre());
     EXPECT_TRUE(isp().requests.empty());
+
+    // Odd sides have their chroma rounded down; what nobody maps may be smaller than it says.
+    MemoryBuffer const oddMemory(5 * 3 + 2 * 2);
+    ImageBuffer const odd = oddMemory.image(2, kYuv, 5, 3);
+    EXPECT_EQ(process(&odd, {&oversoldBlob}, mClient), 0);
+    EXPECT_EQ(isp().requests.size(), 1u);
+}
+
+TEST_F(HardenedPathTest, ConfigurationNeedsAnOutput) {
+    mSession.create(mYuv, {mJpeg});
+    Transcript transcript;
+    mSession.device.config({streamOf(mYuv, false)}, {}, nullptr);
+    EXPECT_THAT(transcript.lines(), ElementsAre("E config: there are no output streams; the first "
+                                                "one decides the stage"));
+    EXPECT_EQ(isp().configurations.size(), 1u);
 }
 
 TEST_F(HardenedPathTest, DeviceBuffersOfAllOutputsAreFreed) {
@@ -229,6 +279,18 @@ TEST_F(HardenedPathTest, CallsWithoutAConnectionAnswerAndChangeNothing) {
     callAll(mSession.device, "no ISP device is open, call create first");
 }
 
+TEST_F(HardenedPathTest, RequestWhoseModuleDiesBeforeItsRecordIsFreed) {
+    mSession.create(mYuv, {mJpeg});
+    isp().onConfigure = [&] {
+        mSession.peer.halInterface()->callback()->serviceDied(1, nullptr);
+        return StandInDevice::ok();
+    };
+    EXPECT_EQ(develop(1, mClient), -19);
+    EXPECT_THAT(mGraphics.mapper->calls, ElementsAre("free"));  // its output tuning buffer
+    EXPECT_TRUE(isp().requests.empty());
+    mSession.device.destroy();
+}
+
 TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     mSession.create(mRaw, {mYuv});
     setJpegTimeout("1000");
@@ -244,8 +306,11 @@ TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
         callback->serviceDied(1, nullptr);
         return StandInDevice::ok();
     };
+    mGraphics.mapper->calls.clear();
     Transcript transcript;
     EXPECT_EQ(develop(3, nullptr), 0);  // released, with a status that is no success
+    // The tuning buffers of the three that ended, and what a synchronous request frees.
+    EXPECT_THAT(mGraphics.mapper->calls, testing::SizeIs(3 + 2));
     EXPECT_TRUE(transcript.has("I all result process done, single waitForRequestDrained"));
     mGraphics.mapper->calls.clear();
     slow->letGo();

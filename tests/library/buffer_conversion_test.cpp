@@ -166,6 +166,12 @@ TEST_F(BufferConversionTest, OutputGetsA3ABufferAndTellsItsIndex) {
     EXPECT_THAT(mThreeA->sizesAsked, Each(kTuningBytes));
 }
 
+TEST_F(BufferConversionTest, TuningHandlesCloseNothing) {
+    int const descriptors = openDescriptors();
+    EXPECT_NE(std::make_unique<quen::TuningHandles>()->wrap(m3A.fd()), nullptr);
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
+
 TEST_F(BufferConversionTest, OutputWithoutA3ABufferGetsADeviceBuffer) {
     std::string const refused = "E get outputTuningData buffer from quencameraserver failed";
     std::string const given =

@@ -38,6 +38,21 @@ TEST_F(HalInterfaceTest, HookIsStoredAndNeverCalled) {
     EXPECT_TRUE(bridge.hal->requestCallback());
 }
 
+TEST_F(HalInterfaceTest, AnyThreadMayRegisterAHookAndAskForTheCallback) {
+    Bridge bridge;
+    auto const ask = [&] {
+        for (int i = 0; i < 100; ++i) {
+            bridge.hal->registerRequestCB(&hook);
+            bridge.hal->callback();
+        }
+    };
+    std::thread other(ask);
+    ask();
+    bridge.callback->serviceDied(1, nullptr);
+    other.join();
+    EXPECT_EQ(bridge.hal->callback(), nullptr);
+}
+
 TEST_F(HalInterfaceTest, NumberRecordedTwiceKeepsItsFirstRequest) {
     Bridge bridge;
     android::sp<RecordingCallback> const first = new RecordingCallback;

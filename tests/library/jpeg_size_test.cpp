@@ -46,7 +46,8 @@ TEST_F(JpegSizeTest, TrailerIsReadAndToldWhateverItsId) {
             {any, 0, "0", "0x0, .blobSize = 0"}};
     for (Case const& c : cases) {
         memcpy(mMemory.data() + kSize - 8, c.trailer.data(), 8);
-        mMapper.onLock = giving(Error::NONE, static_cast<void*>(mMemory.data() + kSize - c.given));
+        void* const address = mMemory.data() + kSize - c.given;
+        mMapper.onLock = giving(Error::NONE, address);
         std::string const size = quen::kHardened && !c.holdsJpeg ? "-1" : c.size;
         Transcript transcript;
         EXPECT_EQ(std::to_string(probe(c.given)), size);
@@ -55,6 +56,8 @@ TEST_F(JpegSizeTest, TrailerIsReadAndToldWhateverItsId) {
                          "I get data from output buffer address ADDRESS",
                          "D {.blobId = " + c.told + "}",
                          "I get JPEG size is " + size + " from output buffer X"}));
+        EXPECT_TRUE(transcript.has("I get data from output buffer address " +
+                                   testing::PrintToString(address)));
         EXPECT_EQ(mMapper.lockUsage, 0x33u);
         EXPECT_EQ(mMapper.lockedRegion(), (std::vector{0, 0, c.given, 1}));
     }

@@ -82,11 +82,12 @@ class LockScopeTest : public testing::Test, public quen::host::LogSink {
 
     /** Adds "<what> [<locks that the calling thread holds>]". */
     void note(std::string const& what) {
-        std::pair<char, quen::Mutex&> const locks[] = {
-                {'J', quen::gJpegMutex},
-                {'D', (*mCallback).*memberOf(DrainLockOf())},
-                {'T', ((*mCallback).*memberOf(TableOf())).*memberOf(TableLockOf())},
-                {'C', (*mBridge.hal).*memberOf(CallbackLockOf())}};
+        std::vector<std::pair<char, quen::Mutex&>> locks = {
+                {'J', quen::gJpegMutex}, {'C', (*mHal).*memberOf(CallbackLockOf())}};
+        if (HalInterface::ClientCallback* const callback = mBridge.callback.get()) {
+            locks.push_back({'D', callback->*memberOf(DrainLockOf())});
+            locks.push_back({'T', (callback->*memberOf(TableOf())).*memberOf(TableLockOf())});
+        }
         std::string held;
         for (auto const& [letter, lock] : locks) {
             if (lock.tryLock()) {
@@ -101,7 +102,7 @@ class LockScopeTest : public testing::Test, public quen::host::LogSink {
     Lines take() { return std::exchange(mNotes, {}); }
 
     Bridge mBridge;
-    android::sp<HalInterface::ClientCallback> const mCallback = mBridge.callback;
+    HalInterface* const mHal = mBridge.hal.get();
     Lines mNotes;
 };
 
@@ -150,10 +151,17 @@ TEST_F(LockScopeTest, ClientsAreToldAndLetGoWithNoLock) {
     }
 }
 
+TEST_F(LockScopeTest, CallbackObjectEndsWithNoLock) {
+    mBridge.hal->recordISPRequest(newRequest(7), new Client(*this));
+    mBridge.callback = nullptr;
+    mBridge.hal = nullptr;
+    EXPECT_THAT(take(), ElementsAre("client let go []"));
+}
+
 TEST_F(LockScopeTest, DeathOfTheModuleIsToldWithNoLock) {
     OfflineRequest* const request = newRequest(7);
     mBridge.hal->recordISPRequest(request, new Client(*this));
-    mCallback->serviceDied(1, nullptr);
+    mBridge.callback->serviceDied(1, nullptr);
     if (!quen::kHardened) {
         EXPECT_THAT(take(), ElementsAre("ISPModule(1) has died []"));
         EXPECT_TRUE(mBridge.deliver(7));

@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <thread>
+#include <utility>
 
-#include "host/log/LogControl.h"
 #include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 #include "support/ProcessTest.h"
@@ -19,7 +17,7 @@ using namespace quentest;
 constexpr uint32_t kNobodys = 1u << 30;  // a number that no request has
 
 /** An ISP that answers from several threads, some requests twice, and numbers that nobody asked. */
-class BusyIsp : public isphal::IDevice {
+class BusyIsp : public StandInDevice {
   public:
     BusyIsp() {
         for (std::thread& thread : mThreads) {
@@ -36,37 +34,23 @@ class BusyIsp : public isphal::IDevice {
             thread.join();
         }
     }
-    Return<isphal::Status> configureISPDevice(isphal::ISPStreamConfiguration const&,
-                                              android::sp<isphal::ICallback> const& cb) override {
-        std::lock_guard<std::mutex> const lock(mLock);
-        mCallback = cb;
-        return isphal::Status::OK;
-    }
-    Return<isphal::Status> processISPRequest(
-            hidl_vec<isphal::ISPRequest> const& requests) override {
-        uint32_t const number = requests[0].requestNumber;
+    StatusReturn processISPRequest(hidl_vec<isphal::ISPRequest> const& submitted) override {
+        uint32_t const number = submitted[0].requestNumber;
         {
             std::lock_guard<std::mutex> const lock(mLock);
             for (uint32_t const answer : {number, number % 3 ? number : kNobodys}) {
-                mResults.push_back({mCallback, answer});
+                mResults.emplace_back(callback, answer);
             }
         }
         mChanged.notify_all();
-        return isphal::Status::OK;
+        return ok();
     }
-    Return<isphal::Status> flush() override { return isphal::Status::OK; }
-    Return<isphal::Status> closeISPDevice() override {
-        std::lock_guard<std::mutex> const lock(mLock);
-        mCallback = nullptr;
-        return isphal::Status::OK;
+    StatusReturn closeISPDevice() override {
+        callback = nullptr;
+        return ok();
     }
 
   private:
-    struct Result {
-        android::sp<isphal::ICallback> callback;
-        uint32_t number;
-    };
-
     void work() {
         std::unique_lock<std::mutex> lock(mLock);
         for (;;) {
@@ -74,66 +58,34 @@ class BusyIsp : public isphal::IDevice {
             if (mResults.empty()) {
                 return;
             }
-            Result const result = std::move(mResults.front());
+            auto const [to, number] = std::move(mResults.front());
             mResults.pop_front();
             lock.unlock();
-            (void)result.callback->processResult({result.number, {}, isphal::Status::OK}).isOk();
+            (void)to->processResult({number, {}, isphal::Status::OK}).isOk();
             lock.lock();
         }
     }
 
     std::mutex mLock;
     std::condition_variable mChanged;
-    android::sp<isphal::ICallback> mCallback;  // guarded by mLock
-    std::deque<Result> mResults;               // guarded by mLock
-    bool mEnded = false;                       // guarded by mLock
+    std::deque<std::pair<android::sp<isphal::ICallback>, uint32_t>> mResults;  // guarded by mLock
+    bool mEnded = false;                                                       // guarded by mLock
     std::array<std::thread, 4> mThreads;
-};
-
-class BusyModule : public isphal::IISPModule {
-  public:
-    Return<void> openISPDevice(openISPDevice_cb cb) override {
-        cb(isphal::Status::OK, device);
-        return android::hardware::Void();
-    }
-    android::sp<BusyIsp> const device = new BusyIsp;
-};
-
-/** Counts what it was told, by number. */
-class CountingClient : public postproc::IQuenPostProcCallback {
-  public:
-    Return<void> notifyRequestResult(uint32_t number, postproc::Status) override {
-        std::lock_guard<std::mutex> const lock(mLock);
-        ++mEnds[number];
-        return android::hardware::Void();
-    }
-    Return<void> notifyResultMetadata(uint32_t, hidl_vec<uint8_t> const&,
-                                      postproc::Status) override {
-        return android::hardware::Void();
-    }
-    std::map<uint32_t, int> ends() {
-        std::lock_guard<std::mutex> const lock(mLock);
-        return mEnds;
-    }
-
-  private:
-    std::mutex mLock;
-    std::map<uint32_t, int> mEnds;  // guarded by mLock
 };
 
 class LoadTest : public testing::Test {
   protected:
     LoadTest() {
         Graphics::fresh();
-        quen::host::setLogLevel(quen::host::LogLevel::Silent);
+        mModule->device = new BusyIsp;
         EXPECT_EQ(mModule->registerAsService("internal/0"), 0);
     }
     int process(ClientSession& session, int32_t number, ClientSession::Client const& client) {
         return session.process(number, mNv21, {mYuv}, mSettings.get(), client);
     }
 
-    android::sp<BusyModule> const mModule = new BusyModule;
-    android::sp<CountingClient> const mClient = new CountingClient;
+    android::sp<StandInModule> const mModule = new StandInModule;
+    android::sp<RecordingCallback> const mClient = new RecordingCallback;
     MemoryBuffer const mMemory{64 * 48 * 3 / 2};
     ImageBuffer const mNv21 = mMemory.image(1, kNv21, 64, 48);
     ImageBuffer const mYuv = mMemory.image(2, kYuv, 64, 48);
@@ -152,11 +104,11 @@ TEST_F(LoadTest, OverlappingRequestsAreToldOfOnceEach) {
         }
     }
     session.waitUntilDrained();
-    std::map<uint32_t, int> const ends = mClient->ends();
-    EXPECT_EQ(ends.size(), static_cast<size_t>(kRequests));
-    for (auto const& [number, count] : ends) {
-        EXPECT_EQ(count, 1) << number;
+    std::vector<int> ends(kRequests);
+    for (RecordingCallback::Call const& call : mClient->calls()) {
+        ends.at(call.requestNumber) += !call.isMetadata;
     }
+    EXPECT_THAT(ends, testing::Each(1));
     session.device.destroy();
 }
 

@@ -123,7 +123,7 @@ TEST_F(ProcessTest, MissingDeviceBufferHasNoJpeg) {
     allocator.onAllocate = [&](auto const& wanted, auto const& cb) -> Return<void> {
         bool const isJpeg = static_cast<int>(mGraphics.mapper->described.format) == kBlob;
         return isJpeg ? giving(Error::NO_RESOURCES, 0u, hidl_vec<hidl_handle>())(wanted, cb)
-                      : allocator.real->allocate(wanted, 1, cb);
+                      : allocator.Real::allocate(wanted, 1, cb);
     };
     isp().onProcess = [&](isphal::ISPRequest const& request) {
         isp().answer(request.requestNumber);

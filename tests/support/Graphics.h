@@ -6,10 +6,8 @@
 #include <tuple>
 #include <vector>
 
-#include <android/hardware/graphics/allocator/4.0/IAllocator.h>
-#include <android/hardware/graphics/mapper/4.0/IMapper.h>
-
-#include "host/gralloc/GraphicsServices.h"
+#include "host/gralloc/MemfdAllocator.h"
+#include "host/gralloc/MemfdMapper.h"
 
 namespace quentest {
 
@@ -56,24 +54,26 @@ struct MapperHooks {
 };
 
 /** A mapper that passes on to the platform's what no hook answers. */
-class HookedMapper : public IMapper, public MapperHooks {
+class HookedMapper : public quen::host::MemfdMapper, public MapperHooks {
   public:
+    using Real = quen::host::MemfdMapper;
+
     Return<void> createDescriptor(BufferDescriptorInfo const& info,
                                   createDescriptor_cb cb) override {
         std::lock_guard<std::mutex> const guard(mLock);
         described = info;
-        return onCreateDescriptor ? onCreateDescriptor(cb) : real->createDescriptor(info, cb);
+        return onCreateDescriptor ? onCreateDescriptor(cb) : Real::createDescriptor(info, cb);
     }
     Return<void> importBuffer(hidl_handle const& handle, importBuffer_cb cb) override {
         std::lock_guard<std::mutex> const guard(mLock);
         calls.push_back("import");
-        return onImport ? onImport(handle, cb) : real->importBuffer(handle, cb);
+        return onImport ? onImport(handle, cb) : Real::importBuffer(handle, cb);
     }
     Return<Error> freeBuffer(void* buffer) override {
         std::lock_guard<std::mutex> const guard(mLock);
         calls.push_back("free");
         freed.push_back(buffer);
-        return onFree ? onFree() : real->freeBuffer(buffer);
+        return onFree ? onFree() : Real::freeBuffer(buffer);
     }
     Return<void> lock(void* buffer, uint64_t usage, Rect const& region, hidl_handle const& fence,
                       lock_cb cb) override {
@@ -81,53 +81,16 @@ class HookedMapper : public IMapper, public MapperHooks {
         calls.push_back("lock");
         lockUsage = usage;
         lockRegion = region;
-        return onLock ? onLock(fence, cb) : real->lock(buffer, usage, region, fence, cb);
+        return onLock ? onLock(fence, cb) : Real::lock(buffer, usage, region, fence, cb);
     }
     Return<void> unlock(void* buffer, unlock_cb cb) override {
         std::lock_guard<std::mutex> const guard(mLock);
         calls.push_back("unlock");
-        return onUnlock ? onUnlock(buffer, cb) : real->unlock(buffer, cb);
+        return onUnlock ? onUnlock(buffer, cb) : Real::unlock(buffer, cb);
     }
     Return<void> get(void* buffer, MetadataType const& type, get_cb cb) override {
         std::lock_guard<std::mutex> const guard(mLock);
-        return onGet ? onGet(cb) : real->get(buffer, type, cb);
-    }
-
-    // No test stands in for these.
-    Return<Error> validateBufferSize(void* buffer, BufferDescriptorInfo const& info,
-                                     uint32_t stride) override {
-        return real->validateBufferSize(buffer, info, stride);
-    }
-    Return<void> getTransportSize(void* buffer, getTransportSize_cb cb) override {
-        return real->getTransportSize(buffer, cb);
-    }
-    Return<void> flushLockedBuffer(void* buffer, flushLockedBuffer_cb cb) override {
-        return real->flushLockedBuffer(buffer, cb);
-    }
-    Return<Error> rereadLockedBuffer(void* buffer) override {
-        return real->rereadLockedBuffer(buffer);
-    }
-    Return<void> isSupported(BufferDescriptorInfo const& info, isSupported_cb cb) override {
-        return real->isSupported(info, cb);
-    }
-    Return<Error> set(void* buffer, MetadataType const& type,
-                      hidl_vec<uint8_t> const& value) override {
-        return real->set(buffer, type, value);
-    }
-    Return<void> getFromBufferDescriptorInfo(BufferDescriptorInfo const& info,
-                                             MetadataType const& type,
-                                             getFromBufferDescriptorInfo_cb cb) override {
-        return real->getFromBufferDescriptorInfo(info, type, cb);
-    }
-    Return<void> listSupportedMetadataTypes(listSupportedMetadataTypes_cb cb) override {
-        return real->listSupportedMetadataTypes(cb);
-    }
-    Return<void> dumpBuffer(void* buffer, dumpBuffer_cb cb) override {
-        return real->dumpBuffer(buffer, cb);
-    }
-    Return<void> dumpBuffers(dumpBuffers_cb cb) override { return real->dumpBuffers(cb); }
-    Return<void> getReservedRegion(void* buffer, getReservedRegion_cb cb) override {
-        return real->getReservedRegion(buffer, cb);
+        return onGet ? onGet(cb) : Real::get(buffer, type, cb);
     }
 
     /** The region of the latest lock: left, top, width, height. */
@@ -141,22 +104,21 @@ class HookedMapper : public IMapper, public MapperHooks {
         static_cast<MapperHooks&>(*this) = {};
     }
 
-    android::sp<IMapper> real;
-
   private:
     std::mutex mLock;  // held during every call: a software ISP calls from a thread of its own
 };
 
 /** The same for the allocator. */
-class HookedAllocator : public IAllocator {
+class HookedAllocator : public quen::host::MemfdAllocator {
   public:
+    using Real = quen::host::MemfdAllocator;
+
     Return<void> allocate(hidl_vec<uint8_t> const& wanted, uint32_t count,
                           allocate_cb cb) override {
         counts.push_back(count);
-        return onAllocate ? onAllocate(wanted, cb) : real->allocate(wanted, count, cb);
+        return onAllocate ? onAllocate(wanted, cb) : Real::allocate(wanted, count, cb);
     }
 
-    android::sp<IAllocator> real;
     std::function<Return<void>(hidl_vec<uint8_t> const&, allocate_cb)> onAllocate;
     std::vector<uint32_t> counts;  // buffers asked for, call by call
 };
@@ -179,10 +141,7 @@ struct Graphics {
 
   private:
     static Graphics* install() {
-        auto const services = quen::host::registerGraphicsServices();
         auto* const graphics = new Graphics;
-        graphics->mapper->real = services.mapper;
-        graphics->allocator->real = services.allocator;
         (void)graphics->mapper->registerAsService();
         (void)graphics->allocator->registerAsService();
         return graphics;

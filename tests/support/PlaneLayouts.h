@@ -48,7 +48,7 @@ inline hidl_vec<uint8_t> layoutsOf(char const* text) {
 /** Makes the mapper hand a fence out with every unlock, whose descriptor stays the fence's. */
 inline void fenceUnlocks(HookedMapper& mapper, Fence const& fence) {
     mapper.onUnlock = [&](void* buffer, auto const& cb) {
-        (void)mapper.real->unlock(buffer, [](auto, auto const&) {}).isOk();
+        (void)mapper.Real::unlock(buffer, [](auto, auto const&) {}).isOk();
         BorrowedHandle const handle({fence.fd});
         cb(Error::NONE, hidl_handle(handle.get()));
         return android::hardware::Void();

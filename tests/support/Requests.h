@@ -14,7 +14,7 @@ namespace quentest {
 struct Bridge {
     android::sp<HalInterface> hal = new HalInterface(NSCam::IMetadataConverter::createInstance(
             NSCam::IDefaultMetadataTagSet::singleton()->getTagSet()));
-    android::sp<HalInterface::ClientCallback> const callback = hal->callback();
+    android::sp<HalInterface::ClientCallback> callback = hal->callback();
 
     /** Delivers a result. Returns whether its transport was told that all is well. */
     bool deliver(uint32_t number, uint32_t status = 0, std::vector<uint8_t> const& metadata = {}) {
