@@ -103,24 +103,6 @@ TEST_F(HardenedPathTest, EveryWaitingCallEndsWithTheResultOfItsDeviceAndNumber) 
     }
 }
 
-TEST_F(HardenedPathTest, RecordLeavesTheTableBeforeItsCallIsReleased) {
-    mSession.create(mYuv, {mJpeg});
-    setJpegTimeout("1000");
-    struct Watch : Transcript {
-        explicit Watch(ClientSession& watched) : session(watched) {}
-        void write(char const* tag, int level, char const* text) override {
-            Transcript::write(tag, level, text);
-            if (std::string(text).find("JPEG callback signal process") != std::string::npos) {
-                outstanding = bridge::outstanding(*session.peer.halInterface());
-            }
-        }
-        ClientSession& session;
-        size_t outstanding = 1;
-    } watch(mSession);
-    EXPECT_EQ(encodeOne(777), 777);
-    EXPECT_EQ(watch.outstanding, 0u);
-}
-
 TEST_F(HardenedPathTest, RefusedRequestLeavesTheTable) {
     mSession.create(mYuv, {mJpeg});
     for (bool const isLost : {false, true}) {

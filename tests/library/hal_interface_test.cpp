@@ -75,41 +75,6 @@ TEST_F(HalInterfaceTest, NumberRecordedTwiceKeepsItsFirstRequest) {
     EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
 }
 
-TEST_F(HalInterfaceTest, DrainedWaitGivesUpAndAbandonsWhatIsOutstanding) {
-    Bridge bridge;
-    Transcript transcript;
-    bridge.hal->waitForRequestDrained();
-    EXPECT_THAT(transcript.lines(), ElementsAre());
-
-    android::sp<RecordingCallback> const client = new RecordingCallback;
-    OfflineRequest* const requests[] = {newRequest(7), newRequest(9)};
-    for (OfflineRequest* const request : requests) {
-        request->inputTuningBuffer = mTuning;
-        bridge.hal->recordISPRequest(request, client);
-    }
-    bridge.hal->waitForRequestDrained();
-    Lines lines = deviceLines(transcript);
-    ASSERT_GE(lines.size(), 2u);
-    transcript.take();
-    std::sort(lines.begin(), lines.begin() + 2);  // the table has no order
-    EXPECT_EQ(lines, linesOf(R"(
-            I need wait request number 7 process done
-            I need wait request number 9 process done
-            E wait all result process failed, after remove all result mOfflineRequestCallback size is 0)"));
-    EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
-    EXPECT_EQ(client->getStrongCount(), 1);
-
-    EXPECT_TRUE(bridge.deliver(7));
-    EXPECT_THAT(transcript.lines(), ElementsAre("E cannot find capture request 7"));
-    EXPECT_EQ(client->calls().size(), 0u);
-    EXPECT_EQ(mMapper.calls, quen::kHardened ? (Lines{"free", "free"}) : Lines());
-    if (!quen::kHardened) {
-        for (OfflineRequest* const request : requests) {
-            deleteRequest(request);  // abandoned, so still allocated
-        }
-    }
-}
-
 /** A client that lets go of all it has of the library when it is told. */
 class LeavingClient : public RecordingCallback {
   public:
@@ -161,17 +126,6 @@ TEST_F(HalInterfaceTest, ResultKeepsWhatItClaimedAndErasesNothingElse) {
     EXPECT_TRUE(bridge::isOutstanding(*bridge.hal, 7));
     EXPECT_TRUE(bridge.deliver(7));
     EXPECT_EQ(next->calls().size(), 2u);
-}
-
-TEST_F(HalInterfaceTest, EndOfTheCallbackFreesWhatNobodyAnswered) {
-    {
-        Bridge bridge;
-        OfflineRequest* const request = newRequest(7);
-        request->inputTuningBuffer = mTuning;
-        request->outputTuningBuffer = mTuning;
-        bridge.hal->recordISPRequest(request, nullptr);
-    }
-    EXPECT_THAT(mMapper.calls, ElementsAre("free", "free"));
 }
 
 TEST_F(HalInterfaceTest, StageTextIsTheRecordsWhateverItIs) {

@@ -220,14 +220,15 @@ TEST_F(StreamConfigurationDeathTest, StreamsAreLoggedBeforeTheIspDeviceRejectsTh
     mDevice->create(nullptr);
     mIsp->onConfigure = answering(isphal::Status::INTERNAL_ERROR);
     quen::host::setLogLevel(quen::host::LogLevel::Debug);
-    std::string const line = "[^|]*\\|3 quenOfflineDevice [^|]*\\(\\) ";
+    std::string const next = "[^|]*\\|3 quenOfflineDevice [^|]*\\(\\) config ";
     EXPECT_EXIT((BareLog(),
-                 mDevice->config({{1, kRaw16, 64, 48, false}}, {{2, kYuv, 32, 24, true}}, nullptr)),
+                 mDevice->config({{1, kRaw16, 64, 48, false}},
+                                 {{2, kYuv, 32, 24, true}, {3, kYuv, 16, 12, true}}, nullptr)),
                 KilledBySignal(SIGABRT),
-                "config stage RAW2YUV InputStreams size is 1, OutputStreams size is 1" + line +
-                        "config input streamIndex = 0, width = 64, height = 48, format = 32" +
-                        line +
-                        "config output streamIndex = 0, width = 32, height = 24 format = 35"
+                "stage RAW2YUV InputStreams size is 1, OutputStreams size is 2" + next +
+                        "input streamIndex = 0, width = 64, height = 48, format = 32" + next +
+                        "output streamIndex = 0, width = 32, height = 24 format = 35" + next +
+                        "output streamIndex = 1, width = 16, height = 12 format = 35"
                         "\\|1 quenOfflineDevice [^|]*\\[Fatal\\] configureISPDevice failed");
 }
 
