@@ -73,7 +73,7 @@ std::vector<uint8_t> mergedExif(uint8_t const* segment, size_t segmentBytes,
 }  // namespace
 
 size_t jpegHeadBytes(Capture const& capture) {
-    constexpr size_t kMostProfileOverhead = 256 * 32;
+    constexpr size_t kMostProfileOverhead = size_t{256} * 32;
     return capture.exif.size() + capture.colourProfile.size() + kMostProfileOverhead;
 }
 

@@ -75,7 +75,7 @@ void readWhiteBalance(libraw_colordata_t const& colour, Capture& capture) {
     float const* gains = colour.cam_mul;
     if (!usableGains(gains)) {
         gains = colour.pre_mul;
-        capture.notes.push_back(
+        capture.notes.emplace_back(
                 "has no white balance of its own, so daylight's is used; --wb sets another");
     }
     if (usableGains(gains)) {
@@ -97,7 +97,8 @@ void readColourMatrix(libraw_colordata_t const& colour, Capture& capture) {
         usable = usable && std::isfinite(sum) && sum > 0;
     }
     if (!usable) {
-        capture.notes.push_back("is of a camera whose colours are not known, so they stay its own");
+        capture.notes.emplace_back(
+                "is of a camera whose colours are not known, so they stay its own");
         return;
     }
     std::copy(std::begin(matrix), std::end(matrix), capture.calibration.colorMatrix);

@@ -146,7 +146,7 @@ void checkDepth(BayerImage const& image, uint32_t width, uint32_t height, int bi
 /** Unpacks the rows of a file to words. */
 std::shared_ptr<std::vector<uint16_t>> unpackRows(uint8_t const* first, Rows const& rows,
                                                   uint32_t width, uint32_t height) {
-    auto const samples = std::make_shared<std::vector<uint16_t>>(size_t{width} * height);
+    auto samples = std::make_shared<std::vector<uint16_t>>(size_t{width} * height);
     host::inParallel(static_cast<int>(height), [&] {
         return [&](int y) {
             size_t const row = static_cast<size_t>(y);

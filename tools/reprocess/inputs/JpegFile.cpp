@@ -136,7 +136,7 @@ void readMarkers(MappedFile const& file, Capture& capture) {
     if (std::memcmp(profile.data() + kColours, "RGB ", 4) == 0) {
         capture.colourProfile = std::move(markers.colourProfile);
     } else {
-        capture.notes.push_back("has a colour profile that is none of RGB, so it is left out");
+        capture.notes.emplace_back("has a colour profile that is none of RGB, so it is left out");
     }
 }
 

@@ -30,7 +30,8 @@ void unpackSamples(SampleLayout layout, uint8_t const* row, uint32_t width, uint
     PackedGroup const group = packedGroup(layout);
     if (group.bits != 0) {
         for (uint32_t x = 0; x < width; ++x) {
-            out[x] = packedSample(group, row + x / group.pixels * group.bytes, x % group.pixels);
+            out[x] = packedSample(group, row + size_t{x / group.pixels} * group.bytes,
+                                  x % group.pixels);
         }
         return;
     }

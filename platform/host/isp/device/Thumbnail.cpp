@@ -11,8 +11,8 @@ namespace {
 
 constexpr int kLongestSide = 160;
 constexpr int kQuality = 80;
-constexpr size_t kMostBytes = 32 * 1024;  // EXIF has 64 kB at most
-constexpr int kRowsPerRow = 4;            // read for each row of the thumbnail
+constexpr size_t kMostBytes = size_t{32} * 1024;  // EXIF has 64 kB at most
+constexpr int kRowsPerRow = 4;                    // read for each row of the thumbnail
 
 /** Every n-th row of a picture. */
 YuvPicture thinned(YuvPicture const& picture, int n) {

@@ -1,5 +1,6 @@
 // The EXIF module: the only code that exiv2 is loaded for.
 
+#include <exiv2/bmffimage.hpp>
 #include <exiv2/error.hpp>
 #include <exiv2/exif.hpp>
 #include <exiv2/image.hpp>
@@ -186,7 +187,10 @@ uint16_t orientationTag(int degrees) {
 
 class Exiv2Module : public ExifModule {
   public:
-    Exiv2Module() { Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute); }
+    Exiv2Module() {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::enableBMFF();  // the container of CR3
+    }
 
     std::vector<uint8_t> ofPicture(PictureFacts const& facts) const override {
         return guarded([&] {
