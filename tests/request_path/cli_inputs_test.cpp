@@ -206,6 +206,7 @@ TEST_F(CliInputsTest, OptionsWithoutUseAreTold) {
             {"shot.dng --format nv21 --quality 5", ""},
             {"demo --size 64x48", "--size"},
             {"demo --rotate 90", "--rotate"},
+            {"demo --jobs 2", "--jobs"},
             {"demo --format yuv", "--format"},
             {"in.raw --size 64x48 --bayer rggb --wb 1,,1", "--wb"},
             {"in.raw --size 64x48 --bayer rggb --black 1,2,3,", "--black"},

@@ -21,9 +21,12 @@ void checkDemo(Options const& options) {
     if (!options.inputs.empty()) {
         throw Failure("demo: takes no input; '" + options.inputs.front() + "' was given");
     }
-    auto const unused = unusedOptions(options.input, {});
+    auto unused = unusedOptions(options.input, {});
+    if (options.jobs != 0) {
+        unused.emplace_back("--jobs");
+    }
     if (!unused.empty()) {
-        throw Failure(unused.front() + ": the demo renders its own capture", "leave it out");
+        throw Failure(unused.front() + ": the demo renders one capture of its own", "leave it out");
     }
     bool const wantsJpeg = options.format.value_or(OutputKind::Jpeg) == OutputKind::Jpeg;
     bool const namesJpeg = options.output.empty() || lowerExtension(options.output).empty() ||

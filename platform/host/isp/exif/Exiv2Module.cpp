@@ -114,7 +114,7 @@ void addText(ExifData& data, char const* key, std::string const& text) {
 
 /** Adds a positive number that is not there yet, as a fraction. */
 void addNumber(ExifData& data, char const* key, double number) {
-    if (!(number > 0) || !std::isfinite(number) || number > 1e6 || has(data, ExifKey(key))) {
+    if (!(number >= 1e-6 && number <= 1e6) || has(data, ExifKey(key))) {
         return;
     }
     // Exposures are fractions of a second with 1 above.
