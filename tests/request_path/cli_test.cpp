@@ -229,6 +229,8 @@ TEST_F(CliTest, HeaderlessFilesMustBeWhatTheyAreSaidToBe) {
             {"words.raw --size 64x48 --bayer rggb --bits 8", "--bits"},
             {"words.raw --size 64x50 --bayer rggb --bits 12", "6400"},
             {"short.raw --size 64x48 --bayer rggb", "3840 as packed RAW10"},
+            {"words.raw --size 64x48 --bayer rggb --layout raw12", "takes 4608 as packed RAW12"},
+            {"words.raw --size 64x48 --bayer rggb --stride 100", "4800 as packed RAW12, 4800 as"},
             {"words.raw --size 64x48 --bayer rggb --bits 12 --black 4095", "--black"},
             {"words.raw", "--bayer"},
     };

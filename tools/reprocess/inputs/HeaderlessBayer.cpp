@@ -64,21 +64,28 @@ Rows rowsOf(SampleLayout layout, InputOptions const& options) {
 std::string sizesText(InputOptions const& options) {
     std::string text;
     for (LayoutName const& name : kLayouts) {
-        if (name.layout != SampleLayout::BigEndianWords) {
-            text += (text.empty() ? "" : ", ") +
-                    std::to_string(rowsOf(name.layout, options).paddedEnd) + " " + name.text;
+        Rows const rows = rowsOf(name.layout, options);
+        if (name.layout != SampleLayout::BigEndianWords && rows.rowBytes <= rows.stride) {
+            text += (text.empty() ? "" : ", ") + std::to_string(rows.paddedEnd) + " " + name.text;
         }
     }
-    return text;
+    return text.empty() ? "rows of more than --stride" : text;
 }
 
-/** The rows in the layout that was stated. @throws Failure when the file is too short for it */
+/** The rows in the layout that was stated. @throws Failure when whole rows would be left out */
 Rows statedRows(size_t fileBytes, InputOptions const& options, Capture& capture) {
     Rows const rows = rowsOf(*options.layout, options);
-    if (fileBytes > rows.paddedEnd) {
-        capture.notes.push_back("goes on after the picture: its last " +
-                                bytesText(fileBytes - rows.paddedEnd) + " are left out");
+    if (fileBytes <= rows.paddedEnd) {
+        return rows;
     }
+    size_t const rest = fileBytes - rows.paddedEnd;
+    if (rest >= rows.stride) {
+        throw Failure(format("has %zu bytes, of which the picture takes %zu %s", fileBytes,
+                             rows.paddedEnd, layoutText(rows.layout)),
+                      "check --size, --layout, --stride and --offset");
+    }
+    capture.notes.push_back("goes on after the picture: its last " + bytesText(rest) +
+                            " are left out");
     return rows;
 }
 
@@ -122,7 +129,7 @@ Rows findRows(size_t fileBytes, InputOptions const& options, Capture& capture) {
 int depthOf(Rows const& rows, InputOptions const& options) {
     int const packed = packedGroup(rows.layout).bits;
     if (packed != 0 && options.bits.value_or(packed) != packed) {
-        throw Failure(format("has the size that the picture takes %s, but --bits says %d",
+        throw Failure(format("has samples of %d bits %s, but --bits says %d", packed,
                              layoutText(rows.layout), *options.bits),
                       "leave --bits out, or check --size and --layout");
     }
