@@ -59,6 +59,12 @@ Cost costOf(Command const& command) {
     return cost;
 }
 
+/** A folder without what an earlier run left: replacing files takes the system longer. */
+fs::path fresh(fs::path const& folder) {
+    fs::remove_all(folder);
+    return folder;
+}
+
 /** Wall time of a piece of work, in `seconds`. */
 template <typename Work>
 Cost timed(Work const& work) {
@@ -122,11 +128,12 @@ void measureLarge(std::string const& program, Frames const& frames, fs::path con
                   int repetitions) {
     std::vector<Cost> batch, single, alone, halves, plainHalves;
     for (int round = 0; round < repetitions; ++round) {
-        batch.push_back(costOf(reprocessAll(program, frames, folder / "batch")));
-        single.push_back(oneByOne(program, frames, folder / "single"));
-        halves.push_back(inHalves(program, frames, folder / "halves", {}));
-        plainHalves.push_back(inHalves(program, frames, folder / "halves", {"--jobs", "1"}));
-        alone.push_back(costOf(reprocessAll(program, frames, folder / "alone", {"--jobs", "1"})));
+        batch.push_back(costOf(reprocessAll(program, frames, fresh(folder / "batch"))));
+        single.push_back(oneByOne(program, frames, fresh(folder / "single")));
+        halves.push_back(inHalves(program, frames, fresh(folder / "halves"), {}));
+        plainHalves.push_back(inHalves(program, frames, fresh(folder / "halves"), {"--jobs", "1"}));
+        alone.push_back(
+                costOf(reprocessAll(program, frames, fresh(folder / "alone"), {"--jobs", "1"})));
     }
     printTimes("batch, times faster", frames, batch, "one by one", single, Goal::atLeast(1.45));
     printTimes("batch, times faster", frames, batch, "--jobs 1", alone, Goal::none());
@@ -147,10 +154,11 @@ void measureSmall(std::string const& program, std::string const& older, Frames c
                   fs::path const& folder, int repetitions) {
     std::vector<Cost> batch, alone, before;
     for (int round = 0; round < repetitions; ++round) {
-        batch.push_back(costOf(reprocessAll(program, frames, folder / "batch")));
-        alone.push_back(costOf(reprocessAll(program, frames, folder / "alone", {"--jobs", "1"})));
+        batch.push_back(costOf(reprocessAll(program, frames, fresh(folder / "batch"))));
+        alone.push_back(
+                costOf(reprocessAll(program, frames, fresh(folder / "alone"), {"--jobs", "1"})));
         if (!older.empty()) {
-            before.push_back(costOf(reprocessAll(older, frames, folder / "older")));
+            before.push_back(costOf(reprocessAll(older, frames, fresh(folder / "older"))));
         }
     }
     printTimes("batch, times faster", frames, batch, "--jobs 1", alone, Goal::none());

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace quen::host {
@@ -40,14 +41,17 @@ int MemoryReserve::take(uint64_t size) {
     return taken >= 0 ? taken : mMake(size);
 }
 
-/** Goes without when the system refuses a thread. */
+/** Goes without when the system refuses a thread. Nobody waits for the last one when the process
+ * ends. */
 void MemoryReserve::makeNext(uint64_t size) {
+    std::packaged_task<Memory()> task([make = mMake, size, last = std::move(mTaken)]() mutable {
+        last = nullptr;
+        return Memory(make, size);
+    });
+    std::future<Memory> next = task.get_future();
     try {
-        mNext = std::async(std::launch::async,
-                           [make = mMake, size, last = std::move(mTaken)]() mutable {
-                               last = nullptr;
-                               return Memory(make, size);
-                           });
+        std::thread(std::move(task)).detach();
+        mNext = std::move(next);
     } catch (std::system_error const&) {
     }
 }
