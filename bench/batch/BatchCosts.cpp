@@ -117,11 +117,11 @@ void printTimes(std::string const& what, Frames const& frames, std::vector<Cost>
                          others / seconds, goal});
 }
 
-void printProcessors(Frames const& frames, std::vector<Cost> const& costs) {
+void printProcessors(Frames const& frames, std::vector<Cost> const& costs, Goal goal) {
     double const used = median(costs, &Cost::processorSeconds) / median(costs, &Cost::seconds);
-    printRow(std::cout, {"batch, processors in use", frames.work, decimalText(used),
-                         std::to_string(std::thread::hardware_concurrency()) + " there are", used,
-                         Goal::atLeast(1.85)});
+    printRow(std::cout,
+             {"batch, processors in use", frames.work, decimalText(used),
+              std::to_string(std::thread::hardware_concurrency()) + " there are", used, goal});
 }
 
 void measureLarge(std::string const& program, Frames const& frames, fs::path const& folder,
@@ -140,7 +140,7 @@ void measureLarge(std::string const& program, Frames const& frames, fs::path con
     printTimes("batch, times faster", frames, batch, "two halves", halves, Goal::atLeast(1));
     printTimes("batch, times faster", frames, batch, "two halves, --jobs 1", plainHalves,
                Goal::atLeast(1));
-    printProcessors(frames, batch);
+    printProcessors(frames, batch, Goal::atLeast(1.85));
     double const peak = median(batch, &Cost::peakBytes);
     double const least = median(alone, &Cost::peakBytes);
     printRow(std::cout, {"batch, peak memory in MB", frames.work, decimalText(peak / 1e6),
@@ -165,7 +165,7 @@ void measureSmall(std::string const& program, std::string const& older, Frames c
     if (!older.empty()) {
         printTimes("batch, times faster", frames, batch, "another build", before, Goal::atLeast(3));
     }
-    printProcessors(frames, batch);
+    printProcessors(frames, batch, Goal::none());
 }
 
 void measureStart(std::string const& program) {

@@ -50,13 +50,6 @@ std::vector<Slice> cut(int height) {
     return slices;
 }
 
-/** More than the file of a slice takes at any quality. */
-size_t mostBytes(YuvPicture const& part) {
-    size_t const pixels = static_cast<size_t>(part.width + kMcuSide) *
-                          static_cast<size_t>(part.height + kMcuSide);
-    return 3 * pixels + (1 << 16);
-}
-
 /** Offset of the first segment with that marker in the headers of a file. */
 size_t findSegment(uint8_t const* file, uint8_t marker) {
     size_t offset = kMarkerBytes;
@@ -109,15 +102,14 @@ size_t encodeJpeg(YuvPicture const& picture, int quality, std::vector<uint8_t> c
         return [&, encoder](int index) {
             Slice& slice = slices[static_cast<size_t>(index)];
             bool const isFirst = index == 0;
-            YuvPicture const part =
-                    cropped(picture, {0, slice.firstRow, picture.width, slice.rows});
-            size_t room = capacity;
             if (!isFirst) {
-                room = std::min(capacity, mostBytes(part));
-                slice.bytes.reset(new uint8_t[room]);  // pages never written cost nothing
+                slice.bytes.reset(new uint8_t[capacity]);  // pages never written cost nothing
             }
             slice.file = isFirst ? target : slice.bytes.get();
-            slice.size = encoder->encode(part, quality, isFirst ? exif : noExif, slice.file, room);
+            YuvPicture const part =
+                    cropped(picture, {0, slice.firstRow, picture.width, slice.rows});
+            slice.size =
+                    encoder->encode(part, quality, isFirst ? exif : noExif, slice.file, capacity);
         };
     });
     bool const allFit = std::all_of(slices.begin(), slices.end(),
