@@ -20,6 +20,9 @@ class BufferPool {
     /** @param kept most buffers to keep for further frames; others are freed on another thread */
     explicit BufferPool(size_t kept) : mKept(kept) {}
 
+    /** Whether a buffer may come from an earlier frame. */
+    bool keepsBuffers() const { return mKept != 0; }
+
     /** A buffer, its content undefined. @throws Failure as ClientBuffer's constructor does */
     std::unique_ptr<ClientBuffer> take(uint32_t width, uint32_t height, int32_t format);
 
