@@ -48,9 +48,7 @@ void startPlatform(Options const& options, BatchResources const& resources,
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
     host::GraphicsServices const graphics = host::registerGraphicsServices();
-    if (resources.keptBuffers != 0) {
-        graphics.allocator->keepReserve();
-    }
+    graphics.allocator->keepReserve(resources.buffersAhead);
     host::isp::SoftwareIspOptions isp;
     isp.observer = report;
     isp.developThreads = resources.developThreads;

@@ -55,8 +55,8 @@ int createReservedMemory(uint64_t size) {
 
 }  // namespace
 
-void MemfdAllocator::keepReserve() {
-    mReserve = std::make_unique<MemoryReserve>(createReservedMemory);
+void MemfdAllocator::keepReserve(size_t most) {
+    mReserve = std::make_unique<MemoryReserve>(createReservedMemory, most);
 }
 
 /** The memory of a buffer; -1 when there is none. */

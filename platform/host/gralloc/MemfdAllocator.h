@@ -34,8 +34,11 @@ class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAll
      */
     bool setLayout(PixelFormat format, Layout layout);
 
-    /** From now on has the memory of large pictures made ahead. Before the first allocation. */
-    void keepReserve();
+    /**
+     * Has the memory of large pictures made ahead, `most` times. Called before the first
+     * allocation.
+     */
+    void keepReserve(size_t most);
 
     android::hardware::Return<void> allocate(
             android::hardware::hidl_vec<uint8_t> const& bufferDescriptor, uint32_t count,

@@ -29,15 +29,21 @@ int MemoryReserve::take(uint64_t size) {
     MutexLock const guard(mLock);
     int taken = -1;
     std::shared_ptr<MemoryMapping> mapping;
-    if (mNext.valid()) {
+    // One made for another size is worth keeping only when it is the last.
+    if (mNext.valid() && (mNextSize == size || mLeft != 0)) {
         Memory next = mNext.get();
         if (next.size == size) {
             taken = std::exchange(next.descriptor, -1);
             mapping = std::move(next.mapping);
         }
     }
-    makeNext(size);
-    mTaken = std::move(mapping);
+    if (mLeft != 0) {
+        --mLeft;
+        makeNext(size);
+    }
+    if (mapping != nullptr) {
+        mTaken = std::move(mapping);
+    }
     return taken >= 0 ? taken : mMake(size);
 }
 
@@ -52,6 +58,7 @@ void MemoryReserve::makeNext(uint64_t size) {
     try {
         std::thread(std::move(task)).detach();
         mNext = std::move(next);
+        mNextSize = size;
     } catch (std::system_error const&) {
     }
 }

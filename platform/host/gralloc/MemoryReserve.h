@@ -20,9 +20,13 @@ class MemoryReserve {
     /** Makes memory. @return its descriptor, -1 when there is none */
     using Make = int (*)(uint64_t size);
 
-    explicit MemoryReserve(Make make) : mMake(make) {}
+    /** @param most how often to make memory ahead */
+    MemoryReserve(Make make, size_t most) : mMake(make), mLeft(most) {}
 
-    /** Memory of a size, ready when the last one was of that size too; -1 when there is none. */
+    /**
+     * Memory of a size, ready when it was made for that size; -1 when there is none. As long as
+     * some may be made ahead, that is next made for this size.
+     */
     int take(uint64_t size);
 
   private:
@@ -43,7 +47,9 @@ class MemoryReserve {
 
     Make const mMake;
     Mutex mLock;
+    size_t mLeft HOST_GUARDED_BY(mLock);  // how often memory may yet be made ahead
     std::future<Memory> mNext HOST_GUARDED_BY(mLock);
+    uint64_t mNextSize HOST_GUARDED_BY(mLock) = 0;
     // Of the memory taken last: whoever imports it finds it mapped.
     std::shared_ptr<MemoryMapping> mTaken HOST_GUARDED_BY(mLock);
 };

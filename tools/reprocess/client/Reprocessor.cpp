@@ -122,24 +122,21 @@ std::unique_ptr<Frame> Reprocessor::prepare(uint32_t number, Capture capture, Ou
 
 /**
  * Without buffers from earlier frames, that for the picture is made beside the mosaic's: the system
- * takes as long for the pages of either as its samples take.
+ * takes as long for the pages of either as its samples take. It comes first: the allocator then
+ * makes the library's buffer for the picture ahead.
  */
 void Reprocessor::prepareMosaic(Frame& frame, Capture const& capture) {
-    std::future<std::unique_ptr<ClientBuffer>> picture;
+    std::future<void> pictureReady;
     if (!mPool->keepsBuffers()) {
-        picture = std::async([&] {
-            auto buffer =
-                    mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
-            static_cast<void>(buffer->lock());
-            return buffer;
-        });
+        frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
+        pictureReady = std::async([&] { static_cast<void>(frame.picture->lock()); });
     }
     RawTarget const target = rawTarget(capture, mOptions, frame.metadata);
     frame.rawFormat = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
     frame.input = mPool->take(capture.width, capture.height, frame.rawFormat);
     frame.watch.time("fill raw buffer", [&] { fillRaw(*frame.input, capture, target); });
-    if (picture.valid()) {
-        frame.picture = frame.watch.time("get picture buffer", [&] { return picture.get(); });
+    if (pictureReady.valid()) {
+        frame.watch.time("get picture buffer", [&] { pictureReady.get(); });
     }
 }
 

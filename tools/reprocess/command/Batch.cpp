@@ -110,6 +110,7 @@ BatchResources resourcesFor(Options const& options) {
     BatchResources resources;
     if (options.inputs.size() > 1) {
         resources.keptBuffers = 3;  // a mosaic, a picture and a JPEG
+        resources.buffersAhead = std::numeric_limits<size_t>::max();
     }
     // Half of the processors for the frame that is encoded: much of that is one thread's work,
     // which decides when the next one begins.

@@ -10,8 +10,9 @@ namespace quen::reprocess {
 
 /** How the work of a command line is best spread. */
 struct BatchResources {
-    size_t keptBuffers = 0;  ///< for further frames
-    int developThreads = 0;  ///< of a single request; 0 for one a processor
+    size_t keptBuffers = 0;   ///< for further frames
+    size_t buffersAhead = 1;  ///< to be made before they are asked for
+    int developThreads = 0;   ///< of a single request; 0 for one a processor
 };
 
 BatchResources resourcesFor(Options const& options);
