@@ -29,26 +29,27 @@ struct Work {
     char const* size;
     double pixels;
     bool headerless;
+    double timesFaster;  ///< the goal against LibRaw's default
 
     std::string describe() const { return std::string(name) + ", " + size + ", quality 95"; }
 };
 
 constexpr Work kWorks[] = {
-        {"12.dng", "4000x3000", 4000.0 * 3000, false},
-        {"50.dng", "8160x6120", 8160.0 * 6120, false},
-        {"12.raw", "4000x3000", 4000.0 * 3000, true},
-        {"50.raw", "8160x6120", 8160.0 * 6120, true},
+        {"12.dng", "4000x3000", 4000.0 * 3000, false, 8},
+        {"50.dng", "8160x6120", 8160.0 * 6120, false, 10},
+        {"12.raw", "4000x3000", 4000.0 * 3000, true, 8},
+        {"50.raw", "8160x6120", 8160.0 * 6120, true, 10},
 };
 
 struct Peer {
     char const* name;
     char const* demosaic;  ///< LibRaw's user_qual
-    double timesFaster;    ///< the goal
+    double timesFaster;    ///< the goal; 0 for that of the work
 };
 
 constexpr Peer kPeers[] = {
         {"LibRaw bilinear", "0", 3},
-        {"LibRaw default", "-1", 8},
+        {"LibRaw default", "-1", 0},
 };
 
 std::string pictureOf(Programs const& programs, std::string const& who, Work const& work) {
@@ -79,7 +80,7 @@ Command peerCommand(Programs const& programs, Work const& work, Peer const& peer
     return command;
 }
 
-constexpr double kMostBytesPerPixel = 16;
+constexpr double kMostBytesPerPixel = 8;
 
 /** Runs the commands in turn, after one round that is not counted. */
 std::vector<std::vector<Cost>> measure(std::vector<Command> const& commands, int repetitions) {
@@ -115,7 +116,8 @@ void measureWork(Programs const& programs, Work const& work, int repetitions) {
     };
     for (size_t i = 0; i < std::size(kPeers); ++i) {
         printTime("RAW to JPEG, times faster", i, &Cost::seconds,
-                  Goal::atLeast(kPeers[i].timesFaster));
+                  Goal::atLeast(kPeers[i].timesFaster != 0 ? kPeers[i].timesFaster
+                                                           : work.timesFaster));
     }
     for (size_t i = 0; i < std::size(kPeers); ++i) {
         printTime("RAW to JPEG, less processor time", i, &Cost::processorSeconds, Goal::none());
