@@ -7,7 +7,7 @@
 
 /**
  * A mutex whose use clang checks (-Wthread-safety): a member names the lock that it is guarded by,
- * a function the lock that its caller holds.
+ * and a function names the lock that its caller must hold.
  */
 
 #if defined(__clang__)
@@ -71,7 +71,7 @@ inline timespec deadlineAfter(timeval const& start, time_t seconds) {
     return {start.tv_sec + seconds, start.tv_usec * kNanosecondsPerMicrosecond};
 }
 
-/** A condition variable on the realtime clock, as long-lived as a Mutex. */
+/** A condition variable on the realtime clock, usable as early and as late as a Mutex. */
 class Condition {
   public:
     constexpr Condition() = default;

@@ -9,7 +9,7 @@ namespace quen {
 
 /**
  * Converts gralloc4 plane layouts to an `android_ycbcr`: 8-bit luma samples in a plane of their
- * own, chroma samples one or two bytes apart, both alike.
+ * own, chroma samples one or two bytes apart, the same for Cb and Cr.
  *
  * @param base address of the locked buffer; null when the lock failed, every address is null then
  * @param ycbcr cleared first; keeps what was found before a failure

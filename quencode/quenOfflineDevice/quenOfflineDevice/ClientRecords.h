@@ -29,7 +29,8 @@ struct SessionParams {
 
 /**
  * One buffer of a request. An input of format YCBCR_420_888 is read as packed rows of the image's
- * width: luma, then V and U in turn where the device buffer is semi-planar, else U, then V.
+ * width: luma, then interleaved V and U if the device buffer is semi-planar, otherwise the U plane
+ * and the V plane.
  */
 struct ImageBuffer {
     int32_t streamId;

@@ -9,9 +9,9 @@
 #include "quenCommon/Mutex.h"
 
 /**
- * Everything that the device objects of one process share, and who locks what. Beside it there are
- * the MapperHelper's and the AllocatorHelper's single instances, made once and copied from then on:
- * they hold a reference to a service and nothing that changes.
+ * Everything that the device objects of one process share, and who locks what. The only
+ * other process-wide objects are the instances of MapperHelper and AllocatorHelper, which hold a
+ * reference to a service and nothing that changes.
  */
 
 namespace quen {

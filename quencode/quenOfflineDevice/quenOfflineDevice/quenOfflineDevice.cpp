@@ -93,8 +93,8 @@ void freeImage(ISPBuffer const& buffer) {
 }
 
 /**
- * Frees the device buffers of a synchronous request: the input's and, of several outputs, the last
- * one's. The hardened build frees the other outputs' device buffers too.
+ * Frees the device buffers of a synchronous request: the input's and the last output's. The
+ * hardened build frees the other outputs' device buffers too.
  */
 void freeImages(ISPRequest const& request, PostProcessParams const& params) {
     freeImage(request.inputBuffers[0]);
@@ -248,8 +248,7 @@ void quenOfflineDevice::rememberStreams(ISPStreamConfiguration const& configurat
 }
 
 /**
- * The lines that frame a request name the device's stage: at entry the previous request's, at exit
- * this one's.
+ * The entry line logs the previous request's stage, the exit line this request's.
  */
 int quenOfflineDevice::process(PostProcessParams const* params,
                                sp<IQuenPostProcCallback> callback) {
@@ -281,10 +280,10 @@ int quenOfflineDevice::process(PostProcessParams const* params,
  * last configuration, after the outstanding requests have drained or were given up. Blocks
  * meanwhile. An object that is not connected only notes the raw depth.
  *
- * What is compared are the streams as the ISP was told them: an RGB reprocess input, told with a
- * third of its width and as a BLOB, does not match the client's buffer and is configured for every
- * request. Outputs are compared by size and format, whatever their number and ids; none at all
- * configured forces a configuration, no input configured does not.
+ * Compares with the streams as configured: an RGB reprocess input is configured as a BLOB of a
+ * third of its width, so it never matches the client's buffer and is configured for every request.
+ * Outputs are compared by size and format, whatever their number and ids; none at all configured
+ * forces a configuration, no input configured does not.
  *
  * @param outputs not empty: a configuration takes its stage from the first
  */
@@ -391,7 +390,7 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
  * Records a request, submits it and, without a client callback, waits for its result.
  *
  * @param requests the one request
- * @param record the table's once recorded
+ * @param record owned by the request table once recorded
  * @return what `process` returns
  */
 int quenOfflineDevice::recordAndSubmit(PostProcessParams const& params,
@@ -429,7 +428,7 @@ int quenOfflineDevice::recordAndSubmit(PostProcessParams const& params,
 
 /**
  * Waits for the result of the request just submitted and, when encoding, copies the JPEG. In the
- * default build a time-out goes on like a result, with the status that the latest result left.
+ * default build a time-out is handled like a result, with the status that the latest result left.
  *
  * gJpegMutex is held from the wait until the size is logged.
  *
@@ -455,12 +454,12 @@ int quenOfflineDevice::waitForResult(PostProcessParams const& params, ISPRequest
     return result;
 }
 
-/** Hands on to quen::isNeedRaw14bit. */
+/** Forwards to quen::isNeedRaw14bit. */
 bool quenOfflineDevice::isNeedRaw14bit(camera_metadata const* meta, int inputFormat) {
     return quen::isNeedRaw14bit(meta, inputFormat);
 }
 
-/** Hands on to quen::convertToISPBuffer, with the device's stage. */
+/** Forwards to quen::convertToISPBuffer, with the device's stage. */
 void quenOfflineDevice::convertToISPBuffer(ImageBuffer const* imageBuffer,
                                            camera_metadata const* settings, ISPBuffer* ispBuffer,
                                            bool* used3ADebugInfo, hidl_handle& tuningData,
@@ -470,24 +469,24 @@ void quenOfflineDevice::convertToISPBuffer(ImageBuffer const* imageBuffer,
                              used3ADebugInfo, tuningData, direction);
 }
 
-/** Hands on to quen::allocGraphicBuffer. */
+/** Forwards to quen::allocGraphicBuffer. */
 void quenOfflineDevice::allocGraphicBuffer(hidl_handle& handle, void const* source, int width,
                                            int height, int format, unsigned long usage,
                                            unsigned int& stride, int /*unused*/) {
     quen::allocGraphicBuffer(handle, source, width, height, format, usage, stride);
 }
 
-/** Hands on to quen::getJpegSize. */
+/** Forwards to quen::getJpegSize. */
 int quenOfflineDevice::getJpegSize(native_handle const* handle, int size) {
     return quen::getJpegSize(handle, size);
 }
 
-/** Hands on to quen::updateMetaData, with the device's stage and raw depth. */
+/** Forwards to quen::updateMetaData, with the device's stage and raw depth. */
 void quenOfflineDevice::updateMetaData(NSCam::IMetadata* meta, int width, int height) {
     quen::updateMetaData(meta, width, height, mStage, IsNeedRaw14bit);
 }
 
-/** Hands on to quen::convertToISPMetadata. */
+/** Forwards to quen::convertToISPMetadata. */
 void quenOfflineDevice::convertToISPMetadata(NSCam::IMetadata* meta,
                                              std::vector<unsigned char>& out) {
     quen::convertToISPMetadata(meta, out);

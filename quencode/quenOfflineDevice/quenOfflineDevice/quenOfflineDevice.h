@@ -40,7 +40,7 @@ class quenOfflineDevice {
   public:
     QUEN_EXPORT quenOfflineDevice();
 
-    /** Releases what is still held. Does not close the ISP device: that is `destroy`'s part. */
+    /** Releases what is still held. Does not close the ISP device: `destroy` does that. */
     QUEN_EXPORT ~quenOfflineDevice();
 
     quenOfflineDevice(quenOfflineDevice const&) = delete;
@@ -129,8 +129,8 @@ class quenOfflineDevice {
     int waitForResult(PostProcessParams const& params, ISPRequest const& request,
                       quen::JpegHandover& handover);
 
-    // The steps that need little or nothing of the object hand on to a module, which has the
-    // contract. Where a module calls another one itself, the step stands here for completeness.
+    // These forward to the free functions of their modules, which document them. The modules call
+    // each other directly.
     static bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
     void convertToISPBuffer(ImageBuffer const* imageBuffer, camera_metadata const* settings,
                             ISPBuffer* ispBuffer, bool* used3ADebugInfo,

@@ -54,7 +54,7 @@ class HalInterface::ClientCallback
             ISPResult const& result) override;
 
     /**
-     * The ISP module died: the parent lets go of this object, and nothing may be recorded or
+     * The ISP module died: the parent releases this object, and nothing may be recorded or
      * drained through it from then on. Requests stay outstanding; in the hardened build their
      * clients are told. Any thread.
      */
@@ -67,7 +67,7 @@ class HalInterface::ClientCallback
 
     /**
      * Takes back a request that the ISP device refused, and destroys its record, unless a result is
-     * at work on it. The client's thread.
+     * being handled. The client's thread.
      */
     void withdraw(uint32_t requestNumber, OfflineRequest* request);
 
@@ -81,10 +81,10 @@ class HalInterface::ClientCallback
     using IspStatus = vendor::mediatek::hardware::camera::isphal::V1_0::Status;
     using ClientStatus = vendor::quen::hardware::camera::quenpostproc::V1_0::Status;
 
-    /** Client status of an ISP status; the ISP's value 6 has no name and is told as success. */
+    /** Client status of an ISP status; the ISP's value 6 has no name and is reported as success. */
     static ClientStatus convertStatus(IspStatus status);
 
-    /** Hands on to quen::convertToIMetadata, which has the contract. */
+    /** Forwards to quen::convertToIMetadata, which documents it. */
     static bool convertToIMetadata(void const* data, NSCam::IMetadata& out);
 
   private:

@@ -51,7 +51,7 @@ sp<HalInterface::ClientCallback> HalInterface::callback() const {
     return mCallback;
 }
 
-/** Lets go of the callback object. Returns it, for the caller to release without a lock. */
+/** Releases the callback object. Returns it, for the caller to release without a lock. */
 sp<HalInterface::ClientCallback> HalInterface::takeCallback() {
     MutexLock const lock(mCallbackLock);
     sp<ClientCallback> taken = mCallback;

@@ -32,8 +32,8 @@ class HalInterface : public virtual android::RefBase {
      * Puts a request into the table of outstanding requests, before it is submitted.
      *
      * A number that is outstanding already keeps its first request; the new one is then neither
-     * recorded nor deleted. Nor is one that comes after the ISP module's death, in the hardened
-     * build.
+     * recorded nor deleted. In the hardened build a request after the ISP module's death is not
+     * recorded either.
      *
      * @param request owned by the table once recorded
      * @param callback the client's, null when `process` waits for the result itself

@@ -16,7 +16,7 @@ void freeTuningBuffer(hidl_handle const& handle) {
     MapperHelper::getInstance().freeBuffer(handle.getNativeHandle());
 }
 
-/** Lets go of tuning buffers that live in the 3A store; their descriptors are the store's. */
+/** Releases tuning buffers that live in the 3A store; their descriptors are the store's. */
 void releaseExternal(OfflineRequest& request) {
     native_handle const* const input = request.inputTuningBuffer.getNativeHandle();
     if (input != nullptr) {

@@ -41,10 +41,10 @@ class RequestTable {
     enum class Insertion {
         Recorded,     ///< the table owns the record
         NumberTaken,  ///< the number is outstanding; the record is still the caller's
-        Closed,       ///< the table takes no records any more; it is still the caller's
+        Closed,       ///< the table is closed; the caller keeps the record
     };
 
-    /** An entry that was taken over, by a result or at the table's end. */
+    /** An entry taken over by a result, or when the table is cleared. */
     struct Claim {
         uint32_t number = 0;
         uint64_t serial = 0;                ///< tells entries of one number apart; 0: nothing found
@@ -72,7 +72,7 @@ class RequestTable {
     /**
      * Erases a request that nobody has claimed.
      *
-     * @return whether the record is the caller's again
+     * @return whether the caller owns the record again
      */
     bool withdraw(uint32_t number, OfflineRequest const* request) QUEN_EXCLUDES(mLock);
 

@@ -3,7 +3,7 @@
 #include <cutils/native_handle.h>
 #include <nscam/IMetadata.h>
 
-/** What a result's metadata is made of, beside what the ISP says in its own buffer. */
+/** Adds tuning data and request tags to a result's metadata. */
 
 namespace quen {
 

@@ -43,7 +43,7 @@ void logTrailer(CameraBlob const& blob) {
     QLOGD("%s", text);
 }
 
-/** Reads the JPEG's size from a device buffer, which is imported and locked for the time. */
+/** Reads the JPEG's size from a device buffer, which is imported and locked meanwhile. */
 int probeJpegSize(native_handle const* handle, int size) {
     ImportedBuffer buffer(handle);
     void const* const address = buffer.lock(kCpuReadWriteOften, size);
@@ -67,6 +67,9 @@ int probeJpegSize(native_handle const* handle, int size) {
 bool copyFromDevice(native_handle const* handle, int size, void* target) {
     ImportedBuffer buffer(handle);
     void const* const source = buffer.lock(kCpuReadWriteOften, size);
+    if (size == 0) {
+        return true;
+    }
     if (source == nullptr || target == MAP_FAILED) {
         return false;
     }

@@ -19,7 +19,7 @@
 
 namespace quen {
 
-/** One synchronous request's side of the hand-over. Lives on the thread that waits. */
+/** The waiting side of one synchronous request. Lives on the thread that waits. */
 class JpegHandover {
   public:
     /**

@@ -115,8 +115,8 @@ void pushItem(IMetadata::IEntry& entry, uint32_t type, uint8_t const* item) {
 /**
  * Reads the items that start within the first `dataSize` bytes of a record's data.
  *
- * A trusted record with data of an unknown type keeps the reader here for good: its step is 0, and
- * such records must not be sent. Volatile, so that no compiler assumes that the loop ends.
+ * A trusted record with data of an unknown type loops forever: its step is 0, and such records must
+ * not be sent. Volatile, so that no compiler assumes that the loop ends.
  */
 IMetadata::IEntry decodeItems(uint8_t const* record, uint32_t type,
                               uint32_t const volatile& dataSize) {

@@ -122,7 +122,7 @@ void writeRawBitDepth(IMetadata& metadata, bool isNeedRaw14bit) {
     metadata.update(tag::rawBitDepth, entry);
 }
 
-/** Hands the crop of a SAT case to the ISP; otherwise the application's stands. */
+/** Copies the SAT crop to the ISP's crop tag; without one the application's crop is kept. */
 void writeSatCrop(IMetadata& metadata) {
     IMetadata::IEntry const sat = metadata.entryFor(tag::cropRegionSat);
     if (sat.count() == 0) {

@@ -13,7 +13,8 @@ namespace quen {
  * @param width of the whole picture in pixels, which a JPEG is cropped to; unused in the other
  *        stage
  * @param height as `width`
- * @param stage the request's stage text; one that is neither stage gets the raw depth alone
+ * @param stage the request's stage text; for any other text only the raw depth is set and tuning
+ * data removed
  * @param isNeedRaw14bit whether raw input is processed at 14 bits
  */
 void updateMetaData(NSCam::IMetadata* meta, int width, int height, char const* stage,

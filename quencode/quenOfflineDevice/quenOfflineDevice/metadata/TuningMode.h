@@ -5,7 +5,7 @@
 
 namespace quen {
 
-/** What the ISP's tuning mode and feature hint are chosen by. */
+/** Inputs of the choice of tuning mode and feature. */
 struct CaptureParameters {
     int64_t currentMode;  ///< bit set
     int32_t currentUiMode;
@@ -17,7 +17,7 @@ struct CaptureParameters {
 /** No feature code. */
 inline constexpr int32_t kNoFeature = 0;
 
-/** A tuning mode, and the feature code that goes with it at once. */
+/** A tuning mode and its own feature code, if it has one. */
 struct TuningChoice {
     int32_t tuningMode;
     int32_t feature;  ///< or kNoFeature

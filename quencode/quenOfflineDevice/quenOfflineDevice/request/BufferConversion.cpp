@@ -35,7 +35,7 @@ bool findEntry(camera_metadata const* metadata, uint32_t tag, camera_metadata_en
  * Overwrites an entry with a buffer index. The entry keeps its element count; should it have more
  * than one, 0 follows the index.
  *
- * @param settings the client's, handed over as constant; the index is the one thing told back in it
+ * @param settings the client's, the client's; passed as const, but the index is written into it
  */
 bool overwriteIndex(camera_metadata const* settings, camera_metadata_entry_t const& entry,
                     int32_t bufferIndex) {
@@ -52,8 +52,8 @@ bool overwriteIndex(camera_metadata const* settings, camera_metadata_entry_t con
 }
 
 /**
- * Gets a 3A buffer for the ISP's debug information and tells the client its index, in place of the
- * index that the settings hold.
+ * Gets a 3A buffer for the ISP's debug information and overwrites the index in the settings with
+ * its index.
  *
  * @param tuningData receives the buffer, also when the settings cannot be updated afterwards
  * @return whether the buffer is used
@@ -191,6 +191,8 @@ void convertToISPBuffer(ImageBuffer const* imageBuffer, ConversionContext const&
     }
     bool const isBlob = imageBuffer->format == HAL_PIXEL_FORMAT_BLOB;
     ispBuffer->streamId = static_cast<uint32_t>(imageBuffer->streamId);
+    ispBuffer->reserved = nullptr;
+    ispBuffer->reservedSize = 0;
     convertImage(*imageBuffer, *ispBuffer, direction);
     bool is3ABuffer = false;
     if (context.settings != nullptr && !isBlob) {

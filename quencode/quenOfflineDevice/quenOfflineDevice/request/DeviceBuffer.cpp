@@ -45,8 +45,8 @@ void setSample(uint8_t* plane, size_t offset, uint8_t value) {
 }
 
 /**
- * Copies pairs (V, U) into two planes of samples a step apart, each pair's Cr and Cb in turn; row
- * ends are set to 0. The planes may overlap: the last write wins.
+ * Copies pairs (V, U) into two planes with a sample every other byte, V to Cr and U to Cb, pair by
+ * pair; row ends are set to 0. The planes may overlap: the last write wins.
  */
 void copyPairs(uint8_t const* source, size_t sourcePairs, uint8_t* cr, uint8_t* cb,
                size_t targetPairs, size_t stride, size_t rows) {

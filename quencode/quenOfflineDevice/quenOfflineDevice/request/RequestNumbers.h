@@ -11,7 +11,7 @@ namespace quen {
  *
  * A raw request with the fast-display tag at 1 leaves a marker, the next raw one with the tag at 0
  * takes the marker and leaves its number, the next JPEG request with the tag takes that number over
- * as its own. Requests without the tag have no part in it. The queues are the process's.
+ * as its own. Requests without the tag are ignored. The queues are process-wide.
  *
  * @param metadata the request's, before preparation
  * @param stage the stage text of this request

@@ -9,7 +9,7 @@
 namespace quen {
 namespace {
 
-struct AsTheyAre {
+struct InOrder {
     static void copy(uint8_t const* source, uint8_t* target, size_t bytes) {
         memcpy(target, source, bytes);
     }
@@ -108,7 +108,7 @@ void copyAll(uint8_t const* source, size_t rowBytes, Rows const& target, size_t 
 }  // namespace
 
 void copyRows(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes) {
-    copyAll<AsTheyAre>(source, rowBytes, target, endBytes);
+    copyAll<InOrder>(source, rowBytes, target, endBytes);
 }
 
 void copySwappedRows(uint8_t const* source, size_t rowPairs, Rows const& target, size_t endBytes) {

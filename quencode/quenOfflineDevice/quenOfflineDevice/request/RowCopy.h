@@ -19,7 +19,7 @@ struct Rows {
  * next.
  *
  * @param rowBytes of a packed row
- * @param endBytes set to 0 behind them
+ * @param endBytes set to 0 after each row
  */
 void copyRows(uint8_t const* source, size_t rowBytes, Rows const& target, size_t endBytes);
 

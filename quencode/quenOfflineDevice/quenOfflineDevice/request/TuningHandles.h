@@ -11,7 +11,7 @@ namespace quen {
 /** Bytes of every tuning-data buffer. */
 inline constexpr uint32_t kTuningDataBytes = 0x1fa400;
 
-/** Where the data of a handle around a 3A descriptor holds the descriptor. */
+/** Position of the 3A descriptor in such a handle's data. */
 inline constexpr int kTuningDescriptorSlot = 1;
 
 /**

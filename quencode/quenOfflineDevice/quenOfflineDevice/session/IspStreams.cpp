@@ -28,7 +28,7 @@ constexpr uint64_t kOutputUsage = 6;
 constexpr uint64_t kImplementationDefinedUsage = 0x60000;
 
 // The RGB reprocess flow: an input at least six times as wide as the first output, which is no
-// BLOB, is stated to the ISP as a BLOB of a third of the input's width with six bytes a pixel.
+// BLOB, is configured as a BLOB of a third of the input's width with six bytes a pixel.
 constexpr uint32_t kRgbLayout = 0x00010002;
 constexpr uint32_t kRgbSamplesPerPixel = 3;
 constexpr uint32_t kRgbBytesPerPixel = 6;
@@ -70,7 +70,7 @@ uint64_t streamUsage(Direction direction, int32_t format) {
     return direction == Direction::Input ? 0 : kOutputUsage;
 }
 
-/** States one client stream as the ISP wants it. */
+/** Converts one client stream to an ISP stream. */
 ISPStream buildStream(StreamConfig const& stream, Direction direction,
                       std::vector<StreamConfig> const& outputs) {
     uint32_t width = stream.width;

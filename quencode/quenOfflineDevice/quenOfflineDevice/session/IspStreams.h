@@ -8,7 +8,7 @@
 
 #include "quenOfflineDevice/ClientRecords.h"
 
-/** The streams of a session, as the ISP is told them. Pure functions: any thread. */
+/** Converts a session's streams to ISP streams. Any thread. */
 
 namespace quen {
 
@@ -22,9 +22,9 @@ namespace quen {
 bool isNeedRaw14bit(camera_metadata const* meta, int inputFormat);
 
 /**
- * States client streams as the ISP wants them, in the client's order.
+ * Converts client streams to ISP streams, in the client's order.
  *
- * @param outputs the session's; the first one tells the RGB reprocess flow from the others
+ * @param outputs the session's; the first one decides whether an input uses the RGB reprocess flow
  */
 std::vector<vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream> buildIspStreams(
         Direction direction, std::vector<StreamConfig> const& streams,
@@ -32,7 +32,7 @@ std::vector<vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream> buildIs
 
 /**
  * Zeroes what no field of a stream record covers. HIDL sends the records' memory as it is, and
- * copying a record leaves its padding behind: call where the records finally stand.
+ * copying a record leaves its padding behind: call on the final records, after the last copy.
  */
 void clearPadding(
         android::hardware::hidl_vec<vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream>&
