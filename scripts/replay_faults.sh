@@ -58,6 +58,8 @@ declare -rA first_programs=(
     [usage]=library_allocator_helper
 )
 
+declare -rA first_of_build=([default]=host) # at set-up: beside all_programs
+
 # Applies a patch, or with --reverse its reverse. The context must match; line numbers may differ.
 apply() {
     patch -p1 --batch --fuzz=0 --no-backup-if-mismatch --reject-file=- "${@:2}" \
@@ -118,7 +120,7 @@ set_up() {
     if command -v ld.lld >/dev/null; then linker=(-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld); fi
     cmake --preset release -B "build/$1" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O1 \
         -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST "${linker[@]}" "${options[$1]}" >"$log"
-    try_all "$1" host
+    try_all "$1" "${first_of_build[$1]:-none}"
     if [[ $outcome != survived ]]; then
         tail -n 30 "$log"
         echo "The tests of the $1 build fail without any fault." >&2

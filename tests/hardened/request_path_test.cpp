@@ -273,6 +273,17 @@ TEST_F(HardenedPathTest, RequestWhoseModuleDiesBeforeItsRecordIsFreed) {
     mSession.device.destroy();
 }
 
+TEST_F(HardenedPathTest, DeathOfTheModuleIsNoSuccess) {
+    mSession.create(mYuv, {mJpeg});
+    setJpegTimeout("1000");
+    EXPECT_EQ(encodeOne(777,
+                        [&](auto&) {
+                            mSession.peer.halInterface()->callback()->serviceDied(1, nullptr);
+                        }),
+              0);
+    mSession.device.destroy();
+}
+
 TEST_F(HardenedPathTest, DeathOfTheModuleEndsWhatIsOutstanding) {
     mSession.create(mRaw, {mYuv});
     setJpegTimeout("1000");

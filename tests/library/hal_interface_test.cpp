@@ -21,6 +21,7 @@ class HalInterfaceTest : public testing::Test {
   protected:
     hidl_handle const mTuning = allocateGraphic(16, 1, kBlob);
     HookedMapper& mMapper = *Graphics::fresh().mapper;
+    Bridge mBridge;
 };
 
 bool hook() {
@@ -29,50 +30,47 @@ bool hook() {
 }
 
 TEST_F(HalInterfaceTest, HookIsStoredAndNeverCalled) {
-    Bridge bridge;
     EXPECT_TRUE(HalInterface::requestCallback());
-    EXPECT_TRUE(bridge.hal->registerRequestCB(&HalInterface::requestCallback));
-    EXPECT_TRUE(bridge::hasHook(*bridge.hal));
-    EXPECT_TRUE(bridge.hal->registerRequestCB(&hook));
-    EXPECT_FALSE(bridge::hasHook(*bridge.hal));
-    EXPECT_TRUE(bridge.hal->requestCallback());
+    EXPECT_TRUE(mBridge.hal->registerRequestCB(&HalInterface::requestCallback));
+    EXPECT_TRUE(bridge::hasHook(*mBridge.hal));
+    EXPECT_TRUE(mBridge.hal->registerRequestCB(&hook));
+    EXPECT_FALSE(bridge::hasHook(*mBridge.hal));
+    EXPECT_TRUE(mBridge.hal->requestCallback());
 }
 
 TEST_F(HalInterfaceTest, AnyThreadMayRegisterAHookAndAskForTheCallback) {
-    Bridge bridge;
     auto const ask = [&] {
         for (int i = 0; i < 100; ++i) {
-            bridge.hal->registerRequestCB(&hook);
-            bridge.hal->callback();
+            mBridge.hal->registerRequestCB(&hook);
+            mBridge.hal->callback();
         }
     };
     std::thread other(ask);
     ask();
-    bridge.callback->serviceDied(1, nullptr);
+    mBridge.callback->serviceDied(1, nullptr);
     other.join();
-    EXPECT_EQ(bridge.hal->callback(), nullptr);
+    EXPECT_EQ(mBridge.hal->callback(), nullptr);
 }
 
 TEST_F(HalInterfaceTest, NumberRecordedTwiceKeepsItsFirstRequest) {
-    Bridge bridge;
     android::sp<RecordingCallback> const first = new RecordingCallback;
     android::sp<RecordingCallback> const second = new RecordingCallback;
     OfflineRequest* const dropped = newRequest(7);
     Transcript transcript;
-    bridge.hal->recordISPRequest(newRequest(7), first);
-    bridge.hal->recordISPRequest(dropped, second);
-    bridge.hal->recordISPRequest(newRequest(8), second);
+    mBridge.hal->recordISPRequest(newRequest(7), first);
+    mBridge.hal->recordISPRequest(dropped, second);
+    mBridge.hal->recordISPRequest(newRequest(8), second);
     EXPECT_THAT(transcript.lines(), ElementsAre());
     EXPECT_EQ(first->getStrongCount(), 2);
     EXPECT_EQ(second->getStrongCount(), 2);  // ours and the other request's
     deleteRequest(dropped);                  // still ours
 
-    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_TRUE(mBridge.deliver(7));
     EXPECT_EQ(first->calls().size(), 2u);
     EXPECT_EQ(second->calls().size(), 0u);
     EXPECT_EQ(first->getStrongCount(), 1);
-    EXPECT_TRUE(bridge.deliver(8));
-    EXPECT_EQ(bridge::outstanding(*bridge.hal), 0u);
+    EXPECT_TRUE(mBridge.deliver(8));
+    EXPECT_EQ(bridge::outstanding(*mBridge.hal), 0u);
 }
 
 /** A client that lets go of all it has of the library when it is told. */
@@ -98,46 +96,44 @@ TEST_F(HalInterfaceTest, CallbackLivesAsLongAsAResultIsAtWork) {
 }
 
 TEST_F(HalInterfaceTest, ResultKeepsWhatItClaimedAndErasesNothingElse) {
-    Bridge bridge;
     android::sp<SlowClient> const slow = new SlowClient;
     android::sp<RecordingCallback> const next = new RecordingCallback;
     OfflineRequest* const claimed = newRequest(7);
     claimed->inputTuningBuffer = mTuning;
-    bridge.hal->recordISPRequest(claimed, slow);
-    std::thread result([&] { EXPECT_TRUE(bridge.deliver(7)); });
+    mBridge.hal->recordISPRequest(claimed, slow);
+    std::thread result([&] { EXPECT_TRUE(mBridge.deliver(7)); });
     slow->waitUntilTold();
 
     // Until the result is done its number is taken, and a second result finds nothing.
     OfflineRequest* const dropped = newRequest(7);
-    bridge.hal->recordISPRequest(dropped, next);
+    mBridge.hal->recordISPRequest(dropped, next);
     deleteRequest(dropped);
     Transcript transcript;
-    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_TRUE(mBridge.deliver(7));
     EXPECT_THAT(transcript.take(), ElementsAre("E cannot find capture request 7"));
 
     // A drained wait gives the number up, not the record; what comes after it is another request.
-    bridge.hal->waitForRequestDrained();
-    bridge.hal->recordISPRequest(newRequest(7), next);
+    mBridge.hal->waitForRequestDrained();
+    mBridge.hal->recordISPRequest(newRequest(7), next);
     EXPECT_THAT(mMapper.calls, ElementsAre());
     slow->letGo();
     result.join();
     EXPECT_THAT(mMapper.calls, ElementsAre("free"));
     EXPECT_EQ(slow->calls().size(), 2u);
-    EXPECT_TRUE(bridge::isOutstanding(*bridge.hal, 7));
-    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_TRUE(bridge::isOutstanding(*mBridge.hal, 7));
+    EXPECT_TRUE(mBridge.deliver(7));
     EXPECT_EQ(next->calls().size(), 2u);
 }
 
 TEST_F(HalInterfaceTest, StageTextIsTheRecordsWhateverItIs) {
-    Bridge bridge;
     char gone[] = "RAW2YUV, then some more text than a stage has";
-    bridge.hal->recordISPRequest(newRequest(7, gone), nullptr);
-    bridge.hal->recordISPRequest(newRequest(8, nullptr), nullptr);
+    mBridge.hal->recordISPRequest(newRequest(7, gone), nullptr);
+    mBridge.hal->recordISPRequest(newRequest(8, nullptr), nullptr);
     std::string const text = gone;
     gone[0] = '\0';  // the device object is another one's, or gone, when the result comes
     for (auto const& [number, stage] : {std::pair(7, text.c_str()), {8, "(null)"}}) {
         Transcript transcript;
-        EXPECT_TRUE(bridge.deliver(static_cast<uint32_t>(number)));
+        EXPECT_TRUE(mBridge.deliver(static_cast<uint32_t>(number)));
         EXPECT_EQ(transcript.lines().front(), std::string("I reprocess result stage ") + stage +
                                                       " number " + std::to_string(number) +
                                                       " Result callback, result.status is OK 1 E");
@@ -145,11 +141,10 @@ TEST_F(HalInterfaceTest, StageTextIsTheRecordsWhateverItIs) {
 }
 
 TEST_F(HalInterfaceTest, DrainedWaitEndsWithTheLastResult) {
-    Bridge bridge;
-    bridge.hal->recordISPRequest(newRequest(7), nullptr);
-    bridge.hal->recordISPRequest(newRequest(9), nullptr);
+    mBridge.hal->recordISPRequest(newRequest(7), nullptr);
+    mBridge.hal->recordISPRequest(newRequest(9), nullptr);
     Transcript transcript;
-    std::thread waiter([&] { bridge.hal->waitForRequestDrained(); });
+    std::thread waiter([&] { mBridge.hal->waitForRequestDrained(); });
     long lastCycle = 0;
     for (size_t cycle = 1; cycle <= 3; ++cycle) {
         while (transcript.count("I need wait request number 7 process done") < cycle ||
@@ -157,15 +152,15 @@ TEST_F(HalInterfaceTest, DrainedWaitEndsWithTheLastResult) {
             std::this_thread::yield();
         }
         if (cycle < 3) {
-            auto const [start, deadline] = bridge::wakeDrainedWait(*bridge.hal);
+            auto const [start, deadline] = bridge::wakeDrainedWait(*mBridge.hal);
             EXPECT_EQ(deadline - start, 2000000);
             EXPECT_NE(start, std::exchange(lastCycle, start));
         }
     }
     std::string const signal = "I all result process done, single waitForRequestDrained";
-    EXPECT_TRUE(bridge.deliver(9));
+    EXPECT_TRUE(mBridge.deliver(9));
     EXPECT_FALSE(transcript.has(signal));
-    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_TRUE(mBridge.deliver(7));
     waiter.join();
     EXPECT_EQ(transcript.count(signal), 1u);
     EXPECT_EQ(transcript.count("I wait all result process done"), 3u);
@@ -176,17 +171,16 @@ TEST_F(HalInterfaceTest, DeathOfTheModuleDropsTheCallbackAlone) {
     if (quen::kHardened) {
         GTEST_SKIP() << "the hardened build ends the requests";
     }
-    Bridge bridge;
-    bridge.hal->recordISPRequest(newRequest(7), nullptr);
+    mBridge.hal->recordISPRequest(newRequest(7), nullptr);
     Transcript transcript;
-    bridge.callback->serviceDied(1ull << 32, nullptr);
+    mBridge.callback->serviceDied(1ull << 32, nullptr);
     EXPECT_THAT(transcript.take(), ElementsAre("I ISPModule(4294967296) has died"));
-    EXPECT_EQ(bridge.hal->callback(), nullptr);
-    EXPECT_TRUE(bridge.deliver(7));
+    EXPECT_EQ(mBridge.hal->callback(), nullptr);
+    EXPECT_TRUE(mBridge.deliver(7));
     EXPECT_FALSE(transcript.has("E cannot find capture request 7"));  // it was in the table still
 
-    bridge.hal = nullptr;
-    bridge.callback->serviceDied(1, nullptr);  // nobody left to tell
+    mBridge.hal = nullptr;
+    mBridge.callback->serviceDied(1, nullptr);  // nobody left to tell
     EXPECT_TRUE(transcript.has("I ISPModule(1) has died"));
 }
 

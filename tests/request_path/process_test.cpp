@@ -62,6 +62,16 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
     EXPECT_THAT(mGraphics.mapper->lockedRegion(), ElementsAre(0, 0, 777, 1));
 }
 
+TEST_F(ProcessTest, FirstOfTwoBlobsGetsTheJpeg) {
+    MemoryBuffer const second(kJpegBytes);
+    ImageBuffer const other = second.image(kJpegStream + 1, kBlob, kWidth / 2, kHeight / 2);
+    mSession.create(mYuv, {mJpeg, other});
+    answerAtOnce();
+    EXPECT_EQ(mSession.process(1, mYuv, {mJpeg, other}, nullptr, nullptr), 777);
+    EXPECT_EQ(mJpegMemory.data()[0], 1);
+    EXPECT_EQ(second.data()[0], 0);
+}
+
 /** Which lines are written while the JPEG's mutex is held; dumps of metadata included. */
 struct MutexWatch : Transcript {
     void write(char const* /*tag*/, int /*level*/, char const* text) override {

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -43,59 +42,60 @@ class Transcript : public quen::host::LogSink {
         std::string const head = g_logInfoLv[level & 3].prefix + ("[" + name + "] ");
         EXPECT_EQ(std::string(text).substr(0, head.size()), head);
         std::lock_guard<std::mutex> lock(mLock);
-        mRaw.emplace_back(text);
-        mTags.push_back(name);
-        mLines.push_back(std::string(1, "DEWI"[level & 3]) + " " + messageOf(text));
-        mThreads.push_back(std::this_thread::get_id());
+        mLines.push_back({text, name, std::string(1, "DEWI"[level & 3]) + " " + messageOf(text),
+                          std::this_thread::get_id()});
     }
 
     /** The lines so far, oldest first. */
     std::vector<std::string> lines() const {
-        std::lock_guard<std::mutex> lock(mLock);
-        return mLines;
+        return linesWhere([](Line const&) { return true; });
     }
 
     /** Those of one log tag: quenGralloc's are the helpers', quenOfflineDevice's all the others. */
     std::vector<std::string> linesOfTag(std::string const& tag) const {
-        return linesWhere([&](size_t i) { return mTags[i] == tag; });
+        return linesWhere([&](Line const& line) { return line.tag == tag; });
     }
 
     /** The calling thread's lines, or those of all the others. */
     std::vector<std::string> linesOfThisThread(bool ofThis = true) const {
-        return linesWhere(
-                [&](size_t i) { return (mThreads[i] == std::this_thread::get_id()) == ofThis; });
+        return linesWhere([&](Line const& line) {
+            return (line.thread == std::this_thread::get_id()) == ofThis;
+        });
     }
 
     /** The same lines, as they were written. */
     std::vector<std::string> rawLines() const {
-        std::lock_guard<std::mutex> lock(mLock);
-        return mRaw;
+        return linesWhere([](Line const&) { return true; }, &Line::raw);
     }
 
     /** The lines so far, which are then forgotten. */
     std::vector<std::string> take() {
+        std::vector<std::string> result = lines();
         std::lock_guard<std::mutex> lock(mLock);
-        mRaw.clear();
-        mTags.clear();
-        mThreads.clear();
-        return std::exchange(mLines, {});
+        mLines.erase(mLines.begin(), mLines.begin() + static_cast<ptrdiff_t>(result.size()));
+        return result;
     }
 
-    size_t count(std::string const& line) const {
-        std::lock_guard<std::mutex> lock(mLock);
-        return static_cast<size_t>(std::count(mLines.begin(), mLines.end(), line));
+    size_t count(std::string const& text) const {
+        return linesWhere([&](Line const& line) { return line.text == text; }).size();
     }
 
     bool has(std::string const& line) const { return count(line) != 0; }
 
   private:
+    struct Line {
+        std::string raw, tag, text;
+        std::thread::id thread;
+    };
+
     template <typename Wanted>
-    std::vector<std::string> linesWhere(Wanted&& wanted) const {
+    std::vector<std::string> linesWhere(Wanted&& wanted,
+                                        std::string Line::*member = &Line::text) const {
         std::lock_guard<std::mutex> lock(mLock);
         std::vector<std::string> lines;
-        for (size_t i = 0; i < mLines.size(); ++i) {
-            if (wanted(i)) {
-                lines.push_back(mLines[i]);
+        for (Line const& line : mLines) {
+            if (wanted(line)) {
+                lines.push_back(line.*member);
             }
         }
         return lines;
@@ -109,10 +109,7 @@ class Transcript : public quen::host::LogSink {
     }
 
     mutable std::mutex mLock;
-    std::vector<std::string> mLines;        // guarded by mLock
-    std::vector<std::string> mRaw;          // guarded by mLock
-    std::vector<std::string> mTags;         // guarded by mLock
-    std::vector<std::thread::id> mThreads;  // guarded by mLock
+    std::vector<Line> mLines;  // guarded by mLock
     quen::host::LogLevel mOldLevel;
     quen::host::LogSink* mOldSink;
 };
