@@ -100,6 +100,10 @@ TEST_F(HardenedPathTest, EveryWaitingCallEndsWithTheResultOfItsDeviceAndNumber) 
     for (size_t const i : {2, 0, 1}) {
         quen::JpegHandover::signal(calls[i].bridge, calls[i].number, calls[i].status);
         EXPECT_EQ(calls[i].result.get(), calls[i].status);
+        for (Call& other : calls) {
+            EXPECT_TRUE(!other.result.valid() || other.result.wait_for(std::chrono::milliseconds(
+                                                         50)) == std::future_status::timeout);
+        }
     }
 }
 

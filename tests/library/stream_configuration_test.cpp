@@ -79,6 +79,15 @@ TEST_F(StreamConfigurationTest, BytesBetweenTheFieldsAreZero) {
                          nullptr};
     mDevice->create(&params);
     EXPECT_EQ(device72->padding, std::vector<uint8_t>(3 * 12, 0));
+
+    android::hardware::hidl_vec<isphal::ISPStream> streams(std::vector<isphal::ISPStream>(1));
+    auto* const bytes = reinterpret_cast<uint8_t*>(streams.data());
+    for (int const offset : {12, 52, 68}) {
+        memset(bytes + offset, 0x5a, 4);
+    }
+    quen::clearPadding(streams);
+    EXPECT_THAT(std::vector<uint8_t>(bytes, bytes + sizeof(isphal::ISPStream)),
+                Not(Contains(0x5a)));
 }
 
 TEST_F(StreamConfigurationTest, CreateTellsTheWholeSession) {
