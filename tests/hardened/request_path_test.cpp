@@ -197,7 +197,7 @@ TEST_F(HardenedPathTest, ImpossibleRequestsAreRefusedBeforeAnythingIsDone) {
         EXPECT_EQ(process(&input, {&mJpeg}), -22);
     }
     for (ImageBuffer const& output : {sizeless, oversoldBlob, bare}) {
-        EXPECT_EQ(process(&mYuv, {&output}), -22);
+        EXPECT_EQ(process(&mYuv, {&mJpeg, &output}), -22);
     }
     EXPECT_THAT(mGraphics.allocator->counts, ElementsAre());
     EXPECT_TRUE(isp().requests.empty());
