@@ -31,7 +31,7 @@ struct Expose {
 
 using StreamTable = std::map<uint64_t, vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream>;
 using StageText = char[quen::kStageBytes];
-using CheckReconfigure = void(ImageBuffer const*, std::vector<ImageBuffer*>,
+using CheckReconfigure = void(ImageBuffer const*, std::vector<ImageBuffer*> const&,
                               camera_metadata const*);
 using RequestHook = bool (*)();
 using HalReference = android::sp<HalInterface>;
@@ -66,9 +66,9 @@ class DeviceInternals {
     StreamTable& inputStreams() { return mDevice.*memberOf(InputsOf()); }
     StreamTable& outputStreams() { return mDevice.*memberOf(OutputsOf()); }
     android::sp<HalInterface>& halInterface() { return mDevice.*memberOf(HalOf()); }
-    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> outputs,
+    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> const& outputs,
                           camera_metadata const* settings) {
-        (mDevice.*memberOf(CheckReconfigureOf()))(input, std::move(outputs), settings);
+        (mDevice.*memberOf(CheckReconfigureOf()))(input, outputs, settings);
     }
     quen::Mutex& lock() { return mDevice.*memberOf(DeviceLockOf()); }
     bool isConnected() const { return mDevice.*memberOf(DeviceOf()) != nullptr; }

@@ -95,7 +95,7 @@ uint64_t rowBytesOf(LayoutRule const& rule, uint32_t width) {
 
 /** Bytes per row of a plane of a picture whose first plane has rows of `rowBytes`. */
 uint64_t strideOf(LayoutRule const& rule, PlaneRule const& plane, uint64_t rowBytes) {
-    return rowBytes * plane.sampleBits / (rule.planes[0].sampleBits * plane.subsampling);
+    return rowBytes * plane.sampleBits / (uint64_t{rule.planes[0].sampleBits} * plane.subsampling);
 }
 
 PlaneLayoutComponent componentOf(ComponentRule const& rule) {

@@ -31,7 +31,6 @@ using android::sp;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
-using quen::Direction;
 using quen::RequestTable;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ICallback;
 using vendor::mediatek::hardware::camera::isphal::V1_0::IDevice;
@@ -39,7 +38,6 @@ using vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPBuffer;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPRequest;
 using vendor::mediatek::hardware::camera::isphal::V1_0::ISPStream;
-using vendor::mediatek::hardware::camera::isphal::V1_0::ISPStreamConfiguration;
 using vendor::mediatek::hardware::camera::isphal::V1_0::Status;
 using vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback;
 
@@ -251,7 +249,8 @@ void quenOfflineDevice::rememberStreams(ISPStreamConfiguration const& configurat
  * The entry line logs the previous request's stage, the exit line this request's.
  */
 int quenOfflineDevice::process(PostProcessParams const* params,
-                               sp<IQuenPostProcCallback> callback) {
+                               sp<IQuenPostProcCallback> callback) {  // NOLINT(performance-unnecessary-value-param):
+                                                                      // exported
     QLOGI("reprocess request stage %s E", mStage);
     if (params == nullptr) {
         QLOGE("PostProcessParams is nullptr, process request failed");
@@ -270,7 +269,7 @@ int quenOfflineDevice::process(PostProcessParams const* params,
     logBuffers(*params);
     QuenParameterUpdater::dumpMetadata(params->settings, mStage, params->frame_number);
     checkReconfigure(params->input_buffer, params->output_buffers, params->settings);
-    int const result = submitRequest(*params, std::move(callback));
+    int const result = submitRequest(*params, callback);
     QLOGI("reprocess request stage %s X", mStage);
     return result;
 }
@@ -288,7 +287,7 @@ int quenOfflineDevice::process(PostProcessParams const* params,
  * @param outputs not empty: a configuration takes its stage from the first
  */
 void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
-                                         std::vector<ImageBuffer*> outputs,
+                                         std::vector<ImageBuffer*> const& outputs,
                                          camera_metadata const* settings) {
     QLOGI("process request %s stage checkReconfigure E", mStage);
     StreamConfig const inputStream = describe(*input, false);
@@ -345,7 +344,7 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
  * @return what `process` returns
  */
 int quenOfflineDevice::submitRequest(PostProcessParams const& params,
-                                     sp<IQuenPostProcCallback> callback) {
+                                     sp<IQuenPostProcCallback> const& callback) {
     quen::TuningHandles tuningHandles;
     hidl_handle inputTuning;
     hidl_handle outputTuning;

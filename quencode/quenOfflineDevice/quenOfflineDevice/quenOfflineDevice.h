@@ -119,10 +119,11 @@ class quenOfflineDevice {
     void releaseConnection();
     bool isConnected(char const* operation) const;
     void rememberStreams(ISPStreamConfiguration const& configuration);
-    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> outputs,
+    void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> const& outputs,
                           camera_metadata const* settings);
 
-    int submitRequest(PostProcessParams const& params, android::sp<IQuenPostProcCallback> callback);
+    int submitRequest(PostProcessParams const& params,
+                      android::sp<IQuenPostProcCallback> const& callback);
     int recordAndSubmit(PostProcessParams const& params,
                         android::hardware::hidl_vec<ISPRequest> const& requests,
                         OfflineRequest* record, android::sp<IQuenPostProcCallback> const& callback);

@@ -25,7 +25,7 @@ void packRow(uint16_t const* in, uint32_t width, uint8_t* out) {
 /** Unpacks a row of RAW10 to words. */
 void unpackRow(uint8_t const* in, uint32_t width, uint16_t* out) {
     for (uint32_t x = 0; x < width; ++x) {
-        uint8_t const* const group = in + x / 4 * 5;
+        uint8_t const* const group = in + size_t{x} / 4 * 5;
         unsigned const low = (group[4] >> (x % 4 * 2)) & 3u;
         out[x] = static_cast<uint16_t>(group[x % 4] << 2 | low);
     }
@@ -61,7 +61,7 @@ class RowWriter {
 
     void write(uint32_t y, uint8_t* out) {
         if (mImage.packed10 && !mTarget.raw16) {
-            std::memcpy(out, mImage.packed10 + y * mImage.stride, mWidth / 4 * 5);
+            std::memcpy(out, mImage.packed10 + y * mImage.stride, size_t{mWidth} / 4 * 5);
             return;
         }
         uint16_t const* row = samplesOf(y);

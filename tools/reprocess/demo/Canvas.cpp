@@ -29,7 +29,7 @@ void Canvas::blend(int x, int y, double covered, Colour const& colour) {
     if (x < 0 || y < 0 || x >= mWidth || y >= mHeight) {
         return;
     }
-    uint8_t* const pixel = mPicture.row(mY + y) + 3 * (mX + x);
+    uint8_t* const pixel = mPicture.row(mY + y) + ptrdiff_t{3} * (mX + x);
     for (size_t channel = 0; channel < colour.size(); ++channel) {
         double const value = pixel[channel] + covered * (colour[channel] - pixel[channel]);
         pixel[channel] = static_cast<uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5);

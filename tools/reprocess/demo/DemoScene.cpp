@@ -165,7 +165,7 @@ void drawFoliage(Canvas scene) {
     // The standard library's distributions may differ between machines; its generators do not.
     std::mt19937 random(20);
     auto const uniform = [&](double least, double most) {
-        return least + (most - least) * random() / 4294967296.0;
+        return least + (most - least) * static_cast<double>(random()) / 4294967296.0;
     };
     for (int i = 0; i < 2600; ++i) {
         // One draw a statement: in which order a call evaluates its arguments is the compiler's

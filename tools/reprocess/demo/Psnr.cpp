@@ -47,7 +47,8 @@ Psnr comparePicture(Bytes jpeg, RgbPicture const& scene) {
         int const difference = picture.samples[i] - scene.samples[i];
         sums[i % 3] += static_cast<uint64_t>(difference * difference);
     }
-    double const pixels = static_cast<double>(scene.samples.size() / 3);
+    size_t const count = scene.samples.size() / 3;
+    auto const pixels = static_cast<double>(count);
     Psnr result;
     for (int channel = 0; channel < 3; ++channel) {
         result.channel[channel] = decibels(static_cast<double>(sums[channel]) / pixels);

@@ -34,7 +34,7 @@ BandDeveloper::BandDeveloper(DevelopPlan const& plan)
       mHalfRowStride(static_cast<size_t>(mCells + 2 * kCellMargin)),
       mPixelStride(static_cast<size_t>(mLastCell - mFirstCell) * 2) {
     if (plan.source.isBayer()) {
-        mSamples.resize(kMaxRawRows * 2 * mHalfRowStride);
+        mSamples.resize(2 * mHalfRowStride * kMaxRawRows);
         mRows.resize(kMaxRawRows);
     }
     mColours.resize(6 * mHalfRowStride);

@@ -87,8 +87,8 @@ void Rendering::renderRow(RgbHalfRows const& even, RgbHalfRows const& odd, int c
                uint32_t{tone[samples[2][i]]};
     };
     for (int i = 0; i < count; ++i) {
-        pixels[2 * i] = pixel(even, i);
-        pixels[2 * i + 1] = pixel(odd, i);
+        *pixels++ = pixel(even, i);
+        *pixels++ = pixel(odd, i);
     }
 }
 

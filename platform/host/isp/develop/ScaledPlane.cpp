@@ -117,7 +117,8 @@ void scaleRow(int16_t const* columns, Taps const& taps, int channels, int width,
     int const count = Count != 0 ? Count : taps.count;
     int16_t const* weights = taps.weights.data();
     for (int x = 0; x < width; ++x, weights += count) {
-        int16_t const* const first = columns + taps.first[static_cast<size_t>(x)] * channels;
+        int16_t const* const first =
+                columns + ptrdiff_t{taps.first[static_cast<size_t>(x)]} * channels;
         for (int channel = 0; channel < channels; ++channel) {
             int32_t sum = 1 << (kShift - 1);
             for (int i = 0; i < count; ++i) {

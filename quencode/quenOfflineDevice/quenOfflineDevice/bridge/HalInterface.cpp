@@ -13,6 +13,7 @@ using quen::MutexLock;
 using quen::RequestTable;
 using vendor::quen::hardware::camera::quenpostproc::V1_0::IQuenPostProcCallback;
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): an exported signature
 HalInterface::HalInterface(sp<NSCam::IMetadataConverter> converter)
     : mRequestCB(nullptr), mCallback(new ClientCallback(this, converter)) {}
 
