@@ -249,8 +249,7 @@ void quenOfflineDevice::rememberStreams(ISPStreamConfiguration const& configurat
  * The entry line logs the previous request's stage, the exit line this request's.
  */
 int quenOfflineDevice::process(PostProcessParams const* params,
-                               sp<IQuenPostProcCallback> callback) {  // NOLINT(performance-unnecessary-value-param):
-                                                                      // exported
+                               sp<IQuenPostProcCallback> callback) {
     QLOGI("reprocess request stage %s E", mStage);
     if (params == nullptr) {
         QLOGE("PostProcessParams is nullptr, process request failed");
@@ -269,7 +268,7 @@ int quenOfflineDevice::process(PostProcessParams const* params,
     logBuffers(*params);
     QuenParameterUpdater::dumpMetadata(params->settings, mStage, params->frame_number);
     checkReconfigure(params->input_buffer, params->output_buffers, params->settings);
-    int const result = submitRequest(*params, callback);
+    int const result = submitRequest(*params, std::move(callback));
     QLOGI("reprocess request stage %s X", mStage);
     return result;
 }
@@ -344,7 +343,8 @@ void quenOfflineDevice::checkReconfigure(ImageBuffer const* input,
  * @return what `process` returns
  */
 int quenOfflineDevice::submitRequest(PostProcessParams const& params,
-                                     sp<IQuenPostProcCallback> const& callback) {
+                                     sp<IQuenPostProcCallback> callback) {
+    bool const waits = callback == nullptr;
     quen::TuningHandles tuningHandles;
     hidl_handle inputTuning;
     hidl_handle outputTuning;
@@ -378,8 +378,8 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
 
     auto* const record = new OfflineRequest{request.requestNumber, metadata.release(), inputTuning,
                                             outputTuning,          used3ADebugInfo,    mStage};
-    int const result = recordAndSubmit(params, requests, record, callback);
-    if (callback == nullptr) {
+    int const result = recordAndSubmit(params, requests, record, std::move(callback));
+    if (waits) {
         freeImages(request, params);
     }
     return result;
@@ -394,13 +394,13 @@ int quenOfflineDevice::submitRequest(PostProcessParams const& params,
  */
 int quenOfflineDevice::recordAndSubmit(PostProcessParams const& params,
                                        hidl_vec<ISPRequest> const& requests, OfflineRequest* record,
-                                       sp<IQuenPostProcCallback> const& callback) {
+                                       sp<IQuenPostProcCallback> callback) {
     ISPRequest const& request = requests[0];
     std::optional<quen::JpegHandover> handover;
     if (callback == nullptr) {
         handover.emplace(mHalInterface->callback().get(), request.requestNumber);
     }
-    RequestTable::Insertion const insertion = mHalInterface->record(record, callback);
+    RequestTable::Insertion const insertion = mHalInterface->record(record, std::move(callback));
     if constexpr (quen::kHardened) {
         if (insertion == RequestTable::Insertion::Closed) {
             quen::destroyOfflineRequest(record);

@@ -122,11 +122,10 @@ class quenOfflineDevice {
     void checkReconfigure(ImageBuffer const* input, std::vector<ImageBuffer*> const& outputs,
                           camera_metadata const* settings);
 
-    int submitRequest(PostProcessParams const& params,
-                      android::sp<IQuenPostProcCallback> const& callback);
+    int submitRequest(PostProcessParams const& params, android::sp<IQuenPostProcCallback> callback);
     int recordAndSubmit(PostProcessParams const& params,
                         android::hardware::hidl_vec<ISPRequest> const& requests,
-                        OfflineRequest* record, android::sp<IQuenPostProcCallback> const& callback);
+                        OfflineRequest* record, android::sp<IQuenPostProcCallback> callback);
     int waitForResult(PostProcessParams const& params, ISPRequest const& request,
                       quen::JpegHandover& handover);
 
