@@ -47,7 +47,6 @@ constexpr int32_t kPlanar = HAL_PIXEL_FORMAT_YV12;
 constexpr int32_t kBlob = HAL_PIXEL_FORMAT_BLOB;
 
 constexpr uint32_t kCrop = 0x000d0000;
-constexpr uint32_t kJpegOrientation = 0x00070003;
 constexpr uint32_t kRawBitDepth = 0x800b001b;
 
 /** A graphic buffer, mapped for the test. */
@@ -235,25 +234,14 @@ TEST_F(SoftwareIsp, ClipsACropAtEachSide) {
     }
 }
 
-TEST_F(SoftwareIsp, EncodesAtTheSizeOfItsOutputAndSaysSo) {
+TEST_F(SoftwareIsp, EncodesAtTheSizeOfItsOutput) {
     constexpr uint32_t kBytes = 32768;
     ASSERT_EQ(configure(stream(kInput, kNv12), {stream(kOutput, kBlob, 32, 24)}), Status::OK);
     Buffer const blob(kBytes, 1, kBlob);
-    ASSERT_EQ(submit(request(1, yuv.raw, {blob.raw}, {{kJpegOrientation, {90}}})), Status::OK);
+    ASSERT_EQ(submit(request(1, yuv.raw, {blob.raw})), Status::OK);
     EXPECT_EQ(results->told(1), "1 OK ");
-    uint32_t size = 0;
-    memcpy(&size, blob.data + kBytes - sizeof(size), sizeof(size));
-    ASSERT_LT(size, kBytes);
-    std::string const file(reinterpret_cast<char*>(blob.data), size);
-    // A quarter turn is told, not made: the sides stay as they are stored.
-    for (std::string const& part :
-         {std::string("\0\x11\x08\0\x18\0\x20", 7), std::string("\2\xa0\4\0\1\0\0\0\x20\0\0\0", 12),
-          std::string("\3\xa0\4\0\1\0\0\0\x18\0\0\0", 12),
-          std::string("\x12\1\3\0\1\0\0\0\6\0", 10)}) {
-        EXPECT_NE(file.find(part), std::string::npos) << testing::PrintToString(part);
-    }
-    EXPECT_NE(file.find("\xff\xd8", 2), std::string::npos) << "a thumbnail";
-    EXPECT_EQ(file.find("\x0f\1\2"), std::string::npos) << "no maker";
+    std::string const file(reinterpret_cast<char*>(blob.data), kBytes);
+    EXPECT_NE(file.find(std::string("\0\x11\x08\0\x18\0\x20", 7)), std::string::npos);
 }
 
 TEST_F(SoftwareIsp, TakesInterleavedRgbInABlock) {

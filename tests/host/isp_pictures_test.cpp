@@ -97,32 +97,14 @@ double tone(double light) {
     return 255 * (light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055);
 }
 
-void expectColour(OwnedYuvPicture const& picture, Rgb const& light, double tolerance) {
-    double const r = tone(light[0]);
-    double const g = tone(light[1]);
-    double const b = tone(light[2]);
-    Rgb const yuv{0.299 * r + 0.587 * g + 0.114 * b, 128 - 0.168736 * r - 0.331264 * g + 0.5 * b,
-                  128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
-    expectSamples(picture.view(), tolerance, [&](int, int) { return yuv; });
-}
-
-TEST(Develop, FindsTheColoursOfEveryOrderAndClipsToWhite) {
-    float const matrix[] = {0, 0.5f, 0, 0, 0, 1, 1, 0, 0};
-    auto const scene = [](int, int) { return Rgb{0.7, 0.4, 0.1}; };
-    auto const glare = [](int, int) { return grey(2); };  // also above the depth of the samples
-    for (int order = 0; order < 4; ++order) {
-        SCOPED_TRACE(order);
-        SensorCalibration calibration = plainCalibration(static_cast<BayerOrder>(order));
-        calibration.wbGains[0] = 0.5f;
-        calibration.wbGains[3] = 0.8f;
-        expectColour(developed(glare, 32, 40, calibration), {1, 1, 1}, 1.01);
-        std::fill_n(calibration.blackLevel, 4, 1024.0f);
-        calibration.wbGains[0] = 1.8f;
-        calibration.wbGains[3] = 1.3f;
-        expectColour(developed(scene, 36, 22, calibration), {0.7, 0.4, 0.1}, 1.6);
-        std::copy(std::begin(matrix), std::end(matrix), calibration.colorMatrix);
-        expectColour(developed(scene, 36, 22, calibration), {0.2, 0.1, 0.7}, 1.6);
-    }
+// Whatever the gains make of what is brighter than the samples can say.
+TEST(Develop, ClipsToWhite) {
+    SensorCalibration calibration = plainCalibration();
+    calibration.wbGains[0] = 0.5f;
+    calibration.wbGains[3] = 0.8f;
+    OwnedYuvPicture const picture =
+            developed([](int, int) { return grey(2); }, 32, 40, calibration);
+    expectSamples(picture.view(), 1.01, [](int, int) { return Rgb{255, 128, 128}; });
 }
 
 TEST(Develop, KeepsGreysNeutralThroughTheMatrix) {
