@@ -1,27 +1,17 @@
 // quen-reprocess with many inputs, several of them in work at a time.
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "command/Pipeline.h"
+#include "support/Cli.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace quentest;
 using quen::reprocess::Pipeline;
 using quen::reprocess::PipelineStages;
 using testing::HasSubstr;
@@ -30,50 +20,29 @@ constexpr char kHeaderless[] = " --size 64x48 --bayer rggb --black 64 --wb 2,1,1
 constexpr size_t kRawBytes = 64 * 48 * 2;
 constexpr size_t kPictureBytes = 64 * 48 * 3 / 2;
 
-class CliBatchTest : public testing::Test {
+class CliBatchTest : public CliTest {
   protected:
-    void SetUp() override {
-        fs::remove_all(mFolder);
-        fs::create_directory(mFolder);
-    }
-    void TearDown() override { fs::remove_all(mFolder); }
-
     // A frame unlike any other number's.
     std::string putFrame(int number, size_t bytes = kRawBytes) const {
         std::string const name = "f" + std::to_string(number) + ".raw";
-        std::string content;
-        for (size_t i = 0; i < kRawBytes / 2; ++i) {
-            unsigned const sample = 64 + (i * static_cast<size_t>(number + 3) + i / 64 * 5) % 900;
-            content.push_back(static_cast<char>(sample));
-            content.push_back(static_cast<char>(sample >> 8));
+        std::vector<uint16_t> samples(kRawBytes / 2);
+        for (size_t i = 0; i < samples.size(); ++i) {
+            samples[i] = 64 + (i * static_cast<size_t>(number + 3) + i / 64 * 5) % 900;
         }
-        std::ofstream(mFolder / name, std::ios::binary) << content.substr(0, bytes);
+        put(name, bytesOf(samples).substr(0, bytes));
         return " " + name;
-    }
-
-    // Runs words of the shell in the folder. @return the exit code
-    int run(std::string const& words) const {
-        int const status = std::system(("cd '" + mFolder.string() + "' && " + words).c_str());
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    std::string get(fs::path const& name) const {
-        std::ifstream file(mFolder / name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
     }
 
     // The contents of a folder's files by their names, hidden ones included.
     std::map<std::string, std::string> files(std::string const& folder) const {
         std::map<std::string, std::string> found;
-        for (auto const& entry : fs::directory_iterator(mFolder / folder)) {
-            fs::path const name = entry.path().filename();
-            found[name.string()] = get(fs::path(folder) / name);
+        for (std::string const& name : names()) {
+            if (fs::path(name).parent_path() == folder) {
+                found[fs::path(name).filename()] = get(name);
+            }
         }
         return found;
     }
-
-    fs::path const mFolder =
-            fs::temp_directory_path() / ("quen-cli-batch-" + std::to_string(::getpid()));
 };
 
 // The lines about inputs, without times and the name of the output's folder.
@@ -93,15 +62,15 @@ TEST_F(CliBatchTest, JobsChangeNeitherPicturesNorTheOrderOfWhatIsTold) {
         // Two that cannot be read, and one that is not there.
         inputs += i == 20 ? " f20.raw" : putFrame(i, i == 5 || i == 6 ? 100 : kRawBytes);
     }
-    std::map<int, std::string> told;
     for (int const jobs : {1, 2, 7}) {
         std::string const name = std::to_string(jobs);
-        EXPECT_EQ(1, run(QUEN_REPROCESS + inputs + kHeaderless + "--format nv21 --jobs " + name +
-                         " -o " + name + " >out.txt 2>err.txt"));
-        EXPECT_EQ(inputsOf(get("err.txt")),
+        Outcome const outcome =
+                run(inputs + kHeaderless + "--format nv21 --jobs " + name + " -o " + name);
+        EXPECT_EQ(1, outcome.exitCode);
+        EXPECT_EQ(inputsOf(outcome.err),
                   (std::vector<std::string>{"quen-reprocess: f5", "quen-reprocess: f6",
                                             "quen-reprocess: f20"}));
-        std::vector<std::string> const lines = inputsOf(get("out.txt"));
+        std::vector<std::string> const lines = inputsOf(outcome.out);
         ASSERT_EQ(lines.size(), 22u);
         EXPECT_EQ(lines[4], "f4");
         EXPECT_EQ(lines[5], "f7");
@@ -116,13 +85,14 @@ TEST_F(CliBatchTest, JobsChangeNeitherPicturesNorTheOrderOfWhatIsTold) {
 
 TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
     std::string const frame = putFrame(1);
-    ASSERT_EQ(0, run(QUEN_REPROCESS + frame + kHeaderless + "-o a.nv21 >out.txt"));
-    ASSERT_EQ(0, run(QUEN_REPROCESS " a.nv21 --size 64x48 -o b.jpg >out.txt"));
+    ASSERT_EQ(0, run(frame + kHeaderless + "-o a.nv21").exitCode);
+    ASSERT_EQ(0, run("a.nv21 --size 64x48 -o b.jpg").exitCode);
     std::string inputs;
     for (int i = 0; i < 8; ++i) {
         inputs += frame + " a.nv21 b.jpg";
     }
-    ASSERT_EQ(0, run(QUEN_REPROCESS + inputs + kHeaderless + "--jobs 3 --info -o made >out.txt"));
+    Outcome const outcome = run(inputs + kHeaderless + "--jobs 3 --info -o made");
+    ASSERT_EQ(0, outcome.exitCode);
     auto const made = files("made");
     EXPECT_EQ(made.size(), 24u);
     for (auto const& [name, bytes] : made) {
@@ -130,7 +100,7 @@ TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
         EXPECT_EQ(bytes.substr(bytes.size() - 2), "\xff\xd9") << name;
     }
     // What is told of an input follows its line: a mosaic has two requests, a picture one.
-    std::string const out = get("out.txt");
+    std::string const& out = outcome.out;
     size_t results = 0;
     for (size_t at = out.find("ISP result"); at != std::string::npos;
          at = out.find("ISP result", at + 1)) {
@@ -144,9 +114,9 @@ TEST_F(CliBatchTest, AnInterruptedBatchEndsWhatIsInWork) {
     for (int i = 0; i < 300; ++i) {
         inputs += putFrame(i);
     }
-    int const exitCode = run("mkfifo said && { " QUEN_REPROCESS + inputs + kHeaderless +
-                             "--format nv21 --jobs 2 -o made >said & } && "
-                             "{ read first; kill -TERM $!; cat; } <said >out.txt; wait $!");
+    int const exitCode = shell("mkfifo said && { " QUEN_REPROCESS + inputs + kHeaderless +
+                               "--format nv21 --jobs 2 -o made >said & } && "
+                               "{ read first; kill -TERM $!; cat; } <said >out.txt; wait $!");
     EXPECT_EQ(exitCode, 128 + 15);
     auto const made = files("made");
     EXPECT_LT(made.size(), 300u);

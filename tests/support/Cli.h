@@ -64,15 +64,19 @@ std::string bytesOf(Items const& items) {
     return {reinterpret_cast<char const*>(std::data(items)), std::size(items) * sizeof(items[0])};
 }
 
-inline std::string asRaw10(std::vector<uint16_t> const& samples) {
+// Groups of samples whose upper eight bits lie in bytes of their own, before the lower ones of all.
+inline std::string packed(std::vector<uint16_t> const& samples, size_t group, int bits) {
     std::string bytes;
-    for (size_t i = 0; i < samples.size(); i += 4) {
-        unsigned low = 0;
-        for (size_t k = 0; k < 4; ++k) {
-            bytes.push_back(static_cast<char>(samples[i + k] >> 2));
-            low |= (samples[i + k] & 3u) << 2 * k;
+    int const lowBits = bits - 8;
+    for (size_t i = 0; i < samples.size(); i += group) {
+        uint32_t low = 0;
+        for (size_t k = 0; k < group; ++k) {
+            bytes.push_back(static_cast<char>(samples[i + k] >> lowBits));
+            low |= (samples[i + k] & ((1u << lowBits) - 1)) << lowBits * static_cast<int>(k);
         }
-        bytes.push_back(static_cast<char>(low));
+        for (size_t byte = 0; byte < group * static_cast<size_t>(lowBits) / 8; ++byte) {
+            bytes.push_back(static_cast<char>(low >> 8 * byte));
+        }
     }
     return bytes;
 }
@@ -170,11 +174,26 @@ class CliTest : public testing::Test {
         return found;
     }
 
+    // Runs words of the shell in the folder. @return the exit code
+    int shell(std::string const& words) const {
+        int const status = std::system(("cd '" + mFolder.string() + "' && " + words).c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
     Outcome run(std::string const& arguments) const {
-        std::string const command = "cd '" + mFolder.string() + "' && " QUEN_REPROCESS " " +
-                                    arguments + " >out.txt 2>err.txt";
-        int const status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, get("out.txt"), get("err.txt")};
+        int const exitCode = shell(QUEN_REPROCESS " " + arguments + " >out.txt 2>err.txt");
+        return {exitCode, get("out.txt"), get("err.txt")};
+    }
+
+    // Runs that fail, by their arguments, and what their errors say.
+    void expectErrors(int exitCode,
+                      std::vector<std::pair<std::string, std::string>> const& cases) const {
+        for (auto const& [arguments, says] : cases) {
+            Outcome const outcome = run(arguments);
+            EXPECT_EQ(exitCode, outcome.exitCode) << arguments;
+            EXPECT_FALSE(outcome.err.empty()) << arguments;
+            EXPECT_THAT(outcome.err, testing::HasSubstr(says)) << arguments;
+        }
     }
 
     // The middle of an NV21 picture, away from what a border may do.
