@@ -27,9 +27,6 @@ class HardenedPathTest : public ProcessTest {
         };
         return encode(++mNumber);
     }
-    void answerThat(uint32_t number, isphal::Status status = isphal::Status::OK) {
-        isp().answer(number, status);
-    }
 
     int32_t mNumber = 100;
 };
@@ -41,7 +38,7 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
     EXPECT_EQ(encodeOne(777), 777);
     EXPECT_EQ(encodeOne(777,
                         [&](auto& request) {
-                            answerThat(request.requestNumber, isphal::Status::RESULT_ERROR);
+                            isp().answer(request.requestNumber, isphal::Status::RESULT_ERROR);
                         }),
               0);
 
@@ -53,15 +50,15 @@ TEST_F(HardenedPathTest, WaitEndsWithItsOwnResultAlone) {
     record5();
     EXPECT_EQ(encodeOne(777,
                         [&](auto& request) {
-                            answerThat(request.requestNumber);
-                            answerThat(5, isphal::Status::RESULT_ERROR);
+                            isp().answer(request.requestNumber);
+                            isp().answer(5, isphal::Status::RESULT_ERROR);
                         }),
               777);
     record5();
     setJpegTimeout("0");
     Transcript transcript;
     memset(mJpegMemory.data(), 0xEE, kJpegBytes);
-    EXPECT_EQ(encodeOne(777, [&](auto&) { answerThat(5); }), -110);
+    EXPECT_EQ(encodeOne(777, [&](auto&) { isp().answer(5); }), -110);
     std::string const number = std::to_string(mNumber);
     EXPECT_TRUE(transcript.has("E wait JPEG process timed out, request number " + number +
                                " has no result"));

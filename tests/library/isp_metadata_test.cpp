@@ -43,20 +43,6 @@ class IspMetadataEncodingTest : public testing::Test {
 };
 using IspMetadataEncodingDeathTest = IspMetadataEncodingTest;
 
-TEST_F(IspMetadataEncodingTest, TheHeaderAndARecordByteByByte) {
-    setItems<int32_t>(mMetadata, tags::kTuningMode, {6003, -2});
-    Bytes expected{0,    0,    0,    0,    0,    0,    0,    0,   0, 0, 0, 0,  // reserved
-                   1,    0,    0,    0,                                        // records
-                   20,   0,    0,    0,     // the first one's place
-                   0x0e, 0x00, 0x0b, 0x80,  // tag
-                   1,    0,    0,    0,     // int32
-                   8,    0,    0,    0,     // data bytes
-                   0,    0,    0,    0,     // reserved
-                   0x73, 0x17, 0,    0,    0xfe, 0xff, 0xff, 0xff};
-    expected.resize(20 + 56);
-    EXPECT_EQ(encode(), expected);
-}
-
 TEST_F(IspMetadataEncodingTest, TypesAreMappedAndTheOrderIsTheMetadatas) {
     setItems<MRect>(mMetadata, 0x60, {MRect({1, 2}, {3, 4}), MRect({-5, 6}, {7, 8})});
     setItems<int64_t>(mMetadata, 0x40, {-1, int64_t{1} << 40, 2, 3, 4});

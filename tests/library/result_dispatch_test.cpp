@@ -234,19 +234,4 @@ TEST_F(ResultDispatchTest, ExternalTuningDataStaysWhereItIs) {
     }
 }
 
-TEST_F(ResultDispatchTest, WaitingCallIsHandedTheStatusAlone) {
-    hidl_handle const graphic = allocateGraphic(16, 1, kBlob);
-    for (auto const& [status, stored] : {std::pair(7u, 7), {0u, 0}, {6u, 0}}) {
-        quen::gJpegResultStatus = 99;
-        mMapper.calls.clear();
-        OfflineRequest* const request = newRequest(7, "RAW2YUV");
-        request->inputTuningBuffer = graphic;
-        mBridge.hal->recordISPRequest(request, nullptr);
-        EXPECT_TRUE(mBridge.deliver(7, status, ispBuffer({})));
-        EXPECT_EQ(quen::gJpegResultStatus, stored);
-        EXPECT_THAT(mMapper.calls, ElementsAre("free"));
-    }
-    EXPECT_EQ(bridge::outstanding(*mBridge.hal), 0u);
-}
-
 }  // namespace

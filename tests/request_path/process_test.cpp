@@ -37,7 +37,9 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
     std::iota(mYuvMemory.data(), mYuvMemory.data() + mYuvMemory.size(), uint8_t{0});
     memset(mJpegMemory.data(), 0xEE, kJpegBytes);
     std::vector<uint8_t> expected(kJpegBytes, 0xEE);
-    mSession.create(mYuv, {mJpeg});
+    MemoryBuffer const second(kJpegBytes);  // the first of two BLOBs gets the JPEG
+    ImageBuffer const other = second.image(kJpegStream + 1, kBlob, kWidth / 2, kHeight / 2);
+    mSession.create(mYuv, {mJpeg, other});
     // The first result ends the wait, whatever its status.
     for (auto const& [status, size] :
          {std::pair(isphal::Status::RESULT_ERROR, 0), {isphal::Status::OK, 777}}) {
@@ -50,26 +52,17 @@ TEST_F(ProcessTest, JpegRequestWaitsAndCopies) {
             answerer = answerLater(100, transcript, status);
             return StandInDevice::ok();
         };
-        EXPECT_EQ(encode(100), size);
+        EXPECT_EQ(mSession.process(100, mYuv, {mJpeg, other}, nullptr, nullptr), size);
         EXPECT_FALSE(deadlineHasPassed());
         EXPECT_EQ(quen::gJpegDeadline.tv_sec - quen::gJpegDeadlineBase.tv_sec, 4);
         EXPECT_EQ(quen::gJpegDeadline.tv_nsec, quen::gJpegDeadlineBase.tv_usec * 1000);
         answerer.join();
         std::iota(expected.begin(), expected.begin() + size, uint8_t{1});
         EXPECT_EQ(mJpegMemory.bytes(kJpegBytes), expected);
+        EXPECT_EQ(second.data()[0], 0);
     }
     EXPECT_EQ(mGraphics.mapper->lockUsage, 0x33u);
     EXPECT_THAT(mGraphics.mapper->lockedRegion(), ElementsAre(0, 0, 777, 1));
-}
-
-TEST_F(ProcessTest, FirstOfTwoBlobsGetsTheJpeg) {
-    MemoryBuffer const second(kJpegBytes);
-    ImageBuffer const other = second.image(kJpegStream + 1, kBlob, kWidth / 2, kHeight / 2);
-    mSession.create(mYuv, {mJpeg, other});
-    answerAtOnce();
-    EXPECT_EQ(mSession.process(1, mYuv, {mJpeg, other}, nullptr, nullptr), 777);
-    EXPECT_EQ(mJpegMemory.data()[0], 1);
-    EXPECT_EQ(second.data()[0], 0);
 }
 
 /** Which lines are written while the JPEG's mutex is held; dumps of metadata included. */
@@ -96,34 +89,28 @@ TEST_F(ProcessTest, DumpComesBeforeTheCheckAndTheMutexIsHeldUntilTheSizeIsTold) 
     EXPECT_THAT(watch.whileHeld.back(), EndsWith("jpegSize is 777"));
 }
 
-TEST_F(ProcessTest, ClientBufferThatCannotBeMappedGetsNoJpeg) {
+TEST_F(ProcessTest, BuffersThatCannotBeMappedOrLockedGiveNoJpeg) {
     mSession.create(mYuv, {mJpeg});
     answerAtOnce();
     BorrowedHandle const nothing({-1});
     ImageBuffer inaccessible = mJpeg;
     inaccessible.buffer = nothing.get();
-    Transcript transcript;
-    EXPECT_EQ(mSession.process(1, mYuv, {inaccessible}, mSettings.get(), nullptr), -1);
-    EXPECT_TRUE(transcript.has("I get JPEG size is 777 from output buffer X"));
-    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
-}
-
-TEST_F(ProcessTest, DeviceBufferThatIsLockedForItsTrailerAloneGivesNoJpeg) {
-    mSession.create(mYuv, {mJpeg});
-    answerAtOnce();
     std::vector<uint8_t> device(kJpegBytes);
     uint32_t const trailer[] = {0xFF, 777};
     memcpy(device.data() + kJpegBytes - sizeof(trailer), trailer, sizeof(trailer));
     std::vector<void*> addresses{nullptr, device.data(), nullptr};  // the input's comes last
-    mGraphics.mapper->onLock = [&](auto const&, auto const& cb) -> Return<void> {
-        cb(Error::NONE, addresses.back());
-        addresses.pop_back();
-        return android::hardware::Void();
-    };
-    Transcript transcript;
-    EXPECT_EQ(encode(2), -1);
-    EXPECT_TRUE(transcript.has("I get JPEG size is 777 from output buffer X"));
-    EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+    for (ImageBuffer const& output : {inaccessible, mJpeg}) {
+        Transcript transcript;
+        EXPECT_EQ(mSession.process(1, mYuv, {output}, mSettings.get(), nullptr), -1);
+        EXPECT_TRUE(transcript.has("I get JPEG size is 777 from output buffer X"));
+        EXPECT_TRUE(transcript.has("E Invalid output buffer"));
+        // Next the device buffer is locked for its trailer alone.
+        mGraphics.mapper->onLock = [&](auto const&, auto const& cb) -> Return<void> {
+            cb(Error::NONE, addresses.back());
+            addresses.pop_back();
+            return android::hardware::Void();
+        };
+    }
 }
 
 TEST_F(ProcessTest, MissingDeviceBufferHasNoJpeg) {
@@ -160,6 +147,11 @@ struct Outcome {
     int result;
     int timeout = -1;  // seconds
 };
+
+// What a suite's listing names the parameter by.
+void PrintTo(Outcome const& outcome, std::ostream* out) {
+    *out << outcome.name;
+}
 
 class SynchronousOutcomeTest : public ProcessTest, public testing::WithParamInterface<Outcome> {};
 
@@ -213,6 +205,7 @@ INSTANTIATE_TEST_SUITE_P(
         ProcessTest, SynchronousOutcomeTest,
         testing::Values(Outcome{"Encoded", Isp::Answers, 0, 5, 777, 777, 1},
                         Outcome{"Failed", Isp::Answers, 5, 0, 777, 0},
+                        Outcome{"OfAStatusWithoutAName", Isp::Answers, 6, 99, 777, 777, 0},
                         Outcome{"Refused", Isp::Refuses, 0, 0, 777, 0},
                         Outcome{"LostOnItsWay", Isp::Lost, 0, 0, 777, 0},
                         Outcome{"NeverAnswered", Isp::Silent, 0, 0, 777, 777},

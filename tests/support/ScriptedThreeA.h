@@ -29,8 +29,7 @@ class ScriptedThreeA : public quen::host::IThreeAStore {
         *info = next.value_or(*info);
         return 0;
     }
-    int getTuningData(int* fd, unsigned int bufferIndex) override {
-        indexesAsked.push_back(bufferIndex);
+    int getTuningData(int* fd, unsigned int /*bufferIndex*/) override {
         if (tuningFd >= 0) {
             *fd = tuningFd;
         }
@@ -40,7 +39,6 @@ class ScriptedThreeA : public quen::host::IThreeAStore {
     std::optional<QIF3ABufferInfo> next;  // without one the record is left alone
     int tuningFd = -1;                    // -1: no tuning data
     std::vector<unsigned int> sizesAsked;
-    std::vector<unsigned int> indexesAsked;
 };
 
 }  // namespace quentest

@@ -5,6 +5,8 @@
 
 #include <vendor/mediatek/hardware/camera/isphal/1.0/IISPModule.h>
 
+#include "support/Graphics.h"
+
 namespace quentest {
 
 namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
@@ -42,18 +44,11 @@ class StandInDevice : public isphal::IDevice {
     /** Delivers a result as the ISP would, on the calling thread. */
     void answer(uint32_t number, isphal::Status status = isphal::Status::OK,
                 std::vector<uint8_t> const& metadata = {}) {
-        isphal::ISPResult result;
-        result.reqNumber = number;
-        result.resultMetadata = metadata;
-        result.status = status;
-        (void)callback->processResult(result).isOk();
+        (void)callback->processResult({number, metadata, status}).isOk();
     }
 
     static StatusReturn ok() { return isphal::Status::OK; }
-    static StatusReturn transportError() {
-        return android::hardware::Status::fromExceptionCode(
-                android::hardware::Status::EX_TRANSACTION_FAILED, "stand-in lost");
-    }
+    static StatusReturn transportError() { return lostTransport(); }
 
     std::vector<isphal::ISPStreamConfiguration> configurations;
     std::vector<isphal::ISPRequest> requests;
@@ -74,8 +69,7 @@ class StandInModule : public isphal::IISPModule {
   public:
     android::hardware::Return<void> openISPDevice(openISPDevice_cb cb) override {
         if (transportFails) {
-            return android::hardware::Status::fromExceptionCode(
-                    android::hardware::Status::EX_TRANSACTION_FAILED, "stand-in lost");
+            return lostTransport();
         }
         cb(status, device);
         return android::hardware::Void();
