@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Checks the project against a checkout of Android's public tree, release 11: the library compiles with the
-# tree's headers (g++, clang), the HAL packages have the same layouts on the tree's base, and the tree's
-# camera metadata library and the host's read each other's random buffers alike. Does not link: a desk
-# compiler's standard library is not the tree's. What needs no tree is checked by check_interfaces.sh and
-# check_android_headers.sh.
+# tree's headers and links, nothing undefined, with what this machine's compiler makes of the tree's sources
+# (g++, clang, both variants); the HAL packages have the same layouts on the tree's base; the tree's camera
+# metadata library and the host's read each other's random buffers alike. Runs nothing but the last. What
+# needs no tree is checked by check_interfaces.sh and check_android_headers.sh.
 # Usage: scripts/check_phone_tree.sh TREE
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -42,6 +42,27 @@ readonly own_packages=(
     vendor.quen.hardware.camera.quenpostproc@1.0
 )
 readonly metadata_source=system/media/camera/src/camera_metadata.c
+# What the library links on a phone, by the sources that define it. What these need of other parts of the
+# tree stays open, as in any shared library; Debian has the tree's liblog.
+readonly components=(
+    "utils system/core/libutils/RefBase.cpp system/core/libutils/StrongPointer.cpp"
+    "cutils system/core/libcutils/native_handle.cpp system/core/libcutils/properties.cpp"
+    "sync system/core/libsync/sync.c"
+    "hidlbase system/libhidl/base/HidlSupport.cpp system/libhidl/base/Status.cpp"
+    "gralloctypes frameworks/native/libs/gralloc/types/Gralloc4.cpp"
+    "camera_metadata $metadata_source"
+)
+# Packages whose generated sources the library links.
+readonly linked_packages=(
+    android.hidl.base@1.0
+    android.hardware.graphics.mapper@4.0
+    android.hardware.graphics.allocator@4.0
+    vendor.mediatek.hardware.camera.isphal@1.0
+    vendor.quen.hardware.camera.quenpostproc@1.0
+)
+# Names of the makers' closed libraries.
+readonly makers='5NSCam|Quen3AInfoManager|QuenParameterUpdater|isp_metadata|mtkcam_testLog'
+readonly makers_log='^(log_dbg_print|get_filename|g_logInfoLv)|_Z13log_dbg_print|_Z12get_filename'
 
 [ $# -eq 1 ] || fail "which tree? Usage: scripts/check_phone_tree.sh TREE"
 [ -d "$1" ] || fail "there is no tree at $1"
@@ -75,14 +96,57 @@ for folder in "${include_folders[@]}"; do
 done
 headers+=(-isystem "$work/makers" -isystem platform/android/include)
 
+cmake --preset release >/dev/null
+cmake --build --preset release --target quen_host >/dev/null
+host=$PWD/build/release/platform/host
+
+# shared_library NAME SOURCE...: what the tree's sources define, under the tree's flags as far as a
+# compiler other than the tree's takes them.
+shared_library() {
+    local objects=() source object
+    for source in "${@:2}"; do
+        if [[ $source != /* ]]; then source=$tree/$source; fi
+        object=$work/$1-${#objects[@]}.o
+        case $source in
+            *.c) gcc -D_GNU_SOURCE -fPIC -w "${headers[@]}" -c "$source" -o "$object" ;;
+            *) g++ -std=c++17 -fPIC -w "${headers[@]}" -c "$source" -o "$object" ;;
+        esac || fail "$source does not compile with this machine's compiler"
+        objects+=("$object")
+    done
+    g++ -shared "${objects[@]}" -o "$work/lib$1.so" || fail "lib$1.so does not link"
+    libraries+=("$work/lib$1.so")
+}
+
+libraries=()
+for component in "${components[@]}"; do
+    read -ra words <<<"$component"
+    shared_library "${words[0]}" "${words[@]:1}"
+done
+for package in "${linked_packages[@]}"; do
+    hidl-gen -L c++-sources "${roots[@]}" -o "$work/sources/$package" "$package" ||
+        fail "hidl-gen makes no sources of $package"
+    mapfile -t sources < <(find "$work/sources/$package" -name '*.cpp')
+    shared_library "$package" "${sources[@]}"
+done
+# The makers' libraries: names alone, those of them that the host platform has.
+nm -D --defined-only "$host/libquen_host.so" | awk '{ print $3 }' | grep -E "$makers|$makers_log" |
+    sed 's/.*/.globl &\n&:/; $a .type g_logInfoLv, @object\n.size g_logInfoLv, 64' >"$work/makers.s"
+gcc -shared -nostdlib "$work/makers.s" -o "$work/libmakers.so"
+logs=$(dirname "$(find /usr/lib -name liblog.so -path '*/android/*' -print -quit)")
+
 library=quencode/quenOfflineDevice
 flags=(-std=c++17 -Wall -Wextra -Werror)
 for compiler in g++ clang++-14; do
     for variant in -UQUEN_HARDENED -DQUEN_HARDENED; do
+        objects=()
         for source in "$library"/quen*/*.cpp; do
-            "$compiler" "${flags[@]}" $variant -fno-exceptions -fno-rtti -fsyntax-only -I "$library" \
-                "${headers[@]}" "$source" || fail "$source does not compile ($compiler, $variant)"
+            objects+=("$work/${#objects[@]}.o")
+            "$compiler" "${flags[@]}" $variant -fno-exceptions -fno-rtti -fvisibility=hidden -fPIC \
+                -I "$library" "${headers[@]}" -c "$source" -o "${objects[-1]}" ||
+                fail "$source does not compile ($compiler, $variant)"
         done
+        "$compiler" -shared -Wl,--no-undefined "${objects[@]}" "${libraries[@]}" "$work/libmakers.so" \
+            -L "$logs" -llog -o "$work/library.so" || fail "the library does not link ($compiler, $variant)"
     done
 done
 
@@ -95,13 +159,9 @@ print_layouts tree "${headers[@]}" -DQUEN_GENERATED_HEADERS
 print_layouts own -isystem platform/api
 diff "$work/tree.txt" "$work/own.txt" || fail "platform/api has other layouts ('>') than the tree ('<')"
 
-cmake --preset release >/dev/null
-cmake --build --preset release --target quen_host >/dev/null
-host=$PWD/build/release/platform/host
 exchange=interfaces/check/metadata_exchange.cpp
 g++ "${flags[@]}" -I platform/api "$exchange" "$host/libquen_host.so" -Wl,-rpath,"$host" -o "$work/host"
 gcc -D_GNU_SOURCE "${headers[@]}" -c "$tree/$metadata_source" -o "$work/camera_metadata.o"
-logs=$(dirname "$(find /usr/lib -name liblog.so -path '*/android/*' -print -quit)")
 g++ "${flags[@]}" "${headers[@]}" "$exchange" "$work/camera_metadata.o" -L "$logs" -llog \
     -Wl,-rpath,"$logs" -o "$work/tree"
 for writer in tree host; do
@@ -114,4 +174,4 @@ for writer in tree host; do
         fail "the tree and the host read the metadata that $writer wrote differently"
 done
 cmp "$work/tree.bin" "$work/host.bin" || fail "the tree and the host write other bytes"
-echo "phone tree: the library compiles with it, layouts agree, 10000 metadata buffers go both ways alike"
+echo "phone tree: the library compiles and links with it, layouts agree, 10000 metadata buffers go both ways alike"
