@@ -183,6 +183,8 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 2 * 16 + 16);
     EXPECT_NE(append_camera_metadata(owned(allocate_camera_metadata(2, 15)).get(), clone.get()), 0);
     ASSERT_EQ(append_camera_metadata(metadata.get(), clone.get()), 0);
+    EXPECT_EQ(get_camera_metadata_data_count(metadata.get()), 32u);
+    EXPECT_EQ(append_camera_metadata(clone.get(), owned(allocate_camera_metadata(1, 8)).get()), 0);
     camera_metadata_entry_t appended;
     ASSERT_EQ(get_camera_metadata_entry(metadata.get(), 3, &appended), 0);
     appended.data.u8[0] = 6;

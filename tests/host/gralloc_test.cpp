@@ -192,6 +192,9 @@ TEST_F(Gralloc, RefusesWhatCannotBeAllocated) {
     hidl_vec<uint8_t> bad = good;
     memset(bad.data() + 4, 0, 4);  // its width
     allocate(bad, 1, Error::BAD_DESCRIPTOR);
+    bad = good;
+    bad[12] = 2;  // layers
+    allocate(bad, 1, Error::UNSUPPORTED);
     allocate(good, 0, Error::NONE);
     allocate(good, 2, Error::NONE);
 
@@ -302,6 +305,14 @@ TEST_F(Gralloc, WaitsForAcquireFencesAndGivesReleaseFences) {
     EXPECT_EQ(eventfd_read(event, &value), 0) << "waited for, and still its owner's";
     signaller.join();
     EXPECT_EQ(unlock(buffer).getNativeHandle(), nullptr);
+    void* const freed = import(allocate(16, 16, PixelFormat::RAW16));
+    std::thread freer([&] {
+        usleep(20000);
+        EXPECT_EQ(free(freed), Error::NONE);
+        EXPECT_EQ(eventfd_write(event, 1), 0);
+    });
+    lock(freed, kWhole, Error::BAD_BUFFER, fence);
+    freer.join();
 
     native_handle_t* const twoFences = native_handle_create(2, 0);
     twoFences->data[0] = twoFences->data[1] = eventfd(1, EFD_CLOEXEC);
