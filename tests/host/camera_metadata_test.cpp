@@ -295,6 +295,8 @@ TEST(CameraMetadata, KnowsVendorsTagsByTheirOperations) {
     EXPECT_STREQ(get_local_camera_metadata_section_name(kTheirs, metadata.get()), "com.seven");
     EXPECT_STREQ(get_local_camera_metadata_tag_name(kTheirs, metadata.get()), "width");
     EXPECT_STREQ(get_camera_metadata_tag_name(kCurrentMode), "currentMode") << "without an id";
+    set_camera_metadata_vendor_id(metadata.get(), 8);
+    EXPECT_EQ(get_local_camera_metadata_tag_type(kTheirs, metadata.get()), -1);
     set_camera_metadata_vendor_cache_ops(nullptr);
 
     // Last: the platform's own operations do not come back.

@@ -248,6 +248,7 @@ TEST_F(Gralloc, RefusesBuffersInTheWrongState) {
         lock(buffer, kWhole, Error::BAD_VALUE, hidl_handle(), usage);
     }
     EXPECT_EQ(mapper->rereadLockedBuffer(buffer), Error::BAD_BUFFER);
+    call<hidl_handle>(Error::BAD_BUFFER, &MemfdMapper::flushLockedBuffer, buffer);
     unlock(buffer, Error::BAD_BUFFER);
 
     uint8_t* const address = lock(buffer, {0, 0, 100, 50});

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -72,6 +73,11 @@ TEST(NativeHandle, RefusesSizesAlignmentAndVersionsThatAreNotIts) {
     EXPECT_EQ(native_handle_create(NATIVE_HANDLE_MAX_FDS + 1, 0), nullptr);
     EXPECT_EQ(native_handle_create(0, NATIVE_HANDLE_MAX_INTS + 1), nullptr);
     EXPECT_EQ(native_handle_create(-1, 0), nullptr);
+    native_handle_t* const half = native_handle_create(2, 0);
+    half->data[0] = STDIN_FILENO;
+    half->data[1] = 1 << 20;
+    EXPECT_EQ(native_handle_clone(half), nullptr);
+    native_handle_delete(half);
     alignas(native_handle_t) char storage[sizeof(native_handle_t) + 8];
     EXPECT_EQ(native_handle_init(storage + 1, 1, 0), nullptr);
     native_handle_t* const handle = native_handle_init(storage, 1, 0);

@@ -62,6 +62,8 @@ TEST(IEntry, FirstItemDecidesTheType) {
     IMetadata::IEntry hint = IMetadata().entryFor(kFeatureHint);
     hint.clear();
     EXPECT_EQ(hint.type(), IMetadata::TYPE_MINT32) << "its tag's";
+    hint.push_back(static_cast<float const*>(nullptr), 0, Type2Type<float>());
+    EXPECT_EQ(hint.type(), IMetadata::TYPE_MFLOAT) << "an empty block's";
     entry.push_back(MRect({1, 2}, {3, 4}), Type2Type<MRect>());
     EXPECT_EQ(entry.itemAt(0, Type2Type<MRect>()).s.w, 3);
     IMetadata::IEntry const moved = std::move(entry);

@@ -15,6 +15,7 @@ constexpr char kKey[] = "vendor.test.value";
 
 std::string read(char const* defaultValue) {
     char value[PROPERTY_VALUE_MAX];
+    memset(value, 'z', sizeof(value));
     int const length = property_get(kKey, value, defaultValue);
     EXPECT_EQ(strlen(value), static_cast<size_t>(length));
     return value;
@@ -35,6 +36,7 @@ TEST(Properties, AreSetReadAndUnset) {
     EXPECT_EQ(-7, property_get_int32(nullptr, -7));
     EXPECT_EQ(9, property_get_bool(nullptr, 9));
     property_set(kKey, "set");
+    EXPECT_EQ("set", read("none"));
     property_set(kKey, nullptr);
     EXPECT_EQ("unset", read("unset"));
 }

@@ -77,6 +77,7 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
     for (uint64_t const cookie : {1, 3, 4}) {
         EXPECT_TRUE(module->linkToDeath(recipient, cookie));
     }
+    EXPECT_TRUE(neighbour->linkToDeath(recipient, 6));
     EXPECT_TRUE(module->unlinkToDeath(recipient));
     EXPECT_TRUE(module->unlinkToDeath(new Recipient)) << "which has no link";
 
@@ -88,6 +89,7 @@ TEST(ServiceRegistry, TellsOfADeathOnce) {
     EXPECT_THAT(recipient->notices, ElementsAre(Pair(1, true), Pair(3, true)));
     EXPECT_EQ(neighbour, IISPModule::getService("three"));
     EXPECT_TRUE(module->unlinkToDeath(recipient)) << "whether or not there is a link";
+    EXPECT_TRUE(neighbour->unlinkToDeath(recipient));
     EXPECT_TRUE(neighbour->unlinkToDeath(recipient));
     EXPECT_EQ(1, recipient->getStrongCount()) << "the service that is gone let go of it";
     quen::host::unregisterService(neighbour);
