@@ -18,6 +18,7 @@ readonly others=(
     library.StreamConfigurationDeathTest.TheIspDeviceRejectsTheConfiguration
     # It does not know the host's levels, and names a line that has no tag after the program.
     host.LogTest.ASinkTakesBothKindsOfLines
+    host.LogTest.LevelsAreSetByNameAndByTag
     host.LogTest.StandardErrorGetsTheLetterOfTheLevel
     # What Debian has lets an object be deleted while a weak reference is left.
     host.ReferenceDeathTest.AnObjectWithWeakReferencesIsNotItsMakersToDelete
