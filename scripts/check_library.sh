@@ -5,16 +5,17 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+scripts/setup.sh clang
 library=quencode/quenOfflineDevice
-for compiler in g++ clang++; do
-    command -v "$compiler" >/dev/null || continue
+mapfile -t sources < <(find "$library" -name '*.cpp')
+for compiler in g++ clang++-14; do
     for build in -UQUEN_HARDENED -DQUEN_HARDENED; do
-        for source in "$library"/quen*/*.cpp; do
+        for source in "${sources[@]}"; do
             "$compiler" -std=c++17 -fsyntax-only -Wall -Wextra -Wconversion -Wsign-conversion -Werror \
                 "$build" -fno-exceptions -fno-rtti -I platform/api -I "$library" "$source"
         done
     done
-    echo "library: every source compiles with platform/api alone ($compiler)"
+    echo "library: all ${#sources[@]} sources compile with platform/api alone ($compiler)"
 done
 
 if grep -rnE '#\s*include\s*[<"]host/' "$library"; then

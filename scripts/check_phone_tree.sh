@@ -135,11 +135,12 @@ gcc -shared -nostdlib "$work/makers.s" -o "$work/libmakers.so"
 logs=$(dirname "$(find /usr/lib -name liblog.so -path '*/android/*' -print -quit)")
 
 library=quencode/quenOfflineDevice
+mapfile -t sources < <(find "$library" -name '*.cpp')
 flags=(-std=c++17 -Wall -Wextra -Werror)
 for compiler in g++ clang++-14; do
     for variant in -UQUEN_HARDENED -DQUEN_HARDENED; do
         objects=()
-        for source in "$library"/quen*/*.cpp; do
+        for source in "${sources[@]}"; do
             objects+=("$work/${#objects[@]}.o")
             "$compiler" "${flags[@]}" $variant -fno-exceptions -fno-rtti -fvisibility=hidden -fPIC \
                 -I "$library" "${headers[@]}" -c "$source" -o "${objects[-1]}" ||
