@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <numeric>
+#include <random>
 #include <utility>
 
 namespace quenbench {
@@ -59,24 +61,28 @@ class SilentReporter final : public benchmark::BenchmarkReporter {
 
 using Group = std::vector<Case const*>;
 
-/** Runs every case of a group once per round, starting with another one each time. */
+/**
+ * Runs every case of a group once per round, in random order: a case leaves the caches in a state
+ * that favours or hinders the next one.
+ */
 void timeGroup(benchmark::State& state, Group const& group, Recorder& recorder) {
     std::vector<Run> runs;
     for (Case const* const one : group) {
         runs.push_back(one->prepare());
         runs.back()();  // warms up
     }
-    size_t round = 0;
+    std::minstd_rand random;  // the same orders in every run
+    std::vector<size_t> turns(group.size());
+    std::iota(turns.begin(), turns.end(), size_t{0});
     for ([[maybe_unused]] auto const& step : state) {
         double total = 0;
-        for (size_t i = 0; i < group.size(); ++i) {
-            size_t const turn = (i + round) % group.size();
+        std::shuffle(turns.begin(), turns.end(), random);
+        for (size_t const turn : turns) {
             double const seconds = runs[turn]();
             recorder.add(group[turn]->name, seconds / static_cast<double>(group[turn]->operations));
             total += seconds;
         }
         state.SetIterationTime(total);
-        ++round;
     }
     while (!runs.empty()) {
         runs.pop_back();  // sessions end in reverse order

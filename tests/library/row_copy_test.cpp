@@ -28,14 +28,12 @@ TEST(RowCopyTest, RowsOfEverySizeAndPlace) {
         char const* name;
         size_t rowBytes, offset, stride, rows, endBytes;
     };
-    for (Case const& c : {Case{"small", 30, 0, 64, 7, 20},
-                          {"past the caches", 4000, 0, 4096, 4211, 90},
-                          {"past the caches, no gaps", 4096, 0, 4096, 4111, 0},
-                          {"large, rows at odd places", 4094, 1, 4096, 4111, 2},
-                          {"large, an odd stride", 4094, 0, 4097, 4111, 0},
-                          {"large, rows that overlap", 4094, 0, 4080, 4111, 0},
-                          {"large, ends that overlap", 4094, 0, 4096, 4111, 3},
-                          {"large, three rows", 6 << 20, 0, 6 << 20, 3, 0}}) {
+    for (Case const& c : {Case{"gaps", 30, 0, 64, 7, 20},
+                          {"no gaps", 4096, 0, 4096, 41, 0},
+                          {"odd places", 4094, 1, 4096, 41, 2},
+                          {"odd stride", 4094, 0, 4097, 41, 0},
+                          {"rows that overlap", 4094, 0, 4080, 41, 0},
+                          {"ends that overlap", 4096, 0, 4096, 41, 3}}) {
         SCOPED_TRACE(c.name);
         std::vector<uint8_t> source(c.rowBytes * c.rows);
         for (size_t i = 0; i < source.size(); ++i) {

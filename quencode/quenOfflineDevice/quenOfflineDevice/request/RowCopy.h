@@ -15,9 +15,6 @@ struct Rows {
 /**
  * Copies packed rows of bytes, row after row, and sets what follows in each row to 0.
  *
- * Pictures larger than the caches are written with non-temporal stores: another device reads them
- * next.
- *
  * @param rowBytes of a packed row
  * @param endBytes set to 0 after each row
  */
