@@ -2,7 +2,8 @@
 # Builds everything for 64-bit Arm, runs all tests and the demo under emulation, and compares the demo's
 # picture with this machine's. Debian's arm64 packages go into build/arm64-root: the machine's own stay
 # as they are. Takes far longer than scripts/test.sh.
-# Usage: scripts/test_arm64.sh [build]    build: goes no further than building
+# Usage: scripts/test_arm64.sh [build|root]    build: goes no further than building
+#                                              root: only fills build/arm64-root
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,7 +11,7 @@ root=$PWD/build/arm64-root
 readonly packages=(
     libc6-dev libstdc++-12-dev
     libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
-    libgtest-dev libgmock-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
 )
 
 # Fills the folder with the packages and all that they depend on, as apt would install them on an Arm
@@ -68,6 +69,9 @@ demo_psnr() {
 
 scripts/setup.sh tests g++-aarch64-linux-gnu qemu-user-static
 [ "$(cat "$root/packages" 2>/dev/null)" = "${packages[*]}" ] || fill_root
+if [ "${1:-}" = root ]; then
+    exit
+fi
 
 cmake --preset arm64 -DQUEN_BUILD_TESTS=ON >/dev/null
 quietly cmake --build --preset arm64 >/dev/null

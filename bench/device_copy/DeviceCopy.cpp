@@ -92,7 +92,8 @@ void copyWithLibyuv(Stage const& stage, PictureSize const& size, Layout layout) 
 
 void addTouched(Cases& cases, PictureSize const& size, ChromaLayout const& layout) {
     auto const add = [&](char const* who, auto const& copy) {
-        cases.push_back({caseName("copy", size, layout, who), 1, false,
+        cases.push_back({caseName("copy", size, layout, who), 1, &size == kSizes,  // the smallest
+
                          caseName("copy", size, layout, ""), [=] {
                              Stage const& stage = stageOf(size, layout);
                              return [=, &stage] { return copy(stage); };
@@ -103,8 +104,10 @@ void addTouched(Cases& cases, PictureSize const& size, ChromaLayout const& layou
         hidl_handle handle;
         graphics.present(&stage.target);
         uint32_t stride = 0;
-        quen::allocGraphicBuffer(handle, stage.source->data(), size.width, size.height, kNv21Format,
-                                 kDeviceUsage, stride);
+        measured([&] {
+            quen::allocGraphicBuffer(handle, stage.source->data(), size.width, size.height,
+                                     kNv21Format, kDeviceUsage, stride);
+        });
         graphics.present(nullptr);
         return graphics.secondsLocked();
     });
