@@ -183,8 +183,8 @@ DeviceBuffer Graphics::touchedBuffer(PictureSize const& size, quen::host::Layout
     if (buffer.data == nullptr || !description) {
         fail("device buffer");
     }
-    buffer.rowBytes = description->extent.rowBytes;
-    memset(buffer.data, 0xEE, description->extent.sizeInBytes);
+    buffer.rowBytes = description->facts.extent.rowBytes;
+    memset(buffer.data, 0xEE, description->facts.extent.sizeInBytes);
     return buffer;
 }
 

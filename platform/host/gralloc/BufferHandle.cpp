@@ -1,7 +1,5 @@
 #include "host/gralloc/BufferHandle.h"
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <cstring>
 
@@ -56,14 +54,9 @@ std::optional<BufferExtent> soundExtentOf(Integers const& integers) {
 }
 
 /** Checks the size of the memory. Without reserved bytes, the settings add to it when first set. */
-bool hasMemoryOf(int memory, BufferFacts const& facts) {
-    struct stat status;
-    if (fstat(memory, &status) != 0) {
-        return false;
-    }
-    auto const size = static_cast<uint64_t>(status.st_size);
-    return size == wholeSize(facts) ||
-           (facts.reservedSize == 0 && size == facts.extent.sizeInBytes);
+bool isMemoryOf(MemoryIdentity const& memory, BufferFacts const& facts) {
+    return memory.bytes == wholeSize(facts) ||
+           (facts.reservedSize == 0 && memory.bytes == facts.extent.sizeInBytes);
 }
 
 }  // namespace
@@ -89,7 +82,7 @@ native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts) {
     return handle;
 }
 
-std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle) {
+std::optional<BufferDetails> readBufferHandle(native_handle_t const* handle) {
     if (handle == nullptr || handle->version != static_cast<int>(sizeof(native_handle_t)) ||
         handle->numFds != kFds || handle->numInts != kInts) {
         return std::nullopt;
@@ -103,7 +96,11 @@ std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle) {
     BufferFacts const facts = {join(integers.id), integers.width,         integers.height,
                                integers.format,   integers.layout,        join(integers.usage),
                                *extent,           join(integers.reserved)};
-    return hasMemoryOf(handle->data[0], facts) ? std::make_optional(facts) : std::nullopt;
+    std::optional<MemoryIdentity> const memory = MemoryIdentity::of(handle->data[0]);
+    if (!memory || !isMemoryOf(*memory, facts)) {
+        return std::nullopt;
+    }
+    return BufferDetails{facts, *memory};
 }
 
 }  // namespace quen::host

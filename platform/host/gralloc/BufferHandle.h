@@ -7,6 +7,7 @@
 #include <cutils/native_handle.h>
 
 #include "host/gralloc/BufferLayout.h"
+#include "host/gralloc/MemoryMapping.h"
 
 namespace quen::host {
 
@@ -20,6 +21,12 @@ struct BufferFacts {
     uint64_t usage;
     BufferExtent extent;
     uint64_t reservedSize;  ///< bytes beside the picture for clients
+};
+
+/** A buffer's parameters and the memory behind its handle. */
+struct BufferDetails {
+    BufferFacts facts;
+    MemoryIdentity memory;
 };
 
 /**
@@ -38,6 +45,6 @@ native_handle_t* makeBufferHandle(int memory, BufferFacts const& facts);
  * @return nothing for any other handle, and for one whose memory is not as large as it states, with
  *         the settings (BufferSettings.h) or without
  */
-std::optional<BufferFacts> readBufferHandle(native_handle_t const* handle);
+std::optional<BufferDetails> readBufferHandle(native_handle_t const* handle);
 
 }  // namespace quen::host

@@ -21,8 +21,8 @@ namespace quen::host {
 class ImportedBuffer {
   public:
     /** @param handle owned by the buffer, descriptors included */
-    ImportedBuffer(native_handle_t* handle, BufferFacts const& facts)
-        : mHandle(handle), mFacts(facts) {}
+    ImportedBuffer(native_handle_t* handle, BufferDetails const& details)
+        : mHandle(handle), mFacts(details.facts), mIdentity(details.memory) {}
     ~ImportedBuffer();
     ImportedBuffer(ImportedBuffer const&) = delete;
     ImportedBuffer& operator=(ImportedBuffer const&) = delete;
@@ -47,6 +47,7 @@ class ImportedBuffer {
 
     native_handle_t* const mHandle;
     BufferFacts const mFacts;
+    MemoryIdentity const mIdentity;  // its size may have grown since
     mutable Mutex mMapLock;
     std::shared_ptr<MemoryMapping> mMapping HOST_GUARDED_BY(mMapLock);
 };

@@ -79,15 +79,15 @@ MemfdMapper::Return<void> MemfdMapper::importBuffer(hidl_handle const& rawHandle
 }
 
 MemfdMapper::Error MemfdMapper::importHandle(native_handle_t const* raw, void*& imported) {
-    std::optional<BufferFacts> const facts = readBufferHandle(raw);
-    if (!facts) {
+    std::optional<BufferDetails> const details = readBufferHandle(raw);
+    if (!details) {
         return Error::BAD_BUFFER;
     }
     native_handle_t* const handle = native_handle_clone(raw);
     if (handle == nullptr) {
         return Error::NO_RESOURCES;
     }
-    mTable.add(std::make_shared<ImportedBuffer>(handle, *facts));
+    mTable.add(std::make_shared<ImportedBuffer>(handle, *details));
     imported = handle;
     return Error::NONE;
 }

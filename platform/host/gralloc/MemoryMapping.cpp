@@ -54,31 +54,34 @@ class Slots {
 
 }  // namespace
 
-std::shared_ptr<MemoryMapping> MemoryMapping::of(int descriptor, size_t bytes, size_t populated) {
-    static Slots* const slots = new Slots;  // buffers may be mapped until the process has ended
+std::optional<MemoryIdentity> MemoryIdentity::of(int descriptor) {
     struct stat status;
     if (fstat(descriptor, &status) != 0) {
-        return nullptr;
+        return std::nullopt;
     }
-    std::shared_ptr<Slot> const slot = slots->find({status.st_dev, status.st_ino, bytes});
+    return MemoryIdentity{status.st_dev, status.st_ino, static_cast<uint64_t>(status.st_size)};
+}
+
+std::shared_ptr<MemoryMapping> MemoryMapping::of(int descriptor, MemoryIdentity const& memory,
+                                                 size_t bytes, Pages pages) {
+    static Slots* const slots = new Slots;  // buffers may be mapped until the process has ended
+    std::shared_ptr<Slot> const slot = slots->find({memory.device, memory.inode, bytes});
     MutexLock const guard(slot->lock);
     std::shared_ptr<MemoryMapping> mapping = slot->mapping.lock();
     if (mapping == nullptr) {
-        mapping = make(descriptor, bytes, populated);
+        mapping = make(descriptor, bytes, pages);
         slot->mapping = mapping;
     }
     return mapping;
 }
 
-std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, size_t populated) {
-    void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, Pages pages) {
+    // At once, pages take two thirds of the time of their faults one by one, half of the time of
+    // two threads' faults together.
+    int const flags = MAP_SHARED | (pages == Pages::AtOnce ? MAP_POPULATE : 0);
+    void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, descriptor, 0);
     if (address == MAP_FAILED) {
         return nullptr;
-    }
-    // At one go, pages take two thirds of the time of their faults one by one, half of the time of
-    // two threads' faults together.
-    if (populated != 0) {
-        madvise(address, populated, MADV_POPULATE_WRITE);
     }
     return std::shared_ptr<MemoryMapping>(new MemoryMapping(static_cast<uint8_t*>(address), bytes));
 }

@@ -1,10 +1,23 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace quen::host {
+
+/** Which memory a descriptor is of, whatever its number, and how large it is. */
+struct MemoryIdentity {
+    dev_t device;
+    ino_t inode;
+    uint64_t bytes;
+
+    /** Nothing for no descriptor. */
+    static std::optional<MemoryIdentity> of(int descriptor);
+};
 
 /**
  * A buffer's memory in this process: one mapping for all imports of the buffer, as long as any of
@@ -12,13 +25,17 @@ namespace quen::host {
  */
 class MemoryMapping {
   public:
+    /** When the pages of a mapping are made: with it, or each when it is first touched. */
+    enum class Pages { AtOnce, WhenTouched };
+
     /**
      * The mapping of a descriptor's memory, made when there is none of that size. Any thread.
      *
-     * @param populated how many of the first bytes get their pages at once, when it is made
+     * @param memory that of the descriptor
      * @return null when it cannot be mapped
      */
-    static std::shared_ptr<MemoryMapping> of(int descriptor, size_t bytes, size_t populated);
+    static std::shared_ptr<MemoryMapping> of(int descriptor, MemoryIdentity const& memory,
+                                             size_t bytes, Pages pages);
 
     ~MemoryMapping();
     MemoryMapping(MemoryMapping const&) = delete;
@@ -29,7 +46,7 @@ class MemoryMapping {
   private:
     MemoryMapping(uint8_t* address, size_t bytes) : mAddress(address), mBytes(bytes) {}
 
-    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, size_t populated);
+    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, Pages pages);
 
     uint8_t* const mAddress;
     size_t const mBytes;

@@ -9,8 +9,9 @@
 namespace quen::host {
 
 MemoryReserve::Memory::Memory(Make make, uint64_t bytes) : size(bytes), descriptor(make(bytes)) {
-    if (descriptor >= 0) {
-        mapping = MemoryMapping::of(descriptor, bytes, bytes);
+    std::optional<MemoryIdentity> const memory = MemoryIdentity::of(descriptor);
+    if (memory) {
+        mapping = MemoryMapping::of(descriptor, *memory, bytes, MemoryMapping::Pages::AtOnce);
     }
 }
 

@@ -46,26 +46,34 @@ std::string nameOf(ImportedBuffer const& buffer) {
     return path.substr(prefix.size(), path.size() - prefix.size() - suffix.size());
 }
 
-/** What properties are read from: a buffer, or the description of one. */
+/**
+ * What properties are read from: a buffer, or the description of one. Takes from the buffer's
+ * memory only what a property asks for.
+ */
 struct Subject {
-    std::string name;
     uint64_t width;
     uint64_t height;
     PixelFormat format;
     uint64_t usage;
-    BufferSettings settings;
-    BufferFacts const* facts;  // null for a description
+    ImportedBuffer const* buffer;             // null for a description
+    BufferDescriptorInfo const* description;  // null for a buffer
+    BufferFacts const* facts;                 // null for a description
+
+    std::string name() const {
+        return buffer != nullptr ? nameOf(*buffer) : std::string(description->name);
+    }
+    BufferSettings settings() const {
+        return buffer != nullptr ? readSettings(buffer->memory(), *facts) : BufferSettings{};
+    }
 };
 
 Subject subjectOf(ImportedBuffer const& buffer) {
     BufferFacts const& facts = buffer.facts();
-    return {nameOf(buffer), facts.width, facts.height,
-            facts.format,   facts.usage, readSettings(buffer.memory(), facts),
-            &facts};
+    return {facts.width, facts.height, facts.format, facts.usage, &buffer, nullptr, &facts};
 }
 
 Subject subjectOf(BufferDescriptorInfo const& info) {
-    return {info.name, info.width, info.height, info.format, info.usage, BufferSettings{}, nullptr};
+    return {info.width, info.height, info.format, info.usage, nullptr, &info, nullptr};
 }
 
 /** Codes of the kernel's DRM interface, in the order of Layout; 0 where there is none. */
@@ -160,7 +168,7 @@ constexpr Property kProperties[] = {
          [](Subject const& s, Bytes out) { return gralloc4::encodeBufferId(s.facts->id, out); },
          nullptr},
         {Type::NAME, Known::FromTheStart, true,
-         [](Subject const& s, Bytes out) { return gralloc4::encodeName(s.name, out); }, nullptr},
+         [](Subject const& s, Bytes out) { return gralloc4::encodeName(s.name(), out); }, nullptr},
         {Type::WIDTH, Known::FromTheStart, true,
          [](Subject const& s, Bytes out) { return gralloc4::encodeWidth(s.width, out); }, nullptr},
         {Type::HEIGHT, Known::FromTheStart, true,
@@ -220,22 +228,22 @@ constexpr Property kProperties[] = {
          nullptr},
         {Type::DATASPACE, Known::FromTheStart, false,
          [](Subject const& s, Bytes out) {
-             return gralloc4::encodeDataspace(static_cast<Dataspace>(s.settings.dataspace), out);
+             return gralloc4::encodeDataspace(static_cast<Dataspace>(s.settings().dataspace), out);
          },
          storeDataspace},
         {Type::BLEND_MODE, Known::FromTheStart, false,
          [](Subject const& s, Bytes out) {
-             return gralloc4::encodeBlendMode(static_cast<BlendMode>(s.settings.blendMode), out);
+             return gralloc4::encodeBlendMode(static_cast<BlendMode>(s.settings().blendMode), out);
          },
          storeBlendMode},
         {Type::SMPTE2086, Known::FromTheStart, false,
          [](Subject const& s, Bytes out) {
-             return gralloc4::encodeSmpte2086(smpte2086Of(s.settings), out);
+             return gralloc4::encodeSmpte2086(smpte2086Of(s.settings()), out);
          },
          storeSmpte2086},
         {Type::CTA861_3, Known::FromTheStart, false,
          [](Subject const& s, Bytes out) {
-             return gralloc4::encodeCta861_3(cta861Of(s.settings), out);
+             return gralloc4::encodeCta861_3(cta861Of(s.settings()), out);
          },
          storeCta861},
 };
