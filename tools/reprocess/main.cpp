@@ -20,6 +20,8 @@
 #include "host/gralloc/GraphicsServices.h"
 #include "host/isp/device/SoftwareIspModule.h"
 #include "host/log/LogControl.h"
+#include "quenRecorder/RecordedIsp.h"
+#include "quenRecorder/Recorder.h"
 #include "report/Report.h"
 #include "support/Failure.h"
 #include "support/Text.h"
@@ -58,6 +60,40 @@ void startPlatform(Options const& options, BatchResources const& resources,
     host::isp::registerSoftwareIsp(isp);
 }
 
+/**
+ * Has everything from now on recorded, when that is wanted.
+ *
+ * @throws Failure when the file cannot be written
+ */
+void startRecording(Options const& options) {
+    if (options.record.empty()) {
+        return;
+    }
+    using recorder::Pictures;
+    int error = 0;
+    auto const started = recorder::Recorder::start(
+            options.record.c_str(), options.recordPictures ? Pictures::Whole : Pictures::Hashes,
+            error);
+    if (started == nullptr) {
+        throw Failure("--record: " + options.record + " cannot be written: " + strerror(error));
+    }
+    recorder::recordIsp(started);
+    recorder::Recorder::setCurrent(started);
+}
+
+/** Ends the recording, if there is one. @return the exit code, when the recording is whole */
+int finishRecording(Options const& options, int exitCode) {
+    auto const started = recorder::Recorder::current();
+    recorder::Recorder::setCurrent(nullptr);
+    std::string const problem = started == nullptr ? std::string() : started->finish();
+    if (problem.empty()) {
+        return exitCode;
+    }
+    std::fprintf(stderr, "quen-reprocess: the recording %s is not whole: %s\n",
+                 printable(options.record).c_str(), problem.c_str());
+    return exitCode == kAllGood ? kSomeFailed : exitCode;
+}
+
 /** Runs the tool. @return the exit code */
 int run(int argc, char** argv) {
     int exitCode = kAllGood;
@@ -74,9 +110,16 @@ int run(int argc, char** argv) {
     auto const report = std::make_shared<Report>(options->info);
     BatchResources const resources = resourcesFor(*options);
     startPlatform(*options, resources, report);
+    try {
+        startRecording(*options);
+    } catch (Failure const& failure) {
+        std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
+        return kUsage;
+    }
     Reprocessor reprocessor(options->request, *report, resources.keptBuffers);
-    return options->demo ? runDemo(*options, reprocessor, *report)
-                         : runBatch(*options, reprocessor, *report);
+    int const done = options->demo ? runDemo(*options, reprocessor, *report)
+                                   : runBatch(*options, reprocessor, *report);
+    return finishRecording(*options, done);
 }
 
 /** Runs the tool; whatever is thrown ends in words and an exit code. */

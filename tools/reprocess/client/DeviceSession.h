@@ -2,10 +2,9 @@
 
 #include <cstdint>
 
-#include <quenOfflineDevice/quenOfflineDevice.h>
-
 #include "client/RequestMetadata.h"
 #include "client/ResultWaiter.h"
+#include "quenRecorder/RecordedDevice.h"
 #include "report/Stopwatch.h"
 
 namespace quen::reprocess {
@@ -52,7 +51,7 @@ class DeviceSession {
     RequestMetadata const& mMetadata;
     Stopwatch& mWatch;
     android::sp<ResultWaiter> const mWaiter = new ResultWaiter;
-    quenOfflineDevice mDevice;
+    recorder::RecordedDevice mDevice;
 };
 
 }  // namespace quen::reprocess

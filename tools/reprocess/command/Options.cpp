@@ -314,6 +314,16 @@ void addReportOptions(CLI::App& app, Options& options) {
             ->type_name("silent|error|warning|info|debug")
             ->capture_default_str()
             ->group(kGroup);
+    CLI::Option* const record =
+            app.add_option("--record", options.record,
+                           "Write down all that crosses between this tool, the\nlibrary and the "
+                           "ISP; quen-replay runs it again")
+                    ->type_name("FILE")
+                    ->group(kGroup);
+    app.add_flag("--record-pictures", options.recordPictures,
+                 "Have the recording hold the pictures, not their hashes")
+            ->needs(record)
+            ->group(kGroup);
 }
 
 }  // namespace

@@ -21,7 +21,9 @@ struct Options {
     bool setsQuality = false;  ///< whether --quality was given
     std::string logLevel = "silent";
     bool info = false;
-    size_t jobs = 0;  ///< inputs in work at a time; 0: as many as there are processors
+    std::string record;           ///< file to record the session to; empty for none
+    bool recordPictures = false;  ///< whether the recording holds the pictures
+    size_t jobs = 0;              ///< inputs in work at a time; 0: as many as there are processors
 };
 
 /**
