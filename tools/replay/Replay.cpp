@@ -1,0 +1,105 @@
+#include "Replay.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "Comparison.h"
+#include "RecordedOrder.h"
+#include "ReplayClient.h"
+#include "ReplayIsp.h"
+#include "ReplayThreeA.h"
+#include "ThreadReplay.h"
+#include "host/gralloc/GraphicsServices.h"
+
+namespace quen::replay {
+namespace {
+
+/** The handle of a 3A buffer has 0 in its descriptor slot, and copies of it duplicate that. */
+void openStandardInput() {
+    if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
+        static_cast<void>(::open("/dev/null", O_RDONLY));
+    }
+}
+
+/** The crossings of each thread, by their indices. */
+std::map<uint32_t, std::vector<size_t>> byThread(Recording const& recording) {
+    std::map<uint32_t, std::vector<size_t>> threads;
+    for (size_t i = 0; i < recording.crossings.size(); ++i) {
+        threads[recording.crossings[i].thread()].push_back(i);
+    }
+    return threads;
+}
+
+/** A recording with all that plays it; threads may be blocked in it when it has ended. */
+class Stage {
+  public:
+    Stage(Recording const& recording, std::map<uint32_t, std::vector<size_t>> threads)
+        : mOrder(recording, threads.size()), mComparison(recording.holdsPictures) {
+        host::setThreeAStore(mThreeA);
+        mIsp.install();
+        for (auto& [number, crossings] : threads) {
+            mThreads.emplace_back(
+                    mOrder, mComparison, std::move(crossings),
+                    [this](ThreadReplay& thread, size_t index) { perform(thread, index); });
+        }
+    }
+    Stage(Stage const&) = delete;
+    Stage& operator=(Stage const&) = delete;
+
+    Outcome run(std::chrono::seconds patience) {
+        std::vector<std::thread> running;
+        for (ThreadReplay& thread : mThreads) {
+            running.emplace_back([&thread] { thread.run(); });
+        }
+        RecordedOrder::End const end = mOrder.waitForEnd(patience);
+        for (std::thread& thread : running) {
+            end.isLeft ? thread.join() : thread.detach();
+        }
+        Outcome outcome;
+        outcome.differences = mComparison.differences();
+        outcome.endsProcess = !end.isWhole && end.reason.empty();
+        outcome.isBlocked = !end.isLeft;
+        if (!end.reason.empty()) {
+            outcome.differences.push_back(end.reason);
+        }
+        return outcome;
+    }
+
+  private:
+    void perform(ThreadReplay& thread, size_t index) {
+        if (thread.at(index).has_client_call()) {
+            mClient.perform(thread, index);
+        } else {
+            mIsp.perform(thread, index);
+        }
+    }
+
+    RecordedOrder mOrder;
+    Comparison mComparison;
+    ReplayIsp mIsp;
+    std::shared_ptr<ReplayThreeA> const mThreeA = std::make_shared<ReplayThreeA>();
+    ReplayClient mClient{mIsp, *mThreeA};
+    std::deque<ThreadReplay> mThreads;
+};
+
+}  // namespace
+
+Outcome replay(Recording const& recording, std::chrono::seconds patience) {
+    openStandardInput();
+    host::registerGraphicsServices();
+    auto stage = std::make_unique<Stage>(recording, byThread(recording));
+    Outcome outcome = stage->run(patience);
+    if (outcome.isBlocked) {
+        // Threads are blocked in it.
+        static_cast<void>(stage.release());
+    }
+    return outcome;
+}
+
+}  // namespace quen::replay

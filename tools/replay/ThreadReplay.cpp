@@ -1,0 +1,101 @@
+#include "ThreadReplay.h"
+
+#include <string>
+#include <utility>
+
+#include "Fields.h"
+
+namespace quen::replay {
+namespace {
+
+using recording::Crossing;
+
+thread_local ThreadReplay* tCurrent = nullptr;
+
+/** Whether two crossings are of the same operation. */
+bool isSameOperation(Crossing const& recorded, Crossing const& actual) {
+    return recorded.what_case() == actual.what_case() && titleOf(recorded) == titleOf(actual);
+}
+
+/** Whether the client or the ISP makes this crossing, as a call. */
+bool isMade(Crossing const& crossing) {
+    return crossing.has_client_call() || crossing.has_result_call();
+}
+
+}  // namespace
+
+ThreadReplay::ThreadReplay(RecordedOrder& order, Comparison& comparison,
+                           std::vector<size_t> crossings, Perform perform)
+    : mOrder(order),
+      mComparison(comparison),
+      mCrossings(std::move(crossings)),
+      mPerform(std::move(perform)) {}
+
+ThreadReplay& ThreadReplay::current() {
+    return *tCurrent;
+}
+
+void ThreadReplay::run() {
+    tCurrent = this;
+    while (mPlace < mCrossings.size()) {
+        size_t const index = mCrossings[mPlace];
+        if (!isMade(at(index))) {
+            mOrder.stop("no. " + std::to_string(index + 1) + ", " + titleOf(at(index)) +
+                        ", has no call before it: the recording is not whole");
+        }
+        mPerform(*this, index);
+    }
+    tCurrent = nullptr;
+    mOrder.leave();
+}
+
+void ThreadReplay::begin(size_t index) {
+    mOrder.awaitTurn(index);
+    ++mPlace;
+    mOrder.pass(index);
+}
+
+/** The thread's next crossing. Where there is none, the recording ends inside a call. */
+size_t ThreadReplay::next() {
+    if (mPlace == mCrossings.size()) {
+        if (mOrder.isCut()) {
+            mOrder.park();
+        }
+        mOrder.stop("the library goes on where the recording has ended");
+    }
+    return mCrossings[mPlace];
+}
+
+size_t ThreadReplay::meet(Crossing const& actual, uint64_t call) {
+    size_t const index = next();
+    Crossing const& recorded = at(index);
+    if (!isSameOperation(recorded, actual) || (call != 0 && recorded.call() != call)) {
+        mOrder.stop("no. " + std::to_string(index + 1) + ", session " +
+                    std::to_string(recorded.session()) + ": recorded \"" + titleOf(recorded) +
+                    "\", now \"" + titleOf(actual) + "\"");
+    }
+    mOrder.awaitTurn(index);
+    mComparison.compare(index, recorded, actual);
+    ++mPlace;
+    mOrder.pass(index);
+    return index;
+}
+
+Crossing const& ThreadReplay::answerOf(size_t call) {
+    for (;;) {
+        size_t const index = next();
+        Crossing const& crossing = at(index);
+        if (isMade(crossing)) {
+            mPerform(*this, index);
+            continue;
+        }
+        if (crossing.call() != at(call).call()) {
+            mOrder.stop("no. " + std::to_string(index + 1) + ", " + titleOf(crossing) +
+                        ", answers another call: the recording is not whole");
+        }
+        begin(index);
+        return crossing;
+    }
+}
+
+}  // namespace quen::replay
