@@ -11,7 +11,8 @@ namespace quen::replay {
 struct Lookahead {
     recording::IspRequest const* request = nullptr;     ///< that the ISP got; null for none
     recording::ClientReturn const* returned = nullptr;  ///< null where the recording ends before
-    bool isAnswered = false;  ///< whether the result came before the call returned
+    /** Whether the result came once it was submitted, and before the call returned. */
+    bool isAnswered = false;
 };
 
 /** @param index of the call's crossing */

@@ -1,10 +1,11 @@
 #include "Recording.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -19,13 +20,18 @@ using recording::Crossing;
 constexpr uint32_t kVersion = 1;
 
 std::string readFile(std::string const& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes(std::istreambuf_iterator<char>(file), {});
-    if (!file && !file.eof()) {
-        int const error = errno;
-        throw Unreadable(path + ": cannot be read: " +
-                         (error == 0 ? "it is no file" : std::strerror(error)));
+    struct Close {
+        void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+    };
+    std::unique_ptr<std::FILE, Close> const file(std::fopen(path.c_str(), "rbe"));
+    std::string bytes;
+    char piece[65536];
+    for (size_t read = 1; file != nullptr && read > 0;) {
+        read = std::fread(piece, 1, sizeof(piece), file.get());
+        bytes.append(piece, read);
+    }
+    if (file == nullptr || std::ferror(file.get()) != 0) {
+        throw Unreadable(path + ": cannot be read: " + std::strerror(errno));
     }
     return bytes;
 }
