@@ -38,13 +38,6 @@ Crossing callOf(IspCall::Operation operation) {
     return crossing;
 }
 
-/** An answer after which the library ends the process: the replay ends before that. */
-void endBeforeFatal(ThreadReplay& thread, IspReturn const& answer) {
-    if (answer.has_transport_error() || answer.status() != 0) {
-        thread.order().stop("");
-    }
-}
-
 Return<isphal::Status> statusOf(IspReturn const& answer) {
     if (answer.has_transport_error()) {
         return lostTransport(answer.transport_error());
@@ -73,9 +66,7 @@ class ReplayIsp::Device final : public isphal::IDevice {
             host::MutexLock const lock(mLock);
             mSession->callback = callback;
         }
-        IspReturn const& answer = thread.answerOf(index).isp_return();
-        endBeforeFatal(thread, answer);
-        return statusOf(answer);
+        return statusOf(thread.answerOf(index).isp_return());
     }
 
     StatusReturn processISPRequest(hidl_vec<isphal::ISPRequest> const& requests) override {
@@ -105,10 +96,7 @@ class ReplayIsp::Device final : public isphal::IDevice {
 
     StatusReturn closeISPDevice() override {
         ThreadReplay& thread = ThreadReplay::current();
-        size_t const index = thread.meet(callOf(IspCall::CLOSE), 0);
-        IspReturn const& answer = thread.answerOf(index).isp_return();
-        endBeforeFatal(thread, answer);
-        return statusOf(answer);
+        return statusOf(thread.answerOf(thread.meet(callOf(IspCall::CLOSE), 0)).isp_return());
     }
 
   private:
@@ -125,7 +113,6 @@ class ReplayIsp::Module final : public isphal::IISPModule {
         ThreadReplay& thread = ThreadReplay::current();
         size_t const index = thread.meet(callOf(IspCall::OPEN), 0);
         IspReturn const& answer = thread.answerOf(index).isp_return();
-        endBeforeFatal(thread, answer);
         sp<isphal::IDevice> device;
         if (answer.has_device()) {
             device = new Device(mIsp.session(thread.at(index).session()), mIsp.mLock);

@@ -22,6 +22,14 @@ bool isMade(Crossing const& crossing) {
     return crossing.has_client_call() || crossing.has_result_call();
 }
 
+/** Whether the library ends the process over an answer of the ISP. */
+bool isFatal(Crossing const& call, Crossing const& answer) {
+    recording::IspReturn const& returned = answer.isp_return();
+    return call.has_isp_call() && call.isp_call().operation() != recording::IspCall::REQUEST &&
+           call.isp_call().operation() != recording::IspCall::FLUSH &&
+           (returned.has_transport_error() || returned.status() != 0);
+}
+
 }  // namespace
 
 ThreadReplay::ThreadReplay(RecordedOrder& order, Comparison& comparison,
@@ -92,6 +100,10 @@ Crossing const& ThreadReplay::answerOf(size_t call) {
         if (crossing.call() != at(call).call()) {
             mOrder.stop("no. " + std::to_string(index + 1) + ", " + titleOf(crossing) +
                         ", answers another call: the recording is not whole");
+        }
+        if (isFatal(at(call), crossing)) {
+            mOrder.awaitTurn(index);
+            mOrder.stop("");
         }
         begin(index);
         return crossing;

@@ -45,7 +45,7 @@ class ThreadReplay {
 
     /**
      * Makes what calls were made before a recorded call of the library was answered, up to the
-     * answer.
+     * answer. One over which the library ends the process ends the replay instead.
      */
     recording::Crossing const& answerOf(size_t call);
 
