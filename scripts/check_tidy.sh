@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Runs clang-tidy over the library, the platform and the command line; .clang-tidy has the checks. Takes
-# the compile commands of build/clang, and builds nothing.
+# the compile commands of build/clang, and builds nothing but generated headers.
 # Usage: scripts/check_tidy.sh [FILE...]    FILE: only these sources
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh clang-tidy-14
 cmake --preset clang >/dev/null
+cmake --build --preset clang --target quen_recording_generated >/dev/null
 files=("$@")
 if [ $# -eq 0 ]; then
     # platform/android is built with Android's own libraries only.

@@ -27,7 +27,7 @@ readonly slow_programs="request_path_load request_path_endurance request_path_cl
 readonly request_programs="library_hal_interface library_lock_scope library_result_dispatch \
     request_path_process request_path_transcripts"
 declare -rA all_programs=(
-    [default]="$(programs library) $(programs request_path)"
+    [default]="$(programs library) $(programs request_path) $(programs recordings)"
     [hardened]="$request_programs hardened_request_path hardened_isp_metadata_decoding"
     [race]="library_hal_interface request_path_load"
     [leak]=$request_programs

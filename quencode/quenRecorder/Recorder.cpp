@@ -17,8 +17,8 @@ using google::protobuf::io::CodedOutputStream;
 using recording::Crossing;
 
 constexpr uint32_t kVersion = 1;
-constexpr size_t kLargestPrefix = 10;     // bytes of a varint
-constexpr size_t kKeptBytes = 64 * 1024;  // no more is kept from one crossing to the next
+constexpr size_t kLargestPrefix = 10;  // bytes of a varint
+constexpr size_t kKeptBytes = 65536;   // no more is kept from one crossing to the next
 
 uint64_t now() {
     timespec time = {};

@@ -41,6 +41,12 @@ using quen::recorder::BufferAccess;
 using quen::recorder::RecordedDevice;
 using quen::recorder::Recorder;
 
+using quen::host::Layout;
+using quen::host::MemfdAllocator;
+using PixelFormat = MemfdAllocator::PixelFormat;
+
+android::sp<MemfdAllocator> gAllocator;  // of the whole process
+
 constexpr int kWidth = 32;
 constexpr int kHeight = 24;
 constexpr int kJpegBytes = 1024;
@@ -276,10 +282,26 @@ void index3A(Client& client) {
     client.settings().i32(tags::kBufferIndex, 1).i32(tags::kCameraId, 2);
 }
 
+/** Entries of every type that metadata has, some of which the ISP's lacks. */
+void addEveryType(camera_metadata* settings) {
+    float const gains[] = {1.5f, 1, 1, 2.25f};
+    double const place[] = {48.1, 11.6, 500};
+    camera_metadata_rational_t const neutral[] = {{1, 2}, {1, 1}, {3, 4}};
+    int32_t const crop[] = {2, 4, 24, 16};
+    std::vector<uint8_t> const long1(60, 7);
+    add_camera_metadata_entry(settings, ANDROID_COLOR_CORRECTION_GAINS, gains, 4);
+    add_camera_metadata_entry(settings, ANDROID_JPEG_GPS_COORDINATES, place, 3);
+    add_camera_metadata_entry(settings, ANDROID_SENSOR_NEUTRAL_COLOR_POINT, neutral, 3);
+    add_camera_metadata_entry(settings, ANDROID_SCALER_CROP_REGION, crop, 4);
+    add_camera_metadata_entry(settings, tags::kRawTuning, long1.data(), long1.size());
+    add_camera_metadata_entry(settings, tags::kRawBitDepth, crop, 2);
+}
+
 /** Captures of many kinds: what the ISP is told of each. */
 void recordModes(ScriptedIsp& isp) {
     Client client(isp);
     index3A(client);
+    addEveryType(client.settings().get());
     client.create(client.image(1, kRaw10), {client.image(2, kYuv)});
     int number = 0;
     for (int const bit : {1, 2, 3, 18, 24, 27, 35, 51, 55}) {
@@ -298,6 +320,13 @@ void recordModes(ScriptedIsp& isp) {
     client.develop(++number);
     client.settings().i32(tags::kEngineerMode, 4).i32(tags::kFusion, 0);
     client.develop(++number);
+    client.settings().i32(tags::kDualSlave, -1).i32(tags::kEngineerMode, 0x78);
+    client.develop(++number);
+    client.settings().i32(tags::kFastDisplay, 1);
+    client.develop(++number);
+    int32_t const crop[] = {1, 2, 30, 20};
+    add_camera_metadata_entry(client.settings().get(), tags::kSatCrop, crop, 4);
+    client.develop(++number);
 }
 
 /** Sizes, formats and raw depths that change, requests outstanding or not. */
@@ -309,12 +338,17 @@ void recordReconfigurations(ScriptedIsp& isp) {
     late.delay = 100;
     client.process(1, client.image(1, kRaw10), {client.image(2, kYuv)}, late);
     client.process(2, client.image(1, kRaw10, 48, 24), {client.image(2, kYuv, 48, 24)}, {});
+    client.process(8, client.image(1, kRaw10, 48, 16), {client.image(2, kYuv, 48, 16)}, {});
     client.process(3, client.image(1, kRaw16, 48, 24), {client.image(2, kYuv, 48, 24)}, {});
     client.settings().i32(tags::kUiMode, 16);
     client.process(4, client.image(1, kRaw16, 48, 24), {client.image(2, kYuv, 48, 24)}, {});
     client.process(5, client.image(1, kRaw16, 288, 2), {client.image(2, kYuv, 48, 24)}, {});
-    client.process(6, client.image(2, kNv21), {client.image(4, kYuv)}, {});
+    client.process(6, client.image(-2, kNv21), {client.image(-4, kYuv)}, {});
     client.encode(7);
+    for (Layout const layout : {Layout::Nv12, Layout::I420, Layout::Yv12, Layout::Nv21}) {
+        gAllocator->setLayout(PixelFormat::YCRCB_420_SP, layout);
+        client.process(9, client.image(2, kYuv, 34, 23), {client.image(3, kBlob)}, {});
+    }
     client.device().setOfflineCallback(nullptr);
     client.device().config({{1, kPrivate, 16, 8, false}}, {{2, kYuv, 16, 8, true}}, nullptr);
     client.device().flush();
@@ -364,7 +398,10 @@ void recordTuning(ScriptedIsp& isp) {
         answer.metadata = ispBuffer({ispRecord<uint8_t>(0x00070004, 0, {90}),
                                      ispRecord<int32_t>(tags::kBufferIndex, 1, {77}),
                                      ispRecord<int64_t>(tags::kCurrentMode, 2, {1ll << 40}),
-                                     ispRecord<float>(0x00080002, 3, {1.5f}),
+                                     ispRecord<float>(0x00080008, 3, {1.5f, 2.5f}),
+                                     ispRecord<int32_t>(tags::kSceneMode, 1, {}),
+                                     ispRecord<int32_t>(tags::kFusion, 1, {5}),
+                                     ispRecord<int32_t>(tags::kFusion, 1, {6}),
                                      ispRecord<int32_t>(tags::kSatCrop, 1, {1, 2, 30, 20})},
                                     24);
         client.develop(bytes, answer);
@@ -378,17 +415,27 @@ void recordTuning(ScriptedIsp& isp) {
  */
 void recordTwoAtOnce(ScriptedIsp& isp) {
     Client raw(isp);
+    Client plain(isp);
     Client jpeg(isp);
-    index3A(raw);
-    index3A(jpeg);
+    for (Client* const client : {&raw, &plain, &jpeg}) {
+        index3A(*client);
+    }
+    plain.create(plain.image(1, kRaw10), {plain.image(2, kYuv)});
     raw.create(raw.image(1, kRaw10), {raw.image(2, kYuv), raw.image(4, kYuv, 16, 12)});
     jpeg.create(jpeg.image(2, kYuv), {jpeg.image(3, kBlob)});
     int number = 100;
-    for (int const fast : {1, 1, 0, 0, -1}) {
+    auto const developFast = [&](int fast) {
         raw.settings().i32(tags::kFastDisplay, fast);
         raw.process(++number, raw.image(1, kRaw10),
                     {raw.image(2, kYuv), raw.image(4, kYuv, 16, 12)}, {});
+    };
+    developFast(1);
+    developFast(1);
+    plain.develop(++number);
+    for (int const fast : {0, 0, 0, -1}) {
+        developFast(fast);
     }
+    jpeg.encode(++number);
     jpeg.settings().i32(tags::kFastDisplay, 0).i64(tags::kCurrentMode, 1 << 24);
     for (uint32_t const bytes : {300u, 1016u, 0u}) {
         Answer answer;
@@ -401,6 +448,10 @@ void recordTwoAtOnce(ScriptedIsp& isp) {
                 late);
     jpeg.encode(++number);
     isp.settle();
+    developFast(1);
+    { Client(isp).create(plain.image(1, kRaw10), {plain.image(2, kYuv)}); }
+    developFast(0);
+    jpeg.encode(++number);
 }
 
 /** A result that comes too early for a wait, in which the time-out then ends. */
@@ -427,7 +478,7 @@ constexpr Session kSessions[] = {
 
 int recordAll(std::string const& folder) {
     quen::host::setLogLevel(quen::host::LogLevel::Silent);
-    quen::host::registerGraphicsServices();
+    gAllocator = quen::host::registerGraphicsServices().allocator;
     for (Session const& session : kSessions) {
         quen::host::setThreeAStore(nullptr);
         quen::host::setProperty("vendor.debug.camera.jpeg.timeout", "");

@@ -74,7 +74,7 @@ class Collector {
     void content(std::string const& name, bool isThere, recording::Content const& content,
                  bool isHeld);
     void request(std::string const& name, recording::IspRequest const& request);
-    void ispBuffer(std::string const& name, recording::IspBuffer const& buffer);
+    void ispBuffer(std::string const& name, recording::IspBuffer const& from);
 
     void clientCall(ClientCall const& call);
     void clientReturn(recording::ClientReturn const& answer);

@@ -39,13 +39,16 @@ std::map<uint32_t, std::vector<size_t>> byThread(Recording const& recording) {
 /** A recording with all that plays it; threads may be blocked in it when it has ended. */
 class Stage {
   public:
-    Stage(Recording const& recording, std::map<uint32_t, std::vector<size_t>> threads)
-        : mOrder(recording, threads.size()), mComparison(recording.holdsPictures) {
+    Stage(Recording const& recording, host::GraphicsServices const& graphics,
+          std::map<uint32_t, std::vector<size_t>> const& threads)
+        : mOrder(recording, threads.size()),
+          mComparison(recording.holdsPictures),
+          mClient(mIsp, graphics.allocator, *mThreeA) {
         host::setThreeAStore(mThreeA);
         mIsp.install();
-        for (auto& [number, crossings] : threads) {
+        for (auto const& [number, crossings] : threads) {
             mThreads.emplace_back(
-                    mOrder, mComparison, std::move(crossings),
+                    mOrder, mComparison, crossings,
                     [this](ThreadReplay& thread, size_t index) { perform(thread, index); });
         }
     }
@@ -84,7 +87,7 @@ class Stage {
     Comparison mComparison;
     ReplayIsp mIsp;
     std::shared_ptr<ReplayThreeA> const mThreeA = std::make_shared<ReplayThreeA>();
-    ReplayClient mClient{mIsp, *mThreeA};
+    ReplayClient mClient;
     std::deque<ThreadReplay> mThreads;
 };
 
@@ -92,8 +95,8 @@ class Stage {
 
 Outcome replay(Recording const& recording, std::chrono::seconds patience) {
     openStandardInput();
-    host::registerGraphicsServices();
-    auto stage = std::make_unique<Stage>(recording, byThread(recording));
+    auto stage = std::make_unique<Stage>(recording, host::registerGraphicsServices(),
+                                         byThread(recording));
     Outcome outcome = stage->run(patience);
     if (outcome.isBlocked) {
         // Threads are blocked in it.

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstring>
 #include <deque>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <aidl/android/hardware/graphics/common/PlaneLayoutComponentType.h>
 #include <quenOfflineDevice/quenOfflineDevice.h>
 #include <system/camera_metadata.h>
+#include <system/graphics.h>
 
 #include "Lookahead.h"
 #include "LostTransport.h"
@@ -70,6 +73,28 @@ std::vector<StreamConfig> streamsOf(Streams const& recorded) {
                            stream.is_output()});
     }
     return streams;
+}
+
+/** Where the planes of a 4:2:0 picture lie: that of the one or two chroma planes comes first. */
+std::optional<host::Layout> chromaLayout(recording::Graphic const& picture) {
+    using Component = aidl::android::hardware::graphics::common::PlaneLayoutComponentType;
+    if (picture.planes_size() < 2 || picture.planes(1).components_size() == 0) {
+        return std::nullopt;
+    }
+    bool const isPlanar = picture.planes_size() > 2;
+    recording::Plane const* first = &picture.planes(1);
+    if (isPlanar && picture.planes(2).offset() < first->offset()) {
+        first = &picture.planes(2);
+    }
+    recording::Component const* component = &first->components(0);
+    for (recording::Component const& other : first->components()) {
+        component = other.offset_bits() < component->offset_bits() ? &other : component;
+    }
+    bool const isCbFirst = component->type() == static_cast<int64_t>(Component::CB);
+    if (isPlanar) {
+        return isCbFirst ? host::Layout::I420 : host::Layout::Yv12;
+    }
+    return isCbFirst ? host::Layout::Nv12 : host::Layout::Nv21;
 }
 
 Crossing emptyReturn() {
@@ -154,7 +179,9 @@ struct ReplayClient::Session {
     std::unique_ptr<quenOfflineDevice> device;
 };
 
-ReplayClient::ReplayClient(ReplayIsp& isp, ReplayThreeA& threeA) : mIsp(isp), mThreeA(threeA) {}
+ReplayClient::ReplayClient(ReplayIsp& isp, sp<host::MemfdAllocator> const& allocator,
+                           ReplayThreeA& threeA)
+    : mIsp(isp), mAllocator(allocator), mThreeA(threeA) {}
 
 ReplayClient::~ReplayClient() = default;
 
@@ -223,7 +250,10 @@ void ReplayClient::config(ThreadReplay& thread, size_t index) {
     thread.meet(emptyReturn(), thread.at(index).call());
 }
 
-/** Sets what a request depends on beside its records: time-out, application, 3A buffers. */
+/**
+ * Sets what a request depends on beside its records: time-out, application, the order of chroma in
+ * device buffers, 3A buffers.
+ */
 void ReplayClient::prepareCircumstances(ThreadReplay& thread, size_t index) {
     ClientCall const& call = thread.at(index).client_call();
     Lookahead const ahead = lookAhead(thread.order(), index);
@@ -237,6 +267,13 @@ void ReplayClient::prepareCircumstances(ThreadReplay& thread, size_t index) {
         host::setEventString("APP_NAME", call.app_name());
     } else {
         host::clearEventString("APP_NAME");
+    }
+    if (ahead.request != nullptr && ahead.request->inputs_size() > 0) {
+        recording::Graphic const& picture = ahead.request->inputs(0).buffer().graphic();
+        auto const layout = chromaLayout(picture);
+        if (layout && picture.format() == HAL_PIXEL_FORMAT_YCRCB_420_SP) {
+            mAllocator->setLayout(host::MemfdAllocator::PixelFormat::YCRCB_420_SP, *layout);
+        }
     }
     bool const hasChanged = ahead.returned != nullptr && ahead.returned->has_metadata();
     int32_t const index3A =
@@ -263,6 +300,12 @@ void ReplayClient::process(ThreadReplay& thread, size_t index) {
     recording::ClientReturn& returned = *answer.mutable_client_return();
     int const result = played.device->process(call.has_params() ? &params : nullptr, callback);
     returned.set_result(result);
+    int const unexpected = mThreeA.unexpected();
+    if (unexpected != 0) {
+        thread.comparison().add(index, crossing,
+                                "3A buffers that the ISP was not given: recorded none, now " +
+                                        std::to_string(unexpected));
+    }
     recorder::describeMetadata(params.settings, returned);
     if (returned.metadata() == call.metadata()) {
         returned.clear_metadata();

@@ -10,6 +10,7 @@
 #include "ReplayThreeA.h"
 #include "ThreadReplay.h"
 #include "host/base/Mutex.h"
+#include "host/gralloc/MemfdAllocator.h"
 
 namespace quen::replay {
 
@@ -19,8 +20,9 @@ namespace quen::replay {
  */
 class ReplayClient {
   public:
-    /** @param threeA what the library gets 3A buffers from */
-    ReplayClient(ReplayIsp& isp, ReplayThreeA& threeA);
+    /** @param allocator, threeA what the library gets buffers from */
+    ReplayClient(ReplayIsp& isp, android::sp<host::MemfdAllocator> const& allocator,
+                 ReplayThreeA& threeA);
     ~ReplayClient();
     ReplayClient(ReplayClient const&) = delete;
     ReplayClient& operator=(ReplayClient const&) = delete;
@@ -43,6 +45,7 @@ class ReplayClient {
     void prepareCircumstances(ThreadReplay& thread, size_t index);
 
     ReplayIsp& mIsp;
+    android::sp<host::MemfdAllocator> const mAllocator;
     ReplayThreeA& mThreeA;
     host::Mutex mLock;
     std::map<uint32_t, std::unique_ptr<Session>> mSessions HOST_GUARDED_BY(mLock);

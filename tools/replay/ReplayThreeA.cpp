@@ -30,6 +30,7 @@ void ReplayThreeA::expect(recording::IspRequest const* request, int32_t index) {
     mIndex = index;
     mHasInput = false;
     mHasOutput.clear();
+    mUnexpected = 0;
     if (request == nullptr) {
         return;
     }
@@ -43,12 +44,19 @@ void ReplayThreeA::expect(recording::IspRequest const* request, int32_t index) {
     }
 }
 
+int ReplayThreeA::unexpected() const {
+    host::MutexLock const lock(mLock);
+    return mUnexpected;
+}
+
 int ReplayThreeA::get3AInfoBuf(QIF3ABufferInfo* info, unsigned int /*size*/) {
     host::MutexLock const lock(mLock);
-    bool const hasOne = !mHasOutput.empty() && mHasOutput.front();
-    if (!mHasOutput.empty()) {
-        mHasOutput.pop_front();
+    if (mHasOutput.empty()) {
+        ++mUnexpected;
+        return -1;
     }
+    bool const hasOne = mHasOutput.front();
+    mHasOutput.pop_front();
     if (!hasOne) {
         return -1;
     }

@@ -29,14 +29,18 @@ class ReplayThreeA final : public host::IThreeAStore {
      */
     void expect(recording::IspRequest const* request, int32_t index);
 
+    /** How many more output buffers were asked for since then than the ISP was given. */
+    int unexpected() const;
+
     int get3AInfoBuf(QIF3ABufferInfo* info, unsigned int size) override;
     int getTuningData(int* fd, unsigned int bufferIndex) override;
 
   private:
     int const mMemory;
-    host::Mutex mLock;
+    mutable host::Mutex mLock;
     bool mHasInput HOST_GUARDED_BY(mLock) = false;
     std::deque<bool> mHasOutput HOST_GUARDED_BY(mLock);  // of those that are asked for, in turn
+    int mUnexpected HOST_GUARDED_BY(mLock) = 0;
     int32_t mIndex HOST_GUARDED_BY(mLock) = 0;
 };
 

@@ -133,13 +133,14 @@ int play(Recording const& recording, Options const& options) {
     return exitCode;
 }
 
+/** Runs the tool; whatever is thrown ends in words and an exit code. */
 int run(int argc, char** argv) {
-    Options options;
-    int const exitCode = parse(argc, argv, options);
-    if (exitCode >= 0) {
-        return exitCode;
-    }
     try {
+        Options options;
+        int const exitCode = parse(argc, argv, options);
+        if (exitCode >= 0) {
+            return exitCode;
+        }
         Recording const recording = readRecording(options.file);
         host::setLogLevel(options.logLevel);
         describe(recording);
