@@ -7,7 +7,7 @@ namespace android::hardware::graphics::allocator::V4_0 {
 const char* IAllocator::descriptor("android.hardware.graphics.allocator@4.0::IAllocator");
 
 sp<IAllocator> IAllocator::getService(std::string const& serviceName, bool /*getStub*/) {
-    return quen::host::findServiceOf<IAllocator>(serviceName);
+    return quen::host::obtainServiceOf<IAllocator>(serviceName);
 }
 
 status_t IAllocator::registerAsService(std::string const& serviceName) {

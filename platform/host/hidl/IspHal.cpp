@@ -11,7 +11,7 @@ const char* IDevice::descriptor("vendor.mediatek.hardware.camera.isphal@1.0::IDe
 const char* IISPModule::descriptor("vendor.mediatek.hardware.camera.isphal@1.0::IISPModule");
 
 android::sp<IISPModule> IISPModule::getService(std::string const& serviceName, bool /*getStub*/) {
-    return quen::host::findServiceOf<IISPModule>(serviceName);
+    return quen::host::obtainServiceOf<IISPModule>(serviceName);
 }
 
 android::status_t IISPModule::registerAsService(std::string const& serviceName) {

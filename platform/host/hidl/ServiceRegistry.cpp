@@ -1,10 +1,15 @@
+#define LOG_TAG "quenHost"
+
 #include "host/hidl/ServiceRegistry.h"
 
 #include <map>
 #include <utility>
 #include <vector>
 
+#include <log/log.h>
+
 #include "host/base/Mutex.h"
+#include "host/hidl/DefaultServices.h"
 
 using android::sp;
 using android::hidl::base::V1_0::IBase;
@@ -16,7 +21,8 @@ using ServiceName = std::pair<std::string, std::string>;  // descriptor, instanc
 
 struct Registry {
     Mutex lock;
-    std::map<ServiceName, sp<IBase>> services HOST_GUARDED_BY(lock);  // none is null
+    /** Null for what the program has unregistered. */
+    std::map<ServiceName, sp<IBase>> services HOST_GUARDED_BY(lock);
 };
 
 /**
@@ -30,6 +36,11 @@ Registry& registry() {
 
 ServiceName nameOf(std::string_view descriptor, std::string_view instance) {
     return {std::string(descriptor), std::string(instance)};
+}
+
+void logMissing(ServiceName const& name, std::string const& problem) {
+    ALOGE("there is no service %s/%s: %s; register one with registerAsService(\"%s\")",
+          name.first.c_str(), name.second.c_str(), problem.c_str(), name.second.c_str());
 }
 
 }  // namespace
@@ -55,18 +66,38 @@ sp<IBase> findService(std::string_view descriptor, std::string_view instance) {
     return found == known.services.end() ? nullptr : found->second;
 }
 
+/** The default is made without the lock: making it may look up others. */
+sp<IBase> obtainService(std::string_view descriptor, std::string_view instance) {
+    ServiceName name = nameOf(descriptor, instance);
+    Registry& known = registry();
+    bool isWithdrawn = false;
+    {
+        MutexLock const lock(known.lock);
+        auto const found = known.services.find(name);
+        isWithdrawn = found != known.services.end();
+        if (isWithdrawn && found->second != nullptr) {
+            return found->second;
+        }
+    }
+    std::string problem = "it was unregistered, or it died";
+    sp<IBase> const made =
+            isWithdrawn ? nullptr : makeDefaultService(descriptor, instance, problem);
+    if (made == nullptr) {
+        logMissing(name, problem);
+        return nullptr;
+    }
+    MutexLock const lock(known.lock);
+    // Meanwhile another may have come, which then stays.
+    return known.services.emplace(std::move(name), made).first->second;
+}
+
 bool unregisterService(std::string_view descriptor, std::string_view instance) {
-    ServiceName const name = nameOf(descriptor, instance);
+    ServiceName name = nameOf(descriptor, instance);
     sp<IBase> removed;
     Registry& known = registry();
     MutexLock const lock(known.lock);
-    auto const found = known.services.find(name);
-    if (found == known.services.end()) {
-        return false;
-    }
-    removed = std::move(found->second);
-    known.services.erase(found);
-    return true;
+    std::swap(known.services[std::move(name)], removed);
+    return removed != nullptr;
 }
 
 bool unregisterService(sp<IBase> const& service) {
@@ -74,10 +105,11 @@ bool unregisterService(sp<IBase> const& service) {
     Registry& known = registry();
     MutexLock const lock(known.lock);
     bool removed = false;
-    for (auto entry = known.services.begin(); entry != known.services.end();) {
-        bool const matches = entry->second == service;
-        entry = matches ? known.services.erase(entry) : std::next(entry);
-        removed = removed || matches;
+    for (auto& [name, registered] : known.services) {
+        if (registered != nullptr && registered == service) {
+            registered = nullptr;
+            removed = true;
+        }
     }
     return removed;
 }

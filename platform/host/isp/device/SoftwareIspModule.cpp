@@ -29,3 +29,8 @@ android::status_t registerSoftwareIsp(SoftwareIspOptions options) {
 }
 
 }  // namespace quen::host::isp
+
+/** For the platform, which loads this library where nobody registered a module. */
+extern "C" vendor::mediatek::hardware::camera::isphal::V1_0::IISPModule* quenSoftwareIspModule() {
+    return new quen::host::isp::SoftwareIspModule;
+}
