@@ -109,6 +109,35 @@ TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
     EXPECT_EQ(results, 8u * 4);
 }
 
+TEST_F(CliBatchTest, ShardsTakeEveryInputOnceUnderTheNamesOfTheWholeList) {
+    std::string inputs;
+    for (int i = 0; i < 5; ++i) {
+        inputs += putFrame(i);
+    }
+    fs::create_directory(path("twin"));
+    fs::copy_file(path("f3.raw"), path("twin/f0.raw"));
+    inputs += " twin/f0.raw";
+    std::string const command = inputs + kHeaderless + "--format nv21 -o ";
+    ASSERT_EQ(0, run(command + "whole").exitCode);
+    for (int const count : {2, 4, 7}) {
+        std::map<std::string, std::string> made;
+        for (int number = 1; number <= count; ++number) {
+            std::string const shard = std::to_string(number) + "/" + std::to_string(count);
+            Outcome const outcome = run(command + shard + " --shard " + shard);
+            EXPECT_EQ(0, outcome.exitCode) << shard;
+            EXPECT_FALSE(outcome.out.empty()) << shard;
+            for (auto const& file : files(shard)) {
+                EXPECT_TRUE(made.insert(file).second) << shard << ": " << file.first;
+            }
+        }
+        EXPECT_EQ(made, files("whole")) << count;
+    }
+    expectErrors(2, {{command + "x --shard 0/2", "there is no '0/2'"},
+                     {command + "x --shard 3/2", "there is no '3/2'"},
+                     {command + "x --shard 2", "expects I/N"},
+                     {"demo --shard 1/2", "--shard: the demo renders one capture"}});
+}
+
 TEST_F(CliBatchTest, AnInterruptedBatchEndsWhatIsInWork) {
     std::string inputs;
     for (int i = 0; i < 300; ++i) {

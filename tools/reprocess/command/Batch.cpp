@@ -128,6 +128,14 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
         std::fprintf(stderr, "quen-reprocess: %s\n", failure.what());
         return kUsage;
     }
+    // Of the whole list: every shard names an output as all others do.
+    size_t const listed = jobs.size();
+    jobs = options.shard.of(jobs);
+    if (jobs.empty()) {
+        std::printf("shard %s has none of %zu inputs: nothing to do\n",
+                    options.shard.text().c_str(), listed);
+        return kAllGood;
+    }
 
     Clock::time_point const begin = Clock::now();
     size_t failed = 0;

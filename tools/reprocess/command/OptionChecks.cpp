@@ -25,6 +25,9 @@ void checkDemo(Options const& options) {
     if (options.jobs != 0) {
         unused.emplace_back("--jobs");
     }
+    if (!options.shard.isWhole()) {
+        unused.emplace_back("--shard");
+    }
     if (!unused.empty()) {
         throw Failure(unused.front() + ": the demo renders one capture of its own", "leave it out");
     }

@@ -145,6 +145,19 @@ void setSize(std::string const& text, InputOptions& options) {
     options.size = {values[0], values[1]};
 }
 
+/** Parses --shard. */
+void setShard(std::string const& text, Shard& shard) {
+    auto const values = parseList<uint32_t>(text, '/');
+    if (values.size() != 2) {
+        throw CLI::ValidationError("--shard", "expects I/N, for instance 2/8, not '" + text + "'");
+    }
+    if (values[0] < 1 || values[0] > values[1]) {
+        throw CLI::ValidationError("--shard",
+                                   "shards go from 1/N to N/N; there is no '" + text + "'");
+    }
+    shard = {values[0], values[1]};
+}
+
 /** Parses --wb. */
 void setWhiteBalance(std::string const& text, InputOptions& options) {
     auto const values = parseList<float>(text, ',');
@@ -351,6 +364,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
                    "processors unless given")
             ->check(range(1, 64))
             ->type_name("N");
+    app.add_option_function<std::string>(
+               "--shard", [&](std::string const& text) { setShard(text, options.shard); },
+               "Take the I-th of every N inputs, as listed: shards 1/N\nto N/N of one list take "
+               "each input once")
+            ->type_name("I/N");
     addInputOptions(app, options.input);
     addRequestOptions(app, options.request);
     addReportOptions(app, options);

@@ -6,6 +6,7 @@
 
 #include "buffers/Product.h"
 #include "client/RequestOptions.h"
+#include "command/Shard.h"
 #include "inputs/InputOptions.h"
 
 namespace quen::reprocess {
@@ -24,6 +25,7 @@ struct Options {
     std::string record;           ///< file to record the session to; empty for none
     bool recordPictures = false;  ///< whether the recording holds the pictures
     size_t jobs = 0;              ///< inputs in work at a time; 0: as many as there are processors
+    Shard shard;
 };
 
 /**
