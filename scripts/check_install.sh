@@ -1,0 +1,101 @@
+#!/usr/bin/env bash
+# Installs the release build into an empty prefix, moves that elsewhere and works from there: quen-reprocess,
+# its man pages and completions, every installed header, and the example built outside the source tree with
+# CMake and with pkg-config. Then makes the Debian package, installs it, runs the demo, and removes it.
+# Usage: scripts/check_install.sh [root]    root: installs the package into a fresh minimal Debian instead
+#        of on this machine; downloads about 100 MB
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+fail() {
+    echo "install: $*" >&2
+    exit 1
+}
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    as_root=(sudo)
+fi
+package=quen-offline-device
+work=$(mktemp -d)
+installed=
+clean_up() {
+    if [ -n "$installed" ]; then
+        "${as_root[@]}" dpkg -P "$package" >/dev/null
+    fi
+    "${as_root[@]}" rm -rf "$work"
+}
+trap clean_up EXIT
+
+# Runs the demo with a program, and looks for what the lazily loaded EXIF library writes.
+# Usage: check_demo PROGRAM
+check_demo() {
+    (cd / && env -i "$1" demo -o "$work/demo.jpg" >"$work/demo.txt" 2>&1) ||
+        fail "the demo of $1: $(cat "$work/demo.txt")"
+    grep -q Exif "$work/demo.jpg" || fail "the demo of $1 has no EXIF: libquen_exif.so was not loaded"
+    echo "install: $1: $(grep -oE 'PSNR [0-9.]+ dB' "$work/demo.txt")"
+}
+
+scripts/setup.sh dpkg-dev file
+cmake --preset release >/dev/null
+cmake --build --preset release
+
+cmake --install build/release --prefix "$work/first" >/dev/null
+mv "$work/first" "$work/prefix"
+prefix=$work/prefix
+check_demo "$prefix/bin/quen-reprocess"
+scripts/check_manual.sh
+[ -s "$prefix/share/man/man1/quen-reprocess.1" ] || fail "there is no man page"
+
+# The example, by either way, makes the same JPEG.
+cp -r examples/reprocess "$work/example"
+cmake -G Ninja -S "$work/example" -B "$work/example/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/example/build" >/dev/null
+"$work/example/build/reprocess-example" "$work/cmake.jpg"
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+read -ra flags < <(pkg-config --cflags --libs quenOfflineDevice)
+g++ -Wall -Wextra -Werror "$work/example/main.cpp" "${flags[@]}" -Wl,-rpath,"$prefix/lib" -o "$work/by-pkg-config"
+"$work/by-pkg-config" "$work/pkg-config.jpg"
+cmp "$work/cmake.jpg" "$work/pkg-config.jpg" || fail "the two builds of the example differ in their JPEGs"
+"$prefix/bin/quen-reprocess" "$work/cmake.jpg" -o "$work/again.jpg" >/dev/null
+
+(cd "$prefix/include/quenOfflineDevice" && find . -name '*.h' -path './api/*' -printf '%P\n' | sed 's|^api/||' &&
+    find . -name '*.h' -not -path './api/*' -printf '%P\n') | sed 's/.*/#include <&>/' >"$work/headers.cpp"
+g++ -Wall -Wextra -Werror -fsyntax-only "$work/headers.cpp" "${flags[@]}"
+echo "install: all $(wc -l <"$work/headers.cpp") installed headers compile with what is installed"
+
+# The package.
+rm -rf build/release/package
+cpack --config build/release/CPackConfig.cmake >"$work/cpack.txt" 2>&1 || fail "$(cat "$work/cpack.txt")"
+debs=(build/release/package/*.deb)
+deb=${debs[0]}
+content=$(dpkg-deb -c "$deb" | awk '{ print $6 }')
+while read -r file; do
+    grep -qxF "./usr/${file#"$prefix/"}" <<<"$content" || fail "$deb lacks ${file#"$prefix/"}"
+done < <(find "$prefix" -type f)
+depends=$(dpkg-deb -f "$deb" Depends)
+for library in libc6 libexiv2 libjpeg62-turbo libraw libstdc++6 libturbojpeg libyuv; do
+    grep -qF "$library" <<<"$depends" || fail "$deb does not depend on $library: $depends"
+done
+echo "install: $(basename "$deb"), $(du -h "$deb" | cut -f1), depends on $depends"
+
+if [ "${1:-}" = root ]; then
+    scripts/setup.sh mmdebstrap
+    cp "$deb" "$work/$package.deb"
+    # Quoted for the shell of the hooks, which runs outside the root: "$1" there is the root.
+    "${as_root[@]}" mmdebstrap --variant=minbase --quiet --mode=root \
+        --customize-hook="copy-in '$work/$package.deb' /" \
+        --customize-hook="chroot \"\$1\" apt-get install -y -qq --no-install-recommends /$package.deb" \
+        --customize-hook="chroot \"\$1\" env -i /usr/bin/quen-reprocess demo -o /demo.jpg" \
+        --customize-hook="copy-out /demo.jpg '$work'" \
+        bookworm /dev/null >"$work/root.txt" 2>&1 || fail "in a fresh root: $(tail -n 20 "$work/root.txt")"
+    grep -q Exif "$work/demo.jpg" || fail "the demo in the fresh root has no EXIF"
+    echo "install: in a fresh Debian: $(grep -oE 'PSNR [0-9.]+ dB' "$work/root.txt")"
+    exit
+fi
+if dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
+    fail "$package is installed on this machine; remove it first: dpkg -P $package"
+fi
+installed=yes
+"${as_root[@]}" dpkg -i "$deb" >/dev/null
+check_demo /usr/bin/quen-reprocess
