@@ -32,7 +32,8 @@ sp<IBase> makeSoftwareIsp(std::string& problem) {
                                       QUEN_ISP_LIBRARY, kIspEntry);
     if (entry == nullptr) {
         char const* const reason = dlerror();
-        problem = std::string("the software ISP cannot be loaded: ") +
+        problem = std::string(
+                          "the software ISP, which belongs beside libquen_host, is not loaded: ") +
                   (reason == nullptr ? "unknown" : reason);
         return nullptr;
     }
