@@ -13,6 +13,6 @@ captures=$2
 out=$3
 shift 3
 
-seq "$tasks" | parallel --quote --jobs "$tasks" --retries 3 --joblog quen-reprocess.joblog --line-buffer \
-    --tagstring "task {}/$tasks" "${QUEN_REPROCESS:-quen-reprocess}" -r "$captures" -o "$out/" \
+seq "$tasks" | parallel --quote --retries 3 --line-buffer --tagstring "task {}/$tasks" \
+    "${QUEN_REPROCESS:-quen-reprocess}" -r "$captures" -o "$out/" \
     --shard "{}/$tasks" --skip-existing "$@"
