@@ -66,4 +66,11 @@ class LogSink {
  */
 LogSink* setLogSink(LogSink* sink);
 
+/**
+ * Writes a line to standard error as the log does where there is no sink: for a sink that looks at
+ * the lines and lets them pass. Any thread.
+ */
+void printCameraLine(char const* tag, int level, char const* text);
+void printAndroidLine(char const* tag, int priority, char const* text);
+
 }  // namespace quen::host

@@ -96,21 +96,29 @@ LogSink* setLogSink(LogSink* sink) {
     return gSink.exchange(sink, std::memory_order_relaxed);
 }
 
+void printCameraLine(char const* tag, int level, char const* text) {
+    writeToStandardError(letterOf(kCameraLetters, level), tag, text);
+}
+
+void printAndroidLine(char const* tag, int priority, char const* text) {
+    writeToStandardError(letterOf(kPriorityLetters, priority), tag, text);
+}
+
 void outputCameraLine(char const* tag, int level, char const* text) {
     if (!withSink([&](LogSink& sink) { sink.write(tag, level, text); })) {
-        writeToStandardError(letterOf(kCameraLetters, level), tag, text);
+        printCameraLine(tag, level, text);
     }
 }
 
 void outputAndroidLine(char const* tag, int priority, char const* text) {
     if (!withSink([&](LogSink& sink) { sink.writeAndroid(tag, priority, text); })) {
-        writeToStandardError(letterOf(kPriorityLetters, priority), tag, text);
+        printAndroidLine(tag, priority, text);
     }
 }
 
 void outputLastLine(char const* tag, int priority, char const* text) {
     withSink([&](LogSink& sink) { sink.writeAndroid(tag, priority, text); });
-    writeToStandardError(letterOf(kPriorityLetters, priority), tag, text);
+    printAndroidLine(tag, priority, text);
 }
 
 }  // namespace quen::host

@@ -16,6 +16,7 @@ namespace quen::host::isp {
 struct IspLeg {
     char const* name;  ///< "queue", "develop", "scale", "encode", "hold"; a literal
     std::chrono::microseconds time;
+    std::chrono::steady_clock::time_point begin;
 };
 
 /** What the ISP did for one request. */

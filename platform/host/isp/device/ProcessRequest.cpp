@@ -39,7 +39,7 @@ class LegTimer {
     ~LegTimer() {
         auto const time = std::chrono::steady_clock::now() - mStart;
         mReport.legs.push_back(
-                {mName, std::chrono::duration_cast<std::chrono::microseconds>(time)});
+                {mName, std::chrono::duration_cast<std::chrono::microseconds>(time), mStart});
     }
 
     LegTimer(LegTimer const&) = delete;

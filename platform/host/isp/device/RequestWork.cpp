@@ -59,7 +59,7 @@ RequestWork::RequestWork(std::unique_ptr<Request> request, SoftwareIspOptions co
 
 void RequestWork::run() {
     IspReport report;
-    report.legs.push_back({"queue", since(mRequest->submitted)});
+    report.legs.push_back({"queue", since(mRequest->submitted), mRequest->submitted});
     Status const status = processRequest(*mRequest, report);
     if (status != Status::OK) {
         ALOGE("request %u failed with %s: %s", mRequest->number, toString(status).c_str(),
@@ -90,7 +90,7 @@ void RequestWork::hold(IspReport& report) {
     Clock::time_point const start = Clock::now();
     std::this_thread::sleep_until(mRequest->submitted + mOptions.minimumLatency);
     mRequest->client.waitUntilAsleep(kClientWaitLimit);
-    report.legs.push_back({"hold", since(start)});
+    report.legs.push_back({"hold", since(start), start});
 }
 
 void RequestWork::deliver(Status status, IspReport const& report) {

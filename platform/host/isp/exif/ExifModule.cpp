@@ -1,30 +1,17 @@
-#define LOG_TAG "quen-isp"
-
 #include "host/isp/exif/ExifModule.h"
 
-#include <dlfcn.h>
-
-#include <log/log.h>
-
-#include "host/base/SiblingLibrary.h"
+#include "host/isp/loading/SideLibrary.h"
 
 namespace quen::host::isp {
 
 namespace {
 
-constexpr char kFile[] = "libquen_exif.so";
-constexpr char kEntry[] = "quenExifModule";
-
-using Entry = ExifModule const* (*)();
-
 /** Loads the module. */
 ExifModule const* load() {
-    void* const entry = findInSibling(reinterpret_cast<void const*>(&exifModule), kFile, kEntry);
-    if (entry == nullptr) {
-        ALOGE("there is no EXIF: %s", dlerror());
-        return nullptr;
-    }
-    return reinterpret_cast<Entry>(entry)();
+    using Entry = ExifModule const* (*)();
+    auto const entry =
+            reinterpret_cast<Entry>(loadFromSideLibrary("libquen_exif.so", "quenExifModule"));
+    return entry == nullptr ? nullptr : entry();
 }
 
 }  // namespace
