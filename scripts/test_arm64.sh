@@ -11,8 +11,8 @@ root=$PWD/build/arm64-root
 readonly packages=(
     libc6-dev libstdc++-12-dev
     libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
+    libprotobuf-dev libxxhash-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    libprotobuf-dev libxxhash-dev
 )
 
 # Fills the folder with the packages and all that they depend on, as apt would install them on an Arm

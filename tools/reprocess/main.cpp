@@ -14,17 +14,21 @@
 #include "client/RequestMetadata.h"
 #include "command/Batch.h"
 #include "command/ExitCode.h"
+#include "command/Interruption.h"
 #include "command/Options.h"
+#include "command/OutputFile.h"
+#include "command/SessionRecording.h"
 #include "demo/Demo.h"
 #include "host/base/Properties.h"
 #include "host/gralloc/GraphicsServices.h"
 #include "host/isp/device/SoftwareIspModule.h"
 #include "host/log/LogControl.h"
-#include "quenRecorder/RecordedIsp.h"
-#include "quenRecorder/Recorder.h"
 #include "report/Report.h"
 #include "support/Failure.h"
 #include "support/Text.h"
+#include "trace/IspSpans.h"
+#include "trace/LogSpans.h"
+#include "trace/TraceFile.h"
 
 namespace quen::reprocess {
 namespace {
@@ -45,14 +49,14 @@ void occupyStandardDescriptors() {
 
 /** Registers the services and sets the properties that the library finds on a phone. */
 void startPlatform(Options const& options, BatchResources const& resources,
-                   std::shared_ptr<Report> const& report) {
+                   std::shared_ptr<host::isp::IspObserver> const& observer) {
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
     host::GraphicsServices const graphics = host::registerGraphicsServices();
     graphics.allocator->keepReserve(resources.buffersAhead);
     host::isp::SoftwareIspOptions isp;
-    isp.observer = report;
+    isp.observer = observer;
     isp.developThreads = resources.developThreads;
     // Longer than this client is on its way from a submission to the wait, and no longer than a
     // small picture takes.
@@ -60,37 +64,37 @@ void startPlatform(Options const& options, BatchResources const& resources,
     host::isp::registerSoftwareIsp(isp);
 }
 
-/**
- * Has everything from now on recorded, when that is wanted.
- *
- * @throws Failure when the file cannot be written
- */
-void startRecording(Options const& options) {
-    if (options.record.empty()) {
-        return;
-    }
-    using recorder::Pictures;
-    int error = 0;
-    auto const started = recorder::Recorder::start(
-            options.record.c_str(), options.recordPictures ? Pictures::Whole : Pictures::Hashes,
-            error);
-    if (started == nullptr) {
-        throw Failure("--record: " + options.record + " cannot be written: " + strerror(error));
-    }
-    recorder::recordIsp(started);
-    recorder::Recorder::setCurrent(started);
+/** Develops what the command line asks for. @return the exit code */
+int develop(Options const& options, BatchResources const& resources, Report& report, Trace* trace) {
+    Reprocessor reprocessor(options.request, report, resources.keptBuffers);
+    return options.demo ? runDemo(options, reprocessor, report, trace)
+                        : runBatch(options, reprocessor, report, trace);
 }
 
-/** Ends the recording, if there is one. @return the exit code, when the recording is whole */
-int finishRecording(Options const& options, int exitCode) {
-    auto const started = recorder::Recorder::current();
-    recorder::Recorder::setCurrent(nullptr);
-    std::string const problem = started == nullptr ? std::string() : started->finish();
-    if (problem.empty()) {
-        return exitCode;
+/** Does what the command line asks for, recorded if it says so. @return the exit code */
+int work(Options const& options, BatchResources const& resources, Report& report, Trace* trace) {
+    if (!startRecording(options)) {
+        return kUsage;
     }
-    std::fprintf(stderr, "quen-reprocess: the recording %s is not whole: %s\n",
-                 printable(options.record).c_str(), problem.c_str());
+    return finishRecording(options, develop(options, resources, report, trace));
+}
+
+/** Writes the timeline. @return the exit code: one that tells of a timeline that is not there */
+int writeTrace(std::string const& path, Trace& trace, int exitCode) {
+    Trace::Contents const contents = trace.take();
+    if (contents.leftOut > 0) {
+        std::fprintf(stderr,
+                     "quen-reprocess: %s: is of the run's beginning; %zu events are left out\n",
+                     printable(path).c_str(), contents.leftOut);
+    }
+    try {
+        std::string const text = traceText(contents);
+        writeOutputFile(path, {reinterpret_cast<uint8_t const*>(text.data()), text.size()});
+        return exitCode;
+    } catch (Failure const& failure) {
+        std::fprintf(stderr, "quen-reprocess: the timeline %s %s\n", printable(path).c_str(),
+                     printable(failure.what()).c_str());
+    }
     return exitCode == kAllGood ? kSomeFailed : exitCode;
 }
 
@@ -109,17 +113,21 @@ int run(int argc, char** argv) {
     }
     auto const report = std::make_shared<Report>(options->info);
     BatchResources const resources = resourcesFor(*options);
-    startPlatform(*options, resources, report);
-    try {
-        startRecording(*options);
-    } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
-        return kUsage;
+    if (options->trace.empty()) {
+        startPlatform(*options, resources, report);
+        exitCode = work(*options, resources, *report, nullptr);
+    } else {
+        auto const trace = std::make_shared<Trace>();
+        trace->nameThread(ThreadKind::Client);
+        startPlatform(*options, resources, std::make_shared<IspSpans>(trace, report));
+        {
+            LogSpans const spans(*trace);
+            exitCode = work(*options, resources, *report, trace.get());
+        }
+        exitCode = writeTrace(options->trace, *trace, exitCode);
     }
-    Reprocessor reprocessor(options->request, *report, resources.keptBuffers);
-    int const done = options->demo ? runDemo(*options, reprocessor, *report)
-                                   : runBatch(*options, reprocessor, *report);
-    return finishRecording(*options, done);
+    Interruption::follow();
+    return exitCode;
 }
 
 /** Runs the tool; whatever is thrown ends in words and an exit code. */

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "command/Interruption.h"
 #include "command/Pipeline.h"
 #include "command/Progress.h"
+#include "report/InfoDocument.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
@@ -26,26 +28,33 @@ using Clock = std::chrono::steady_clock;
 /** The frames of a batch as the stages of a pipeline; prints what becomes of each. */
 class Batch final : public PipelineStages {
   public:
-    Batch(Options const& options, Reprocessor& reprocessor, Report& report,
+    Batch(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace,
           std::vector<Job> const& jobs)
         : mOptions(options),
           mReprocessor(reprocessor),
           mReport(report),
+          mTrace(trace),
           mJobs(jobs),
-          mProgress(jobs.size()) {
+          mProgress(jobs.size(), options.info == InfoFormat::Json ? stderr : stdout) {
         uint32_t number = 0;
         for (Job const& job : jobs) {
-            mFrames.push_back(std::make_unique<BatchFrame>(job, ++number));
+            mFrames.push_back(std::make_unique<BatchFrame>(job, ++number, trace));
         }
         mProgress.begin(jobs.front().input);
     }
 
-    size_t read(size_t frame) override { return mFrames[frame]->read(mOptions, mReprocessor); }
+    size_t read(size_t frame) override {
+        nameThread(ThreadKind::Reader);
+        return mFrames[frame]->read(mOptions, mReprocessor);
+    }
+
     void submit(size_t frame) override { mFrames[frame]->submit(mReprocessor); }
     void finish(size_t frame) override { mFrames[frame]->finish(mReprocessor); }
 
     void write(size_t frame) override {
-        mFailed += mFrames[frame]->write(mReport, mProgress) ? 0 : 1;
+        nameThread(ThreadKind::Writer);
+        bool const isDocument = mOptions.info == InfoFormat::Json;
+        ++mEnds[mFrames[frame]->write(mReport, mProgress, isDocument ? &mDocument : nullptr)];
         mFrames[frame] = nullptr;
         mProgress.end();
         if (frame + 1 < mFrames.size()) {
@@ -55,29 +64,59 @@ class Batch final : public PipelineStages {
 
     bool isStopped() override { return Interruption::hasCome(); }
 
-    /** One frame after the other, on this thread. @return how many */
-    size_t runInTurn() {
-        size_t frame = 0;
-        for (; frame < mFrames.size() && !isStopped(); ++frame) {
+    /** One frame after the other, on this thread. */
+    void runInTurn() {
+        for (size_t frame = 0; frame < mFrames.size() && !isStopped(); ++frame) {
             read(frame);
             submit(frame);
             finish(frame);
             write(frame);
         }
-        return frame;
     }
 
-    size_t failed() const { return mFailed; }
-    Progress& progress() { return mProgress; }
+    /** Prints what became of all. @return the exit code */
+    int finish(double seconds) {
+        RunSummary summary;
+        summary.inputs = mJobs.size();
+        summary.reprocessed = mEnds[BatchFrame::End::Done];
+        summary.failed = mEnds[BatchFrame::End::Failed];
+        summary.notBegun = summary.inputs - summary.reprocessed - summary.failed;
+        summary.seconds = seconds;
+        if (mOptions.info == InfoFormat::Json) {
+            mDocument.finish(summary);
+        }
+        tell(summary);
+        return summary.failed == 0 ? kAllGood : kSomeFailed;
+    }
 
   private:
+    void nameThread(ThreadKind kind) {
+        if (mTrace != nullptr) {
+            mTrace->nameThread(kind);
+        }
+    }
+
+    void tell(RunSummary const& summary) {
+        if (summary.inputs == 1) {
+            return;
+        }
+        std::string text = format("%zu of %zu reprocessed, %zu failed, %.2f s", summary.reprocessed,
+                                  summary.inputs, summary.failed, summary.seconds);
+        if (summary.notBegun > 0) {
+            text += format("; %zu not begun: interrupted", summary.notBegun);
+        }
+        mProgress.line(text);
+    }
+
     Options const& mOptions;
     Reprocessor& mReprocessor;
     Report& mReport;
+    Trace* const mTrace;
     std::vector<Job> const& mJobs;
     Progress mProgress;
+    InfoDocument mDocument;
     std::vector<std::unique_ptr<BatchFrame>> mFrames;
-    size_t mFailed = 0;
+    std::map<BatchFrame::End, size_t> mEnds;  // how many frames came to which
 };
 
 /** Bytes of memory that the batch may take: half of what is available, all when that is unknown. */
@@ -120,7 +159,7 @@ BatchResources resourcesFor(Options const& options) {
     return resources;
 }
 
-int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
+int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace) {
     std::vector<Job> jobs;
     try {
         jobs = planJobs(options);
@@ -138,27 +177,15 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report) {
     }
 
     Clock::time_point const begin = Clock::now();
-    size_t failed = 0;
-    size_t run = 0;
-    {
-        Interruption const interruption;
-        Batch batch(options, reprocessor, report, jobs);
-        size_t const atOnce = jobsOf(options);
-        run = atOnce > 1 ? Pipeline(jobs.size(), atOnce, memoryToUse(), batch).run()
-                         : batch.runInTurn();
-        failed = batch.failed();
-        if (jobs.size() > 1) {
-            std::chrono::duration<double> const taken = Clock::now() - begin;
-            std::string text = format("%zu of %zu reprocessed, %zu failed, %.2f s", run - failed,
-                                      jobs.size(), failed, taken.count());
-            if (run < jobs.size()) {
-                text += format("; %zu not begun: interrupted", jobs.size() - run);
-            }
-            batch.progress().line(text);
-        }
+    Interruption const interruption;
+    Batch batch(options, reprocessor, report, trace, jobs);
+    size_t const atOnce = jobsOf(options);
+    if (atOnce > 1) {
+        Pipeline(jobs.size(), atOnce, memoryToUse(), batch).run();
+    } else {
+        batch.runInTurn();
     }
-    Interruption::follow();
-    return failed == 0 ? kAllGood : kSomeFailed;
+    return batch.finish(std::chrono::duration<double>(Clock::now() - begin).count());
 }
 
 }  // namespace quen::reprocess

@@ -19,11 +19,12 @@ BatchResources resourcesFor(Options const& options);
 
 /**
  * Reprocesses every input of the command line, several at a time. One that fails does not stop the
- * others. What is printed comes in the order of the inputs. A signal that would end the process
- * does so when what is in work has been written.
+ * others. What is printed comes in the order of the inputs. After a signal that would end the
+ * process no further ones are begun; Interruption::follow then ends it.
  *
+ * @param trace the timeline; null for none
  * @return the exit code of the process
  */
-int runBatch(Options const& options, Reprocessor& reprocessor, Report& report);
+int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace);
 
 }  // namespace quen::reprocess

@@ -18,7 +18,18 @@ using Clock = std::chrono::steady_clock;
 // What a frame takes at its peak, the ISP's buffers included.
 constexpr size_t kBytesPerPixel = 8;
 
+/** A watch whose legs are on the timeline, with the input beside them. */
+Stopwatch watchOf(Job const& job, uint32_t number, Trace* trace) {
+    if (trace == nullptr) {
+        return Stopwatch();
+    }
+    return Stopwatch(trace, {"frame", number, nullptr}, {"input", 0, trace->keep(job.input)});
+}
+
 }  // namespace
+
+BatchFrame::BatchFrame(Job const& job, uint32_t number, Trace* trace)
+    : mJob(job), mNumber(number), mWatch(watchOf(job, number, trace)) {}
 
 /** Runs a stage, unless an earlier one has failed. */
 template <typename Work>
@@ -47,8 +58,9 @@ size_t BatchFrame::read(Options const& options, Reprocessor& reprocessor) {
         Capture capture =
                 mWatch.time("read", [&] { return readCapture(mJob.input, options.input); });
         mNotes = std::move(capture.notes);
-        mSize = format("%ux%u", capture.width, capture.height);
-        pixels = size_t{capture.width} * capture.height;
+        mWidth = capture.width;
+        mHeight = capture.height;
+        pixels = size_t{mWidth} * mHeight;
         mFrame = reprocessor.prepare(mNumber, std::move(capture), mJob.kind, mWatch);
     });
     return kBytesPerPixel * pixels;
@@ -65,28 +77,52 @@ void BatchFrame::finish(Reprocessor& reprocessor) {
     });
 }
 
-bool BatchFrame::write(Report& report, Progress& progress) {
+BatchFrame::End BatchFrame::write(Report& report, Progress& progress, InfoDocument* document) {
     attempt([&] { mWatch.time("write", [&] { writeProduct(); }); });
-    bool const isDone = mProblem.empty();
-    if (isDone) {
-        for (std::string const& note : mNotes) {
-            progress.problem("quen-reprocess: " + mJob.input + ": " + note);
-        }
-        if (!mProduct.note.empty()) {
-            progress.problem("quen-reprocess: " + mJob.output + ": " + mProduct.note);
-        }
-        std::chrono::duration<double> const taken = Clock::now() - mBegin;
-        progress.line(format("%s -> %s  %s  %s  %.2f s", mJob.input.c_str(), mJob.output.c_str(),
-                             mSize.c_str(), bytesText(mProduct.bytes.size).c_str(), taken.count()));
-    } else {
-        progress.problem("quen-reprocess: " + mJob.input + ": " + mProblem);
-    }
-    std::string const text = report.take(mNumber, mWatch);
-    if (!text.empty()) {
+    FrameOutcome const frame = outcome();
+    tell(frame, progress);
+    std::string const text = report.take(mNumber, frame, mWatch);
+    if (document != nullptr) {
+        document->add(text);
+    } else if (!text.empty()) {
         progress.line(text);
     }
     mProduct = Product();
-    return isDone;
+    return mProblem.empty() ? End::Done : End::Failed;
+}
+
+FrameOutcome BatchFrame::outcome() const {
+    FrameOutcome outcome;
+    outcome.input = mJob.input;
+    outcome.output = mJob.output;
+    outcome.width = mWidth;
+    outcome.height = mHeight;
+    outcome.problem = mProblem;
+    outcome.notes = mNotes;
+    if (!mProduct.note.empty()) {
+        outcome.notes.push_back(mProduct.note);
+    }
+    if (mProblem.empty()) {
+        outcome.outputBytes = mProduct.bytes.size;
+    }
+    outcome.seconds = std::chrono::duration<double>(Clock::now() - mBegin).count();
+    return outcome;
+}
+
+/** Prints the line about the input, after remarks on it. */
+void BatchFrame::tell(FrameOutcome const& outcome, Progress& progress) const {
+    if (!mProblem.empty()) {
+        progress.problem("quen-reprocess: " + mJob.input + ": " + mProblem);
+        return;
+    }
+    for (std::string const& note : mNotes) {
+        progress.problem("quen-reprocess: " + mJob.input + ": " + note);
+    }
+    if (!mProduct.note.empty()) {
+        progress.problem("quen-reprocess: " + mJob.output + ": " + mProduct.note);
+    }
+    progress.line(format("%s -> %s  %ux%u  %s  %.2f s", mJob.input.c_str(), mJob.output.c_str(),
+                         mWidth, mHeight, bytesText(outcome.outputBytes).c_str(), outcome.seconds));
 }
 
 /** Throws when the output is the input. */

@@ -11,6 +11,7 @@
 #include "command/FileNames.h"
 #include "command/Options.h"
 #include "command/Progress.h"
+#include "report/InfoDocument.h"
 
 namespace quen::reprocess {
 
@@ -20,8 +21,11 @@ namespace quen::reprocess {
  */
 class BatchFrame {
   public:
-    /** @param number of the frame's requests */
-    BatchFrame(Job const& job, uint32_t number) : mJob(job), mNumber(number) {}
+    /**
+     * @param number of the frame's requests
+     * @param trace the timeline; null for none
+     */
+    BatchFrame(Job const& job, uint32_t number, Trace* trace);
 
     /** Reads the input. @return the bytes that its work takes */
     size_t read(Options const& options, Reprocessor& reprocessor);
@@ -29,14 +33,18 @@ class BatchFrame {
     void submit(Reprocessor& reprocessor);
     void finish(Reprocessor& reprocessor);
 
-    /** Writes the output and prints what became of it. @return whether all went well */
-    bool write(Report& report, Progress& progress);
+    enum class End { Done, Failed };
+
+    /** Writes the output and prints what became of it. @param document of --info=json, or null */
+    End write(Report& report, Progress& progress, InfoDocument* document);
 
   private:
     template <typename Work>
     void attempt(Work const& work);
     void checkNotItself() const;
     void writeProduct() const;
+    FrameOutcome outcome() const;
+    void tell(FrameOutcome const& outcome, Progress& progress) const;
 
     Job const mJob;
     uint32_t const mNumber;
@@ -44,7 +52,8 @@ class BatchFrame {
     Stopwatch mWatch;
     std::unique_ptr<Frame> mFrame;  // after the reading; uses mWatch
     Product mProduct;               // after the end
-    std::string mSize;              // of the picture, as text
+    uint32_t mWidth = 0;
+    uint32_t mHeight = 0;
     std::vector<std::string> mNotes;
     std::string mProblem;
 };

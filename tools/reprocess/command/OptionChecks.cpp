@@ -1,6 +1,7 @@
 #include "command/OptionChecks.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "command/FileNames.h"
 #include "inputs/InputKind.h"
@@ -73,9 +74,28 @@ void checkUse(Options const& options, std::vector<InputKind> const& kinds) {
     }
 }
 
+/** Throws when the timeline would take the place of a picture. */
+void checkTrace(Options const& options) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    if (options.trace == "-" || fs::is_directory(options.trace, ignored)) {
+        throw Failure("--trace: " + options.trace + " is no file", "name one that ends in .json");
+    }
+    std::vector<std::string> others = options.inputs;
+    others.push_back(options.output);
+    for (std::string const& other : others) {
+        if (!options.trace.empty() &&
+            (options.trace == other || fs::equivalent(options.trace, other, ignored))) {
+            throw Failure("--trace: " + options.trace + " is an input or the output",
+                          "name another file");
+        }
+    }
+}
+
 }  // namespace
 
 void checkOptions(Options const& options) {
+    checkTrace(options);
     if (options.demo) {
         checkDemo(options);
         return;

@@ -72,6 +72,14 @@ std::map<std::string, OutputKind> const kOutputNames = {
         {"yuv", OutputKind::I420},
 };
 
+// By the value of --info; CLI11 gives "true" when it has none.
+std::map<std::string, InfoFormat> const kInfoNames = {
+        {"", InfoFormat::None},
+        {"true", InfoFormat::Text},
+        {"text", InfoFormat::Text},
+        {"json", InfoFormat::Json},
+};
+
 /** CLI11's help, with both usage lines and without double empty lines. */
 class HelpFormatter : public CLI::Formatter {
   public:
@@ -316,11 +324,18 @@ void addRequestOptions(CLI::App& app, RequestOptions& options) {
             ->group(kGroup);
 }
 
-/** Adds the options about the output of the tool. */
-void addReportOptions(CLI::App& app, Options& options) {
+/** Adds the options about the output of the tool. @param infoName the value of --info */
+void addReportOptions(CLI::App& app, Options& options, std::string& infoName) {
     constexpr char kGroup[] = "What is shown";
-    app.add_flag("--info", options.info,
-                 "Print what the ISP was given and gave back, and\nwhere the time went")
+    app.add_flag("--info", infoName,
+                 "Print what the ISP was given and gave back, and\nwhere the time went; as one "
+                 "JSON document with =json")
+            ->type_name("[=json]")
+            ->group(kGroup);
+    app.add_option("--trace", options.trace,
+                   "Write a timeline of threads, requests and the ISP's\nwork, for Perfetto or "
+                   "chrome://tracing")
+            ->type_name("FILE")
             ->group(kGroup);
     app.add_option("--log", options.logLevel, "Show the library's messages down to a level")
             ->check(oneOf(std::vector<std::string>{"silent", "error", "warning", "info", "debug"}))
@@ -337,6 +352,15 @@ void addReportOptions(CLI::App& app, Options& options) {
                  "Have the recording hold the pictures, not their hashes")
             ->needs(record)
             ->group(kGroup);
+}
+
+/** The format that --info names. */
+InfoFormat infoFormat(std::string const& name) {
+    auto const found = kInfoNames.find(name);
+    if (found == kInfoNames.end()) {
+        throw Failure("--info: prints text, or JSON with --info=json; '" + name + "' is neither");
+    }
+    return found->second;
 }
 
 }  // namespace
@@ -371,7 +395,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
             ->type_name("I/N");
     addInputOptions(app, options.input);
     addRequestOptions(app, options.request);
-    addReportOptions(app, options);
+    std::string infoName;
+    addReportOptions(app, options, infoName);
     CLI::App* const demo = app.add_subcommand(
             "demo",
             "Renders a test scene as a noisy 12-megapixel capture,\ndevelops it and measures the "
@@ -386,6 +411,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
         app.parse(argc, argv);
         options.demo = demo->parsed();
         options.setsQuality = app.count("--quality") != 0;
+        options.info = infoFormat(infoName);
         checkOptions(options);
     } catch (CLI::ParseError const& error) {
         exitCode = app.exit(error) == 0 ? kAllGood : kUsage;

@@ -8,6 +8,7 @@
 #include "client/RequestOptions.h"
 #include "command/Shard.h"
 #include "inputs/InputOptions.h"
+#include "report/FrameInfo.h"
 
 namespace quen::reprocess {
 
@@ -21,8 +22,9 @@ struct Options {
     RequestOptions request;
     bool setsQuality = false;  ///< whether --quality was given
     std::string logLevel = "silent";
-    bool info = false;
-    std::string record;           ///< file to record the session to; empty for none
+    InfoFormat info = InfoFormat::None;
+    std::string trace;            ///< the file of the timeline; empty for none
+    std::string record;           ///< the file of the recording; empty for none
     bool recordPictures = false;  ///< whether the recording holds the pictures
     size_t jobs = 0;              ///< inputs in work at a time; 0: as many as there are processors
     Shard shard;

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdio>
-
 #include "support/Text.h"
 
 namespace quen::reprocess {
@@ -19,8 +17,8 @@ std::string shortened(std::string const& name) {
 
 }  // namespace
 
-Progress::Progress(size_t total)
-    : mTotal(total), mShown(total > 1 && ::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(size_t total, std::FILE* lines)
+    : mTotal(total), mLines(lines), mShown(total > 1 && ::isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
     erase();
@@ -33,8 +31,8 @@ void Progress::begin(std::string const& name) {
 
 void Progress::line(std::string const& text) {
     erase();
-    std::fprintf(stdout, "%s\n", printable(text).c_str());
-    std::fflush(stdout);
+    std::fprintf(mLines, "%s\n", printable(text).c_str());
+    std::fflush(mLines);
     draw();
 }
 

@@ -1,17 +1,20 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <string>
 
 namespace quen::reprocess {
 
 /**
- * Prints the progress of a batch: a line per file on standard output, problems on standard error,
- * and a progress bar below them when standard error is a terminal and there are several files.
+ * Prints the progress of a batch: a line per file on standard output, unless that takes something
+ * else, problems on standard error, and a progress bar below them when standard error is a terminal
+ * and there are several files.
  */
 class Progress {
   public:
-    explicit Progress(size_t total);
+    /** @param lines where the lines about files go */
+    Progress(size_t total, std::FILE* lines);
 
     /** Erases the bar. */
     ~Progress();
@@ -22,7 +25,7 @@ class Progress {
     /** Starts a file. */
     void begin(std::string const& name);
 
-    /** Prints a line to standard output. */
+    /** Prints a line about a file. */
     void line(std::string const& text);
 
     /** Prints a line to standard error. */
@@ -36,6 +39,7 @@ class Progress {
     void draw();
 
     size_t const mTotal;
+    std::FILE* const mLines;
     bool const mShown;
     size_t mDone = 0;
     std::string mName;

@@ -1,5 +1,6 @@
 #include "demo/Demo.h"
 
+#include <chrono>
 #include <cstdio>
 #include <exception>
 
@@ -8,6 +9,7 @@
 #include "demo/DemoScene.h"
 #include "demo/DemoSensor.h"
 #include "demo/Psnr.h"
+#include "report/InfoDocument.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
@@ -16,18 +18,31 @@ namespace {
 
 constexpr double kLeastDecibels = 30;
 
-/** Runs the demo and prints its figures. @return the exit code */
-int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch) {
+/** Prints the demo's figures. */
+void tell(Options const& options, FrameOutcome const& outcome) {
+    std::FILE* const lines = options.info == InfoFormat::Json ? stderr : stdout;
+    auto const& psnr = *outcome.psnr;
+    std::fprintf(lines, "%s  %ux%u  %s\n", printable(options.output).c_str(), outcome.width,
+                 outcome.height, bytesText(outcome.outputBytes).c_str());
+    std::fprintf(
+            lines,
+            "PSNR %.2f dB against the scene (8-bit sRGB, all channels; R %.2f, G %.2f, B %.2f)\n",
+            psnr[0], psnr[1], psnr[2], psnr[3]);
+}
+
+/** Runs the demo. @return the exit code */
+int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch,
+            FrameOutcome& outcome) {
     RgbPicture const scene = watch.time("render scene", [] { return renderDemoScene(); });
     Capture const capture = watch.time("expose sensor", [&] { return exposeDemoSensor(scene); });
     Product const product = reprocessor.run(capture, OutputKind::Jpeg, watch);
     watch.time("write", [&] { writeOutputFile(options.output, product.bytes); });
     Psnr const psnr = watch.time("compare", [&] { return comparePicture(product.bytes, scene); });
-    std::printf("%s  %ux%u  %s\n", printable(options.output).c_str(), capture.width, capture.height,
-                bytesText(product.bytes.size).c_str());
-    std::printf(
-            "PSNR %.2f dB against the scene (8-bit sRGB, all channels; R %.2f, G %.2f, B %.2f)\n",
-            psnr.decibels, psnr.channel[0], psnr.channel[1], psnr.channel[2]);
+    outcome.width = capture.width;
+    outcome.height = capture.height;
+    outcome.outputBytes = product.bytes.size;
+    outcome.psnr = {psnr.decibels, psnr.channel[0], psnr.channel[1], psnr.channel[2]};
+    tell(options, outcome);
     if (psnr.decibels < kLeastDecibels) {
         std::fprintf(stderr, "quen-reprocess: the demo's picture is below %.0f dB\n",
                      kLeastDecibels);
@@ -36,22 +51,37 @@ int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch) 
     return kAllGood;
 }
 
+/** Prints what --info tells. */
+void tellInfo(Options const& options, FrameOutcome const& outcome, std::string const& info) {
+    if (options.info == InfoFormat::Json) {
+        InfoDocument document;
+        document.add(info);
+        bool const isDone = outcome.problem.empty();
+        document.finish({1, isDone ? 1u : 0u, isDone ? 0u : 1u, 0, 0, outcome.seconds});
+    } else if (options.info == InfoFormat::Text) {
+        std::fprintf(stdout, "%s\n", info.c_str());
+    }
+}
+
 }  // namespace
 
-int runDemo(Options const& options, Reprocessor& reprocessor, Report& report) {
-    Stopwatch watch;
+int runDemo(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace) {
+    auto const begin = std::chrono::steady_clock::now();
+    Stopwatch watch(trace);
+    FrameOutcome outcome;
+    outcome.input = "demo";
+    outcome.output = options.output;
     int exitCode = kSomeFailed;
     try {
-        exitCode = develop(options, reprocessor, watch);
-    } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s: %s\n", printable(options.output).c_str(),
-                     failure.what());
+        exitCode = develop(options, reprocessor, watch, outcome);
     } catch (std::exception const& error) {
-        std::fprintf(stderr, "quen-reprocess: the demo failed: %s\n", error.what());
+        outcome.problem = error.what();
+        std::fprintf(stderr, "quen-reprocess: %s: %s\n", printable(options.output).c_str(),
+                     printable(outcome.problem).c_str());
     }
-    if (options.info) {
-        std::printf("%s\n", report.take(1, watch).c_str());
-    }
+    std::chrono::duration<double> const taken = std::chrono::steady_clock::now() - begin;
+    outcome.seconds = taken.count();
+    tellInfo(options, outcome, report.take(1, outcome, watch));
     return exitCode;
 }
 

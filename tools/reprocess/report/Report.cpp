@@ -1,27 +1,21 @@
 #include "report/Report.h"
 
 #include "buffers/ThreeABuffer.h"
-#include "host/metadata/MetadataText.h"
-#include "report/ReportText.h"
-#include "support/Text.h"
 
 namespace quen::reprocess {
 
 void Report::begin(uint32_t frame) {
     host::MutexLock const lock(mLock);
     mBegun = frame;
-    Frame& state = mFrames[frame];
-    state.outcome = Outcome::None;
-    state.status = Status::OK;
-    state.problem.clear();
+    mFrames[frame].answer = Answer();
 }
 
 Report::Outcome Report::outcome(uint32_t frame) const {
-    return frameOf(frame).outcome;
+    return answerOf(frame).outcome;
 }
 
 std::string Report::problem(uint32_t frame) const {
-    Frame const state = frameOf(frame);
+    Answer const state = answerOf(frame);
     if (state.status == Status::OK) {
         return {};
     }
@@ -30,69 +24,68 @@ std::string Report::problem(uint32_t frame) const {
 }
 
 void Report::addClientResult(uint32_t frame, camera_metadata const* metadata, int32_t tuningIndex) {
-    if (!mDetailed) {
+    if (mFormat == InfoFormat::None) {
         return;
     }
-    std::string text = "client result\n" + indented(host::metadataText(metadata));
-    if (auto const tuning = readCalibration(tuningIndex)) {
-        text += format("3A buffer %d\n", tuningIndex);
-        text += indented(calibrationHeaderText(tuning->header));
-        if (tuning->calibration) {
-            text += indented(calibrationText(*tuning->calibration));
-        }
-    }
-    addText(frame, text);
+    ClientInfo const info{metadata, tuningIndex, readCalibration(tuningIndex)};
+    host::MutexLock const lock(mLock);
+    infoLocked(frame).addClientResult(info);
 }
 
-std::string Report::take(uint32_t frame, Stopwatch const& watch) {
-    Frame const state = frameOf(frame);
-    {
-        host::MutexLock const lock(mLock);
-        mFrames.erase(frame);
+std::string Report::take(uint32_t frame, FrameOutcome const& outcome, Stopwatch const& watch) {
+    host::MutexLock const lock(mLock);
+    std::string text;
+    if (mFormat != InfoFormat::None) {
+        text = infoLocked(frame).finish(outcome, watch);
     }
-    if (!mDetailed) {
-        return {};
-    }
-    std::string legs;
-    for (Stopwatch::Leg const& leg : watch.legs()) {
-        legs += format("%-18s %9.2f ms\n", leg.name.c_str(), leg.milliseconds);
-    }
-    return state.text + "time\n" + indented(legs);
+    mFrames.erase(frame);
+    return text;
 }
 
 void Report::onConfigured(ISPStreamConfiguration const& config, Status status,
                           std::string const& /*problem*/) {
-    if (mDetailed) {
+    if (mFormat != InfoFormat::None) {
         host::MutexLock const lock(mLock);
-        mFrames[mBegun].text += configurationText(config, status);
+        infoLocked(mBegun).addConfiguration(config, status);
     }
 }
 
 void Report::onRequest(ISPRequest const& request, Status status, std::string const& problem) {
     setOutcome(request.requestNumber, status == Status::OK ? Outcome::Accepted : Outcome::Refused,
                status, problem);
-    if (mDetailed) {
-        addText(request.requestNumber, requestText(request, status));
+    if (mFormat != InfoFormat::None) {
+        host::MutexLock const lock(mLock);
+        infoLocked(request.requestNumber).addRequest(request, status);
     }
 }
 
 void Report::onResult(ISPResult const& result, host::isp::IspReport const& report) {
     setOutcome(result.reqNumber, Outcome::Finished, result.status, report.problem);
-    if (mDetailed) {
-        addText(result.reqNumber, resultText(result, report));
+    if (mFormat != InfoFormat::None) {
+        host::MutexLock const lock(mLock);
+        infoLocked(result.reqNumber).addResult(result, report);
     }
 }
 
-Report::Frame Report::frameOf(uint32_t number) const {
+Report::Answer Report::answerOf(uint32_t number) const {
     host::MutexLock const lock(mLock);
     auto const found = mFrames.find(number);
-    return found == mFrames.end() ? Frame() : found->second;
+    return found == mFrames.end() ? Answer() : found->second.answer;
+}
+
+/** What is told of a frame. */
+FrameInfo& Report::infoLocked(uint32_t frame) {
+    std::unique_ptr<FrameInfo>& info = mFrames[frame].info;
+    if (!info) {
+        info = mFormat == InfoFormat::Json ? makeJsonInfo() : makeTextInfo();
+    }
+    return *info;
 }
 
 void Report::setOutcome(uint32_t frame, Outcome outcome, Status status,
                         std::string const& problem) {
     host::MutexLock const lock(mLock);
-    Frame& state = mFrames[frame];
+    Answer& state = mFrames[frame].answer;
     // The result may arrive before the submission is reported.
     if (outcome == Outcome::Accepted && state.outcome == Outcome::Finished) {
         return;
@@ -100,11 +93,6 @@ void Report::setOutcome(uint32_t frame, Outcome outcome, Status status,
     state.outcome = outcome;
     state.status = status;
     state.problem = problem;
-}
-
-void Report::addText(uint32_t frame, std::string const& text) {
-    host::MutexLock const lock(mLock);
-    mFrames[frame].text += text;
 }
 
 }  // namespace quen::reprocess

@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 
 #include <system/camera_metadata.h>
 
 #include "host/base/Mutex.h"
 #include "host/isp/device/IspObserver.h"
+#include "report/FrameInfo.h"
 #include "report/Stopwatch.h"
 
 namespace quen::reprocess {
@@ -20,8 +22,8 @@ namespace quen::reprocess {
  */
 class Report : public host::isp::IspObserver {
   public:
-    /** @param detailed whether to keep text for `take` */
-    explicit Report(bool detailed) : mDetailed(detailed) {}
+    /** @param format of what `take` gives */
+    explicit Report(InfoFormat format) : mFormat(format) {}
 
     /** How the ISP answered a request. */
     enum class Outcome { None, Accepted, Refused, Finished };
@@ -40,11 +42,8 @@ class Report : public host::isp::IspObserver {
     /** Adds the result that the client got, and the contents of its 3A buffer. */
     void addClientResult(uint32_t frame, camera_metadata const* metadata, int32_t tuningIndex);
 
-    /**
-     * Ends a frame and takes its text, with the times of the legs; the text is empty unless
-     * detailed.
-     */
-    std::string take(uint32_t frame, Stopwatch const& watch);
+    /** Ends a frame and takes what --info tells of it; empty without --info. */
+    std::string take(uint32_t frame, FrameOutcome const& outcome, Stopwatch const& watch);
 
     void onConfigured(ISPStreamConfiguration const& config, Status status,
                       std::string const& problem) override;
@@ -52,18 +51,22 @@ class Report : public host::isp::IspObserver {
     void onResult(ISPResult const& result, host::isp::IspReport const& report) override;
 
   private:
-    struct Frame {
-        std::string text;
+    struct Answer {
         Outcome outcome = Outcome::None;
         Status status = Status::OK;
         std::string problem;  ///< why it is not OK, in the ISP's words
     };
 
-    Frame frameOf(uint32_t number) const;
-    void setOutcome(uint32_t frame, Outcome outcome, Status status, std::string const& problem);
-    void addText(uint32_t frame, std::string const& text);
+    struct Frame {
+        Answer answer;
+        std::unique_ptr<FrameInfo> info;  ///< from the first thing to be told
+    };
 
-    bool const mDetailed;
+    Answer answerOf(uint32_t number) const;
+    void setOutcome(uint32_t frame, Outcome outcome, Status status, std::string const& problem);
+    FrameInfo& infoLocked(uint32_t frame) HOST_REQUIRES(mLock);
+
+    InfoFormat const mFormat;
     mutable host::Mutex mLock;
     std::map<uint32_t, Frame> mFrames HOST_GUARDED_BY(mLock);  // those in work, by number
     uint32_t mBegun HOST_GUARDED_BY(mLock) = 0;                // the frame begun last

@@ -3,40 +3,11 @@
 #include <system/graphics.h>
 
 #include "host/metadata/MetadataText.h"
+#include "report/InfoNames.h"
 #include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
-
-struct FormatName {
-    int32_t format;
-    char const* name;
-};
-
-constexpr FormatName kFormatNames[] = {
-        {HAL_PIXEL_FORMAT_YCRCB_420_SP, "NV21"},
-        {HAL_PIXEL_FORMAT_RAW16, "RAW16"},
-        {HAL_PIXEL_FORMAT_BLOB, "BLOB"},
-        {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, "implementation-defined"},
-        {HAL_PIXEL_FORMAT_YCBCR_420_888, "YCbCr_420_888"},
-        {HAL_PIXEL_FORMAT_RAW10, "RAW10"},
-};
-
-constexpr char const* kBayerNames[] = {"rggb", "grbg", "gbrg", "bggr"};
-
-// By host::isp::CalibrationState.
-constexpr char const* kCalibrationOrigins[] = {"not given: defaults", "given",
-                                               "malformed: defaults"};
-
-/** The name of a pixel format. */
-char const* formatName(int32_t format) {
-    for (FormatName const& entry : kFormatNames) {
-        if (entry.format == format) {
-            return entry.name;
-        }
-    }
-    return "unknown";
-}
 
 /** A line about a stream. */
 std::string streamText(char const* direction, isphal::ISPStream const& stream) {
@@ -82,8 +53,6 @@ std::string floatsText(float const* values, size_t count) {
 }  // namespace
 
 std::string configurationText(isphal::ISPStreamConfiguration const& config, isphal::Status status) {
-    bool const encodes = config.outputStreams.size() > 0 &&
-                         config.outputStreams[0].format == HAL_PIXEL_FORMAT_BLOB;
     std::string lines;
     for (isphal::ISPStream const& stream : config.inputStreams) {
         lines += streamText("input", stream);
@@ -92,8 +61,7 @@ std::string configurationText(isphal::ISPStreamConfiguration const& config, isph
         lines += streamText("output", stream);
     }
     lines += settingsText("session settings", config.sessionSettings);
-    return format("ISP configured for %s: %s\n", encodes ? "YUV2JPEG" : "RAW2YUV",
-                  toString(status).c_str()) +
+    return format("ISP configured for %s: %s\n", stageName(config), toString(status).c_str()) +
            indented(lines);
 }
 
@@ -115,8 +83,7 @@ std::string resultText(isphal::ISPResult const& result, host::isp::IspReport con
                                report.crop.width, report.crop.height);
     if (report.isRaw) {
         lines += format("samples of %d bits\n", report.rawBits);
-        lines += format("capture facts (%s)\n",
-                        kCalibrationOrigins[static_cast<size_t>(report.calibrationState)]);
+        lines += format("capture facts (%s)\n", originName(report.calibrationState));
         lines += indented(calibrationText(report.calibration));
     }
     if (report.hasCalibrationHeader) {
@@ -133,8 +100,8 @@ std::string resultText(isphal::ISPResult const& result, host::isp::IspReport con
 }
 
 std::string calibrationText(host::isp::SensorCalibration const& calibration) {
-    return format("Bayer order %s, levels of %d bits\n",
-                  kBayerNames[static_cast<size_t>(calibration.bayerOrder)], calibration.levelBits) +
+    return format("Bayer order %s, levels of %d bits\n", bayerName(calibration.bayerOrder),
+                  calibration.levelBits) +
            "black R Gr Gb B" + floatsText(calibration.blackLevel, 4) + ", white" +
            floatsText(&calibration.whiteLevel, 1) + "\n" + "gains R Gr Gb B" +
            floatsText(calibration.wbGains, 4) + ", exposure" +

@@ -7,10 +7,10 @@
 #include "host/isp/buffers/SensorCalibration.h"
 #include "host/isp/device/IspObserver.h"
 
+#include "report/FrameInfo.h"
+
 // The traffic of the ISP's interface as text for --info: lines, each with its newline.
 namespace quen::reprocess {
-
-namespace isphal = vendor::mediatek::hardware::camera::isphal::V1_0;
 
 /** A configuration: its streams, session settings and answer. */
 std::string configurationText(isphal::ISPStreamConfiguration const& config, isphal::Status status);

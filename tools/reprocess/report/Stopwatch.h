@@ -5,11 +5,22 @@
 #include <utility>
 #include <vector>
 
+#include "trace/Trace.h"
+
 namespace quen::reprocess {
 
-/** The times of named legs of the work, in the order of their first start. Not thread-safe. */
+/**
+ * The times of named legs of the work, in the order of their first start, which are also spans of
+ * the timeline where there is one. Not thread-safe.
+ */
 class Stopwatch {
   public:
+    Stopwatch() = default;
+
+    /** @param trace the timeline; null for none. The notes are beside each of the spans */
+    explicit Stopwatch(Trace* trace, TraceNote first = {}, TraceNote second = {})
+        : mTrace(trace), mFirst(first), mSecond(second) {}
+
     struct Leg {
         std::string name;
         double milliseconds;
@@ -29,12 +40,20 @@ class Stopwatch {
 
     struct Span {
         Span(Stopwatch& watch, char const* leg) : mWatch(watch), mLeg(leg) {}
-        ~Span() { mWatch.add(mLeg, Clock::now() - mBegin); }
+        ~Span() { mWatch.end(mLeg, mBegin, Clock::now()); }
 
         Stopwatch& mWatch;
         char const* mLeg;
         Clock::time_point mBegin = Clock::now();
     };
+
+    void end(char const* leg, Clock::time_point begin, Clock::time_point end) {
+        add(leg, end - begin);
+        if (mTrace != nullptr) {
+            mTrace->addSpan(TraceSource::Tool, leg, begin, end, mFirst, mSecond);
+            mTrace->addMemory();
+        }
+    }
 
     void add(char const* name, Clock::duration duration) {
         double const milliseconds = std::chrono::duration<double, std::milli>(duration).count();
@@ -47,6 +66,9 @@ class Stopwatch {
         mLegs.push_back({name, milliseconds});
     }
 
+    Trace* mTrace = nullptr;
+    TraceNote mFirst;
+    TraceNote mSecond;
     std::vector<Leg> mLegs;
 };
 
