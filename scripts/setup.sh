@@ -16,7 +16,7 @@ declare -rA sets=(
 packages=(
     g++ cmake ninja-build pkg-config
     libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
-    libprotobuf-dev libxxhash-dev nlohmann-json3-dev protobuf-compiler
+    libpng-dev libprotobuf-dev libtiff-dev libxxhash-dev nlohmann-json3-dev protobuf-compiler
 )
 for wanted in "$@"; do
     if [ "$wanted" = all ]; then

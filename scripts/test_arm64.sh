@@ -11,7 +11,7 @@ root=$PWD/build/arm64-root
 readonly packages=(
     libc6-dev libstdc++-12-dev
     libyuv-dev libjpeg62-turbo-dev libturbojpeg0-dev libexiv2-dev libraw-dev libcli11-dev
-    libprotobuf-dev libxxhash-dev nlohmann-json3-dev
+    libpng-dev libprotobuf-dev libtiff-dev libxxhash-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
 )
 

@@ -215,6 +215,7 @@ TEST_F(CliTest, DamagedFiguresAreToldBeforeTheyAreUsed) {
 TEST_F(CliTest, HelpIsGivenAndClosedDescriptorsAreNoFiles) {
     put("in.dng", asDng(kGrey, "rggb"));
     EXPECT_EQ(0, run("--help").exitCode);
+    EXPECT_THAT(run("--version").out, testing::MatchesRegex("quen-reprocess [0-9.]+\n"));
     // Without the three standard descriptors no file of the run takes their place.
     EXPECT_EQ(0, shell(QUEN_REPROCESS " in.dng -o x.nv21 0<&- 1>&- 2>&-"));
     expectColour("x.nv21", kGrey);

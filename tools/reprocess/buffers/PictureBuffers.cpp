@@ -71,7 +71,20 @@ Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKi
     auto const lock = picture.lock();
     auto* const pack = kind == OutputKind::Nv21 ? packNv21 : packI420;
     pack(yuvPlanes(picture, lock.data()), capture.width, capture.height, packed->data());
-    return {{packed->data(), packed->size()}, packed, turnNote(capture)};
+    return {{packed->data(), packed->size()}, packed, turnNote(capture), {}};
+}
+
+Product uprightPlanes(ClientBuffer const& picture, Capture const& capture) {
+    auto const packed =
+            std::make_shared<std::vector<uint8_t>>(nv21Size(capture.width, capture.height));
+    auto const lock = picture.lock();
+    packUprightI420(yuvPlanes(picture, lock.data()), capture.width, capture.height,
+                    capture.orientation, capture.mirrored, packed->data());
+    PlanesToWrite planes{capture.width, capture.height, capture.exif};
+    if (capture.orientation % 180 != 0) {
+        std::swap(planes.width, planes.height);
+    }
+    return {{packed->data(), packed->size()}, packed, {}, std::move(planes)};
 }
 
 }  // namespace quen::reprocess

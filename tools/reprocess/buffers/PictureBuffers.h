@@ -45,4 +45,11 @@ std::unique_ptr<ClientBuffer> asPackedPicture(std::unique_ptr<ClientBuffer> pict
  */
 Product packPlanes(ClientBuffer const& picture, Capture const& capture, OutputKind kind);
 
+/**
+ * Copies a developed picture out of its buffer, upright, for a file of RGB.
+ *
+ * @throws Failure when the picture is no 4:2:0 of 8 bits
+ */
+Product uprightPlanes(ClientBuffer const& picture, Capture const& capture);
+
 }  // namespace quen::reprocess

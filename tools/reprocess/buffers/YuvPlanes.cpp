@@ -89,13 +89,34 @@ void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t*
 }
 
 void packI420(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out) {
-    int const columns = static_cast<int>(width);
-    int const rows = static_cast<int>(height);
+    packUprightI420(planes, width, height, 0, false, out);
+}
+
+void packUprightI420(YuvPlanes const& planes, uint32_t width, uint32_t height, int degrees,
+                     bool mirrored, uint8_t* out) {
+    bool const isQuarter = degrees % 180 != 0;
+    int const columns = static_cast<int>(isQuarter ? height : width);
+    int const rows = static_cast<int>(isQuarter ? width : height);
     uint8_t* const u = out + size_t{width} * height;
     uint8_t* const v = u + size_t{width} * height / 4;
-    libyuv::Android420ToI420(planes.y, planes.yStride, planes.cb, planes.chromaStride, planes.cr,
-                             planes.chromaStride, planes.chromaStep, out, columns, u, columns / 2,
-                             v, columns / 2, columns, rows);
+    libyuv::Android420ToI420Rotate(planes.y, planes.yStride, planes.cb, planes.chromaStride,
+                                   planes.cr, planes.chromaStride, planes.chromaStep, out, columns,
+                                   u, columns / 2, v, columns / 2, static_cast<int>(width),
+                                   static_cast<int>(height),
+                                   static_cast<libyuv::RotationMode>(degrees));
+    if (!mirrored) {
+        return;
+    }
+    struct {
+        uint8_t* samples;
+        int columns, rows;
+    } const all[] = {{out, columns, rows}, {u, columns / 2, rows / 2}, {v, columns / 2, rows / 2}};
+    for (auto const& plane : all) {
+        for (int row = 0; row < plane.rows; ++row) {
+            uint8_t* const first = plane.samples + static_cast<ptrdiff_t>(row) * plane.columns;
+            std::reverse(first, first + plane.columns);
+        }
+    }
 }
 
 }  // namespace quen::reprocess

@@ -35,4 +35,14 @@ void packNv21(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t*
 /** Writes an even picture as packed planar I420. */
 void packI420(YuvPlanes const& planes, uint32_t width, uint32_t height, uint8_t* out);
 
+/**
+ * Writes an even picture as packed planar I420, turned for viewing: its sides are exchanged by a
+ * quarter turn.
+ *
+ * @param degrees clockwise: 0, 90, 180, 270
+ * @param mirrored left to right, after the turn
+ */
+void packUprightI420(YuvPlanes const& planes, uint32_t width, uint32_t height, int degrees,
+                     bool mirrored, uint8_t* out);
+
 }  // namespace quen::reprocess

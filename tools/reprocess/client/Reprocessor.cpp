@@ -142,7 +142,7 @@ void Reprocessor::prepareMosaic(Frame& frame, Capture const& capture) {
 
 void Reprocessor::preparePicture(Frame& frame, Capture const& capture) {
     if (frame.kind != OutputKind::Jpeg) {
-        throw Failure("is no raw frame, and only those are developed to YUV",
+        throw Failure("is no raw frame, and only those are developed to YUV or RGB",
                       "make it a .jpg, or name a raw input");
     }
     frame.input = packedPicture(capture, *mPool);
@@ -198,7 +198,8 @@ Product Reprocessor::finish(Frame& frame) {
     awaitDeveloped(frame);
     if (frame.kind != OutputKind::Jpeg) {
         Product product = frame.watch.time("copy picture", [&] {
-            return packPlanes(*frame.picture, frame.capture, frame.kind);
+            return isRgb(frame.kind) ? uprightPlanes(*frame.picture, frame.capture)
+                                     : packPlanes(*frame.picture, frame.capture, frame.kind);
         });
         mPool->give(std::move(frame.picture));
         return product;
@@ -250,7 +251,7 @@ Product Reprocessor::encode(Frame& frame, std::unique_ptr<ClientBuffer> picture)
     }
     size_t const finished = frame.watch.time(
             "EXIF", [&] { return finishJpeg(bytes, static_cast<size_t>(made), size, capture); });
-    return {{bytes, finished}, held, {}};
+    return {{bytes, finished}, held, {}, {}};
 }
 
 }  // namespace quen::reprocess

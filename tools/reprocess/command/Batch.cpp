@@ -35,7 +35,7 @@ class Batch final : public PipelineStages {
           mReport(report),
           mTrace(trace),
           mJobs(jobs),
-          mProgress(jobs.size(), options.info == InfoFormat::Json ? stderr : stdout) {
+          mProgress(jobs.size(), takesStandardOutput(options) ? stderr : stdout) {
         uint32_t number = 0;
         for (Job const& job : jobs) {
             mFrames.push_back(std::make_unique<BatchFrame>(job, ++number, trace));
@@ -80,7 +80,8 @@ class Batch final : public PipelineStages {
         summary.inputs = mJobs.size();
         summary.reprocessed = mEnds[BatchFrame::End::Done];
         summary.failed = mEnds[BatchFrame::End::Failed];
-        summary.notBegun = summary.inputs - summary.reprocessed - summary.failed;
+        summary.skipped = mEnds[BatchFrame::End::Skipped];
+        summary.notBegun = summary.inputs - summary.reprocessed - summary.failed - summary.skipped;
         summary.seconds = seconds;
         if (mOptions.info == InfoFormat::Json) {
             mDocument.finish(summary);
@@ -97,11 +98,19 @@ class Batch final : public PipelineStages {
     }
 
     void tell(RunSummary const& summary) {
+        if (summary.inputs == 1 && summary.skipped == 1) {
+            mProgress.line(mJobs.front().input + ": skipped, for " + mJobs.front().output +
+                           " is there");
+        }
         if (summary.inputs == 1) {
             return;
         }
-        std::string text = format("%zu of %zu reprocessed, %zu failed, %.2f s", summary.reprocessed,
-                                  summary.inputs, summary.failed, summary.seconds);
+        std::string text = format("%zu of %zu reprocessed, %zu failed", summary.reprocessed,
+                                  summary.inputs, summary.failed);
+        if (summary.skipped > 0) {
+            text += format(", %zu skipped: their outputs are there", summary.skipped);
+        }
+        text += format(", %.2f s", summary.seconds);
         if (summary.notBegun > 0) {
             text += format("; %zu not begun: interrupted", summary.notBegun);
         }
@@ -164,7 +173,7 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, T
     try {
         jobs = planJobs(options);
     } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s\n", failure.what());
+        std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
         return kUsage;
     }
     // Of the whole list: every shard names an output as all others do.

@@ -7,6 +7,8 @@
 
 #include "command/OutputFile.h"
 #include "inputs/Inputs.h"
+#include "inputs/StandardInput.h"
+#include "outputs/RgbFile.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
@@ -31,10 +33,10 @@ Stopwatch watchOf(Job const& job, uint32_t number, Trace* trace) {
 BatchFrame::BatchFrame(Job const& job, uint32_t number, Trace* trace)
     : mJob(job), mNumber(number), mWatch(watchOf(job, number, trace)) {}
 
-/** Runs a stage, unless an earlier one has failed. */
+/** Runs a stage, unless an earlier one has failed or the input is skipped. */
 template <typename Work>
 void BatchFrame::attempt(Work const& work) {
-    if (!mProblem.empty()) {
+    if (mJob.isSkipped || !mProblem.empty()) {
         return;
     }
     try {
@@ -53,6 +55,7 @@ void BatchFrame::attempt(Work const& work) {
 size_t BatchFrame::read(Options const& options, Reprocessor& reprocessor) {
     size_t pixels = 0;
     mBegin = Clock::now();
+    mDepth = options.depth;
     attempt([&] {
         checkNotItself();
         Capture capture =
@@ -63,7 +66,8 @@ size_t BatchFrame::read(Options const& options, Reprocessor& reprocessor) {
         pixels = size_t{mWidth} * mHeight;
         mFrame = reprocessor.prepare(mNumber, std::move(capture), mJob.kind, mWatch);
     });
-    return kBytesPerPixel * pixels;
+    size_t const ofFile = isRgb(mJob.kind) ? size_t{3} * static_cast<size_t>(mDepth) / 8 : 0;
+    return (kBytesPerPixel + ofFile) * pixels;
 }
 
 void BatchFrame::submit(Reprocessor& reprocessor) {
@@ -78,17 +82,20 @@ void BatchFrame::finish(Reprocessor& reprocessor) {
 }
 
 BatchFrame::End BatchFrame::write(Report& report, Progress& progress, InfoDocument* document) {
-    attempt([&] { mWatch.time("write", [&] { writeProduct(); }); });
+    attempt([&] {
+        makeFile();
+        mWatch.time("write", [&] { writeProduct(); });
+    });
     FrameOutcome const frame = outcome();
     tell(frame, progress);
     std::string const text = report.take(mNumber, frame, mWatch);
     if (document != nullptr) {
         document->add(text);
-    } else if (!text.empty()) {
+    } else if (!text.empty() && !mJob.isSkipped) {
         progress.line(text);
     }
     mProduct = Product();
-    return mProblem.empty() ? End::Done : End::Failed;
+    return mJob.isSkipped ? End::Skipped : mProblem.empty() ? End::Done : End::Failed;
 }
 
 FrameOutcome BatchFrame::outcome() const {
@@ -97,6 +104,7 @@ FrameOutcome BatchFrame::outcome() const {
     outcome.output = mJob.output;
     outcome.width = mWidth;
     outcome.height = mHeight;
+    outcome.isSkipped = mJob.isSkipped;
     outcome.problem = mProblem;
     outcome.notes = mNotes;
     if (!mProduct.note.empty()) {
@@ -111,6 +119,9 @@ FrameOutcome BatchFrame::outcome() const {
 
 /** Prints the line about the input, after remarks on it. */
 void BatchFrame::tell(FrameOutcome const& outcome, Progress& progress) const {
+    if (mJob.isSkipped) {
+        return;
+    }
     if (!mProblem.empty()) {
         progress.problem("quen-reprocess: " + mJob.input + ": " + mProblem);
         return;
@@ -128,12 +139,29 @@ void BatchFrame::tell(FrameOutcome const& outcome, Progress& progress) const {
 /** Throws when the output is the input. */
 void BatchFrame::checkNotItself() const {
     std::error_code ignored;
-    if (std::filesystem::equivalent(mJob.input, mJob.output, ignored)) {
+    if (mJob.input != kStandardInput && mJob.output != kStandardOutput &&
+        std::filesystem::equivalent(mJob.input, mJob.output, ignored)) {
         throw Failure("would be overwritten by its own picture", "choose another output");
     }
 }
 
+/** Makes the file of an RGB output: here, beside the work on other frames. */
+void BatchFrame::makeFile() {
+    if (mProduct.planes) {
+        mProduct =
+                mWatch.time("make file", [&] { return makeRgbFile(mProduct, mJob.kind, mDepth); });
+    }
+}
+
 void BatchFrame::writeProduct() const {
+    if (mJob.output == kStandardOutput) {
+        try {
+            writeStandardOutput(mProduct.bytes);
+        } catch (Failure const& failure) {
+            throw Failure(std::string("standard output ") + failure.what());
+        }
+        return;
+    }
     try {
         writeOutputFile(mJob.output, mProduct.bytes);
     } catch (Failure const& failure) {

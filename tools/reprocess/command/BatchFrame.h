@@ -33,7 +33,7 @@ class BatchFrame {
     void submit(Reprocessor& reprocessor);
     void finish(Reprocessor& reprocessor);
 
-    enum class End { Done, Failed };
+    enum class End { Done, Skipped, Failed };
 
     /** Writes the output and prints what became of it. @param document of --info=json, or null */
     End write(Report& report, Progress& progress, InfoDocument* document);
@@ -42,6 +42,7 @@ class BatchFrame {
     template <typename Work>
     void attempt(Work const& work);
     void checkNotItself() const;
+    void makeFile();
     void writeProduct() const;
     FrameOutcome outcome() const;
     void tell(FrameOutcome const& outcome, Progress& progress) const;
@@ -50,6 +51,7 @@ class BatchFrame {
     uint32_t const mNumber;
     std::chrono::steady_clock::time_point mBegin;
     Stopwatch mWatch;
+    int mDepth = 8;                 // of an RGB output
     std::unique_ptr<Frame> mFrame;  // after the reading; uses mWatch
     Product mProduct;               // after the end
     uint32_t mWidth = 0;

@@ -1,11 +1,15 @@
 #include "command/FileNames.h"
 
-#include <filesystem>
-#include <set>
+#include <sys/stat.h>
 
+#include <filesystem>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "inputs/StandardInput.h"
 #include "support/Failure.h"
 #include "support/FileExtension.h"
-#include "support/Text.h"
 
 namespace quen::reprocess {
 namespace {
@@ -20,7 +24,8 @@ struct OutputName {
 // Files in a folder get the first extension of their kind.
 constexpr OutputName kOutputNames[] = {
         {".jpg", OutputKind::Jpeg},  {".jpeg", OutputKind::Jpeg}, {".jpe", OutputKind::Jpeg},
-        {".nv21", OutputKind::Nv21}, {".yuv", OutputKind::I420},
+        {".nv21", OutputKind::Nv21}, {".yuv", OutputKind::I420},  {".png", OutputKind::Png},
+        {".tif", OutputKind::Tiff},  {".tiff", OutputKind::Tiff}, {".ppm", OutputKind::Ppm},
 };
 
 /** The extension of files of a kind in a folder. */
@@ -35,9 +40,12 @@ char const* extensionOf(OutputKind kind) {
 
 /** Whether the output is a folder. */
 bool namesFolder(Options const& options) {
+    if (options.output == kStandardOutput) {
+        return false;
+    }
     std::error_code ignored;
-    return options.inputs.size() > 1 || options.output.back() == '/' ||
-           fs::is_directory(options.output, ignored);
+    return options.inputs.size() > 1 || !options.subfolders.empty() ||
+           options.output.back() == '/' || fs::is_directory(options.output, ignored);
 }
 
 /** Creates a folder and its parents. @throws Failure when that fails */
@@ -46,7 +54,7 @@ void makeFolder(std::string const& path) {
     fs::create_directories(path, error);
     std::error_code ignored;
     if (!fs::is_directory(path, ignored)) {
-        throw Failure(printable(path) + ": cannot be made a folder" +
+        throw Failure(path + ": cannot be made a folder" +
                               (error ? ": " + error.message() : std::string()),
                       "several inputs need a folder as their output");
     }
@@ -55,11 +63,63 @@ void makeFolder(std::string const& path) {
 /** A path in a folder that no other input has taken, which it then takes. */
 std::string freeName(fs::path const& folder, std::string const& stem, char const* extension,
                      std::set<std::string>& taken) {
-    std::string name = stem + extension;
+    std::string name = (folder / (stem + extension)).string();
     for (int number = 2; !taken.insert(name).second; ++number) {
-        name = stem + "-" + std::to_string(number) + extension;
+        name = (folder / (stem + "-" + std::to_string(number) + extension)).string();
     }
-    return (folder / name).string();
+    return name;
+}
+
+/** The folder of an input's output, below the one that all have. */
+fs::path folderOf(std::string const& input, Options const& options) {
+    auto const found = options.subfolders.find(input);
+    bool const isAbove = found == options.subfolders.end() || found->second == ".";
+    return isAbove ? fs::path(options.output) : fs::path(options.output) / found->second;
+}
+
+std::string stemOf(std::string const& input) {
+    return input == kStandardInput ? "stdin" : fs::path(input).stem().string();
+}
+
+/** Whether an output is there: it was written whole, or not at all. */
+bool isThere(std::string const& output) {
+    std::error_code error;
+    return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0 && !error;
+}
+
+/** Throws when a picture would take the place of another one's input. */
+void checkInputsStay(std::vector<Job> const& jobs) {
+    std::map<std::pair<dev_t, ino_t>, std::string> inputs;
+    struct stat status;
+    for (Job const& job : jobs) {
+        if (::stat(job.input.c_str(), &status) == 0) {
+            inputs.emplace(std::make_pair(status.st_dev, status.st_ino), job.input);
+        }
+    }
+    for (Job const& job : jobs) {
+        if (job.isSkipped || ::stat(job.output.c_str(), &status) != 0) {
+            continue;
+        }
+        auto const found = inputs.find({status.st_dev, status.st_ino});
+        if (found != inputs.end() && found->second != job.input) {
+            throw Failure(found->second + ": would be overwritten by the picture of " + job.input,
+                          "choose another output");
+        }
+    }
+}
+
+/** The one job of an output that is no folder. */
+Job planFile(Options const& options) {
+    std::optional<OutputKind> const named = outputKindOf(options.output);
+    if (!named && !options.format) {
+        throw Failure(options.output + ": does not tell what to make",
+                      "end it in .jpg, .nv21, .yuv, .png, .tif or .ppm, or give --format");
+    }
+    if (named && options.format && *named != *options.format) {
+        throw Failure(options.output + ": contradicts --format",
+                      "leave --format out or change the name's ending");
+    }
+    return {options.inputs.front(), options.output, named ? *named : *options.format, false};
 }
 
 }  // namespace
@@ -77,28 +137,21 @@ std::optional<OutputKind> outputKindOf(std::string const& path) {
 std::vector<Job> planJobs(Options const& options) {
     std::vector<Job> jobs;
     if (!namesFolder(options)) {
-        std::optional<OutputKind> const named = outputKindOf(options.output);
-        if (!named && !options.format) {
-            throw Failure(printable(options.output) + ": does not tell what to make",
-                          "end it in .jpg, .nv21 or .yuv, or give --format");
+        jobs.push_back(planFile(options));
+    } else {
+        OutputKind const kind = options.format.value_or(OutputKind::Jpeg);
+        std::set<std::string> taken;
+        for (std::string const& input : options.inputs) {
+            fs::path const folder = folderOf(input, options);
+            makeFolder(folder.string());
+            jobs.push_back({input, freeName(folder, stemOf(input), extensionOf(kind), taken), kind,
+                            false});
         }
-        if (named && options.format && *named != *options.format) {
-            throw Failure(printable(options.output) + ": contradicts --format",
-                          "leave --format out or change the name's ending");
-        }
-        jobs.push_back({options.inputs.front(), options.output, named.value_or(*options.format)});
-        return jobs;
     }
-
-    makeFolder(options.output);
-    OutputKind const kind = options.format.value_or(OutputKind::Jpeg);
-    std::set<std::string> taken;
-    for (std::string const& input : options.inputs) {
-        jobs.push_back({input,
-                        freeName(options.output, fs::path(input).stem().string(), extensionOf(kind),
-                                 taken),
-                        kind});
+    for (Job& job : jobs) {
+        job.isSkipped = options.skipExisting && isThere(job.output);
     }
+    checkInputsStay(jobs);
     return jobs;
 }
 

@@ -1,5 +1,7 @@
 #include "command/OptionChecks.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -23,8 +25,17 @@ void checkDemo(Options const& options) {
         throw Failure("demo: takes no input; '" + options.inputs.front() + "' was given");
     }
     auto unused = unusedOptions(options.input, {});
-    if (options.jobs != 0) {
-        unused.emplace_back("--jobs");
+    struct {
+        bool isGiven;
+        char const* name;
+    } const ofBatches[] = {{options.jobs != 0, "--jobs"},
+                           {options.recursive, "--recursive"},
+                           {options.skipExisting, "--skip-existing"},
+                           {options.setsDepth, "--depth"}};
+    for (auto const& option : ofBatches) {
+        if (option.isGiven) {
+            unused.emplace_back(option.name);
+        }
     }
     if (!options.shard.isWhole()) {
         unused.emplace_back("--shard");
@@ -72,13 +83,39 @@ void checkUse(Options const& options, std::vector<InputKind> const& kinds) {
     if (options.setsQuality && kind != OutputKind::Jpeg) {
         throw Failure("--quality: no JPEG is made", "leave it out");
     }
+    if (options.setsDepth && !isRgb(kind)) {
+        throw Failure("--depth: no PNG, TIFF or PPM is made", "leave it out");
+    }
+}
+
+/** Throws when standard output cannot take the picture. */
+void checkStandardOutput(Options const& options) {
+    if (options.output != kStandardOutput) {
+        return;
+    }
+    if (options.inputs.size() > 1 || !options.subfolders.empty()) {
+        throw Failure("-o -: standard output takes one picture", "name a folder for several");
+    }
+    if (!options.format && !options.demo) {
+        throw Failure("-o -: does not tell what to make", "give --format");
+    }
+    if (options.info == InfoFormat::Json) {
+        throw Failure("--info=json: standard output takes the picture",
+                      "name a file with -o, or give --info, which then goes to standard error");
+    }
+    if (options.skipExisting) {
+        throw Failure("--skip-existing: standard output is never there already", "leave it out");
+    }
+    if (::isatty(STDOUT_FILENO) == 1) {
+        throw Failure("-o -: standard output is a terminal", "redirect it, or name a file");
+    }
 }
 
 /** Throws when the timeline would take the place of a picture. */
 void checkTrace(Options const& options) {
     namespace fs = std::filesystem;
     std::error_code ignored;
-    if (options.trace == "-" || fs::is_directory(options.trace, ignored)) {
+    if (options.trace == kStandardOutput || fs::is_directory(options.trace, ignored)) {
         throw Failure("--trace: " + options.trace + " is no file", "name one that ends in .json");
     }
     std::vector<std::string> others = options.inputs;
@@ -95,6 +132,7 @@ void checkTrace(Options const& options) {
 }  // namespace
 
 void checkOptions(Options const& options) {
+    checkStandardOutput(options);
     checkTrace(options);
     if (options.demo) {
         checkDemo(options);

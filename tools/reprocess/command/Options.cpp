@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 
 #include "command/ExitCode.h"
+#include "command/InputFiles.h"
 #include "command/OptionChecks.h"
 #include "host/isp/buffers/IspLimits.h"
 #include "support/Failure.h"
@@ -32,16 +33,26 @@ constexpr char kFooter[] = R"(Inputs, by name:
   *.nv21 *.yuv        packed NV21 or planar I420, full range; needs --size
   anything else       headerless Bayer when --bayer is given; otherwise, by what is in
                       it, JPEG or a camera's raw file (DNG and the makers' own)
-Outputs, by name: *.jpg *.jpeg *.jpe JPEG, *.nv21 packed NV21, *.yuv planar I420.
-Several inputs, a folder, or a name that ends in '/' make a folder of outputs. A file
-is written whole or not at all.
+  -                   standard input, as "anything else"
+  a folder, with -r   the files in it and below it that are any of these by their name
+                      or content; not hidden ones, and not those in OUT
+Outputs, by name:
+  *.jpg *.jpeg *.jpe  JPEG
+  *.nv21 *.yuv        packed NV21, planar I420
+  *.png *.tif *.tiff *.ppm
+                      RGB, turned upright
+  -                   standard output; needs --format. What is told goes to standard
+                      error then
+Several inputs, a folder, or a name that ends in '/' make a folder of outputs; those of
+the files in a folder go to the same sub-folders of it. A file is written whole or not
+at all.
 
 Headerless samples are little-endian words of 16 bits, or packed RAW10, RAW12 or RAW14
 when that is what the file's size amounts to; --layout says so where it does not.
 
 Exit codes:
-  0  everything was reprocessed
-  1  at least one input was not; the others are there
+  0  everything was reprocessed, or skipped
+  1  at least one input was not, the others are there; or the timeline was not written
   2  the command line is wrong; nothing was done
   3  the demo's picture differs too much from its scene (below 30 dB)
 
@@ -51,7 +62,9 @@ Examples:
   quen-reprocess shot.dng -o shot.nv21 --mode 0x2 --set fusion=1
   quen-reprocess frame.raw -o frame.jpg --size 1920x1080 --bayer rggb --bits 10 \
                  --wb 1.8,1,1.3 --black 64
-  quen-reprocess card/*.dng -o developed/ --log warning)";
+  quen-reprocess card/*.dng -o developed/ --log warning
+  quen-reprocess -r card -o developed/ --format tif --depth 16 --skip-existing
+  quen-reprocess - -o - --format png <shot.dng >shot.png)";
 
 std::map<std::string, BayerOrder> const kBayerNames = {
         {"rggb", BayerOrder::RGGB},
@@ -67,9 +80,8 @@ std::map<std::string, SampleLayout> const kLayoutNames = {
 };
 
 std::map<std::string, OutputKind> const kOutputNames = {
-        {"jpg", OutputKind::Jpeg},
-        {"nv21", OutputKind::Nv21},
-        {"yuv", OutputKind::I420},
+        {"jpg", OutputKind::Jpeg}, {"nv21", OutputKind::Nv21}, {"yuv", OutputKind::I420},
+        {"png", OutputKind::Png},  {"tif", OutputKind::Tiff},  {"ppm", OutputKind::Ppm},
 };
 
 // By the value of --info; CLI11 gives "true" when it has none.
@@ -271,7 +283,7 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
             ->group(kGroup);
     app.add_option("--rotate", options.rotate,
                    "Clockwise turn that shows the picture upright, in\nplace of the file's own; "
-                   "told in the JPEG, not applied")
+                   "told in a JPEG, applied to RGB")
             ->check(CLI::IsMember(std::vector<int>{0, 90, 180, 270}).description(""))
             ->type_name("0|90|180|270")
             ->group(kGroup);
@@ -374,6 +386,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
     app.formatter(formatter);
     app.failure_message(
             [](CLI::App const*, CLI::Error const& error) { return usageProblem(error.what()); });
+    app.set_version_flag("--version", "quen-reprocess " QUEN_VERSION, "Print the version and exit");
     app.add_option("INPUT", options.inputs, "Files to reprocess")->type_name("");
     app.add_option("-o,--output", options.output, "Where the picture goes: a file or a folder")
             ->type_name("OUT");
@@ -382,7 +395,14 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
                "What to make where OUT's name does not tell: in a\nfolder jpg, unless this says "
                "otherwise")
             ->transform(oneOf(kOutputNames))
-            ->type_name("jpg|nv21|yuv");
+            ->type_name("jpg|nv21|yuv|png|tif|ppm");
+    app.add_option("--depth", options.depth, "Bits of a sample of png, tif and ppm")
+            ->check(CLI::IsMember(std::vector<int>{8, 16}).description(""))
+            ->type_name("8|16")
+            ->capture_default_str();
+    app.add_flag("-r,--recursive", options.recursive,
+                 "Take the pictures in folders, and below them");
+    app.add_flag("--skip-existing", options.skipExisting, "Leave inputs whose output is there");
     app.add_option("--jobs", options.jobs,
                    "Inputs in work at a time, as far as memory allows; as\nmany as there are "
                    "processors unless given")
@@ -411,7 +431,9 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
         app.parse(argc, argv);
         options.demo = demo->parsed();
         options.setsQuality = app.count("--quality") != 0;
+        options.setsDepth = app.count("--depth") != 0;
         options.info = infoFormat(infoName);
+        findInputFiles(options);
         checkOptions(options);
     } catch (CLI::ParseError const& error) {
         exitCode = app.exit(error) == 0 ? kAllGood : kUsage;

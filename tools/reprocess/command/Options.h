@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +17,8 @@ namespace quen::reprocess {
 struct Options {
     bool demo = false;
     std::vector<std::string> inputs;
+    /** Of inputs that were found in a folder: where they lie in it. */
+    std::map<std::string, std::string> subfolders;
     std::string output;
     std::optional<OutputKind> format;
     InputOptions input;
@@ -26,9 +29,20 @@ struct Options {
     std::string trace;            ///< the file of the timeline; empty for none
     std::string record;           ///< the file of the recording; empty for none
     bool recordPictures = false;  ///< whether the recording holds the pictures
+    bool skipExisting = false;    ///< leaves inputs whose output is there
+    bool recursive = false;       ///< takes the pictures in folders
+    int depth = 8;                ///< bits of a sample of an RGB output
+    bool setsDepth = false;       ///< whether --depth was given
     size_t jobs = 0;              ///< inputs in work at a time; 0: as many as there are processors
     Shard shard;
 };
+
+constexpr char kStandardOutput[] = "-";
+
+/** Whether standard output takes something else than the lines about the inputs. */
+inline bool takesStandardOutput(Options const& options) {
+    return options.output == kStandardOutput || options.info == InfoFormat::Json;
+}
 
 /**
  * Reads the command line.

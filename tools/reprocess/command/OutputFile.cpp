@@ -173,6 +173,10 @@ fs::path followLinks(fs::path path) {
 
 }  // namespace
 
+void writeStandardOutput(Bytes bytes) {
+    writeAll(STDOUT_FILENO, bytes);
+}
+
 void writeOutputFile(std::string const& path, Bytes bytes) {
     std::error_code error;
     fs::path const target = followLinks(path);

@@ -14,4 +14,7 @@ namespace quen::reprocess {
  */
 void writeOutputFile(std::string const& path, Bytes bytes);
 
+/** @throws Failure */
+void writeStandardOutput(Bytes bytes);
+
 }  // namespace quen::reprocess

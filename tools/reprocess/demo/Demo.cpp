@@ -18,9 +18,13 @@ namespace {
 
 constexpr double kLeastDecibels = 30;
 
+void writePicture(std::string const& output, Bytes picture) {
+    output == kStandardOutput ? writeStandardOutput(picture) : writeOutputFile(output, picture);
+}
+
 /** Prints the demo's figures. */
 void tell(Options const& options, FrameOutcome const& outcome) {
-    std::FILE* const lines = options.info == InfoFormat::Json ? stderr : stdout;
+    std::FILE* const lines = takesStandardOutput(options) ? stderr : stdout;
     auto const& psnr = *outcome.psnr;
     std::fprintf(lines, "%s  %ux%u  %s\n", printable(options.output).c_str(), outcome.width,
                  outcome.height, bytesText(outcome.outputBytes).c_str());
@@ -36,7 +40,7 @@ int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch,
     RgbPicture const scene = watch.time("render scene", [] { return renderDemoScene(); });
     Capture const capture = watch.time("expose sensor", [&] { return exposeDemoSensor(scene); });
     Product const product = reprocessor.run(capture, OutputKind::Jpeg, watch);
-    watch.time("write", [&] { writeOutputFile(options.output, product.bytes); });
+    watch.time("write", [&] { writePicture(options.output, product.bytes); });
     Psnr const psnr = watch.time("compare", [&] { return comparePicture(product.bytes, scene); });
     outcome.width = capture.width;
     outcome.height = capture.height;
@@ -59,7 +63,7 @@ void tellInfo(Options const& options, FrameOutcome const& outcome, std::string c
         bool const isDone = outcome.problem.empty();
         document.finish({1, isDone ? 1u : 0u, isDone ? 0u : 1u, 0, 0, outcome.seconds});
     } else if (options.info == InfoFormat::Text) {
-        std::fprintf(stdout, "%s\n", info.c_str());
+        std::fprintf(takesStandardOutput(options) ? stderr : stdout, "%s\n", info.c_str());
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "inputs/MappedFile.h"
+#include "inputs/StandardInput.h"
 #include "support/Failure.h"
 #include "support/FileExtension.h"
 
@@ -23,7 +24,7 @@ constexpr KindName kNames[] = {
 bool beginsAsJpeg(std::string const& path) {
     constexpr uint8_t kStart[] = {0xff, 0xd8, 0xff};
     try {
-        auto const file = MappedFile::open(path);
+        auto const file = MappedFile::open(readablePath(path));
         return file->size() >= sizeof(kStart) &&
                std::memcmp(file->data(), kStart, sizeof(kStart)) == 0;
     } catch (Failure const&) {

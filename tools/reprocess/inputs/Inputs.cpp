@@ -5,6 +5,7 @@
 #include "inputs/InputKind.h"
 #include "inputs/JpegFile.h"
 #include "inputs/OptionUse.h"
+#include "inputs/StandardInput.h"
 #include "inputs/YuvFile.h"
 
 namespace quen::reprocess {
@@ -29,7 +30,7 @@ Capture readKind(InputKind kind, std::string const& path, InputOptions const& op
 
 Capture readCapture(std::string const& path, InputOptions const& options) {
     InputKind const kind = inputKind(path, options);
-    Capture capture = readKind(kind, path, options);
+    Capture capture = readKind(kind, readablePath(path), options);
     for (std::string const& option : unusedOptions(options, {kind})) {
         capture.notes.push_back(std::string("is ") + kindText(kind) + ", which makes no use of " +
                                 option);

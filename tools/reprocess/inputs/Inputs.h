@@ -8,7 +8,8 @@
 namespace quen::reprocess {
 
 /**
- * Reads one picture, whatever its format. Options that it makes no use of are noted.
+ * Reads one picture, whatever its format; "-" is standard input. Options that it makes no use of
+ * are noted.
  *
  * @throws Failure, without the file's name
  */

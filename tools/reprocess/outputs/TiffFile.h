@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "outputs/PixelRows.h"
+
+namespace quen::reprocess {
+
+/** Writes a TIFF of one picture, compressed without loss; see RgbFileModule::tiff. */
+std::vector<uint8_t> writeTiff(PixelRows& rows, std::string& problem);
+
+}  // namespace quen::reprocess
