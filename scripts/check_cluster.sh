@@ -35,15 +35,15 @@ trap clean_up EXIT
 start_slurm() {
     local node
     node=$(hostname -s)
-    mkdir -p "$work"/slurm/{state,spool}
-    cat >"$work/slurm/slurm.conf" <<END
+    mkdir -p "$work"/control/{state,spool}
+    cat >"$work/control/slurm.conf" <<END
 ClusterName=one
 SlurmctldHost=$node(127.0.0.1)
 SlurmUser=root
-StateSaveLocation=$work/slurm/state
-SlurmdSpoolDir=$work/slurm/spool
-SlurmctldPidFile=$work/slurm/slurmctld.pid
-SlurmdPidFile=$work/slurm/slurmd.pid
+StateSaveLocation=$work/control/state
+SlurmdSpoolDir=$work/control/spool
+SlurmctldPidFile=$work/control/slurmctld.pid
+SlurmdPidFile=$work/control/slurmd.pid
 ProctrackType=proctrack/linuxproc
 TaskPlugin=task/none
 SelectType=select/cons_tres
@@ -52,7 +52,7 @@ SlurmdParameters=config_overrides
 NodeName=$node NodeAddr=127.0.0.1 CPUs=$tasks
 PartitionName=all Nodes=$node Default=YES
 END
-    export SLURM_CONF=$work/slurm/slurm.conf
+    export SLURM_CONF=$work/control/slurm.conf
     if ! munge -n >/dev/null 2>&1; then
         install -d -o munge -g munge /run/munge
         runuser -u munge -- munged --foreground >"$work/munged.log" 2>&1 &

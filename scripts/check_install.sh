@@ -27,12 +27,15 @@ clean_up() {
 }
 trap clean_up EXIT
 
-# Runs the demo with a program, and looks for what the lazily loaded EXIF library writes.
+# Runs the demo with a program, and looks for what the libraries write that are loaded at their first use.
 # Usage: check_demo PROGRAM
 check_demo() {
     (cd / && env -i "$1" demo -o "$work/demo.jpg" >"$work/demo.txt" 2>&1) ||
         fail "the demo of $1: $(cat "$work/demo.txt")"
     grep -q Exif "$work/demo.jpg" || fail "the demo of $1 has no EXIF: libquen_exif.so was not loaded"
+    head -c $((64 * 48 * 2)) /dev/zero >"$work/frame.raw"
+    env -i "$1" "$work/frame.raw" --size 64x48 --bayer rggb -o "$work/frame.png" >/dev/null ||
+        fail "$1 makes no PNG: libquen_rgb_files.so was not loaded"
     echo "install: $1: $(grep -oE 'PSNR [0-9.]+ dB' "$work/demo.txt")"
 }
 
@@ -74,7 +77,7 @@ while read -r file; do
     grep -qxF "./usr/${file#"$prefix/"}" <<<"$content" || fail "$deb lacks ${file#"$prefix/"}"
 done < <(find "$prefix" -type f)
 depends=$(dpkg-deb -f "$deb" Depends)
-for library in libc6 libexiv2 libjpeg62-turbo libraw libstdc++6 libturbojpeg libyuv; do
+for library in libc6 libexiv2 libjpeg62-turbo libpng16 libraw libstdc++6 libtiff libturbojpeg libyuv; do
     grep -qF "$library" <<<"$depends" || fail "$deb does not depend on $library: $depends"
 done
 echo "install: $(basename "$deb"), $(du -h "$deb" | cut -f1), depends on $depends"
