@@ -16,6 +16,7 @@ namespace {
 
 bool gWriterFails = false;
 unsigned int gRecordsAnnounced = 0;
+bool gItemsGivenAsNull = false;
 
 }  // namespace
 
@@ -25,6 +26,14 @@ int initial_isp_metadata_vector(std::vector<unsigned char>& vec, unsigned int en
             dlsym(RTLD_NEXT, "_Z27initial_isp_metadata_vectorRSt6vectorIhSaIhEEj"));
     gRecordsAnnounced = entryCount;
     return gWriterFails ? -12 : platforms(vec, entryCount);
+}
+
+int add_isp_metadata_entry(std::vector<unsigned char>& vec, unsigned int tag, unsigned int type,
+                           void* data, unsigned int byteSize, unsigned int* usedBytes) {
+    static auto* const platforms = reinterpret_cast<decltype(&add_isp_metadata_entry)>(
+            dlsym(RTLD_NEXT, "_Z22add_isp_metadata_entryRSt6vectorIhSaIhEEjjPvjPj"));
+    gItemsGivenAsNull = gItemsGivenAsNull || data == nullptr;
+    return platforms(vec, tag, type, data, byteSize, usedBytes);
 }
 
 namespace {
@@ -83,6 +92,7 @@ TEST_F(IspMetadataEncodingTest, WhatTheIspCannotTakeIsLeftOut) {
     EXPECT_EQ(encode(),
               ispBuffer({ispRecord<int32_t>(0x60, 1, {5}), ispRecord<int32_t>(0x61, 1, {})}));
     EXPECT_EQ(gRecordsAnnounced, 11u);
+    EXPECT_FALSE(gItemsGivenAsNull) << "no rectangles, too, are an array";
     EXPECT_THAT(log.lines(),
                 ElementsAre("I convertToISPMetadata E", "D IMetadata entry count : 11",
                             "W tag[0x11] has not support type[4]",

@@ -100,7 +100,7 @@ class ReleaseTest : public DeviceTest {
 TEST_F(ReleaseTest, UinitReleasesDeviceThenModuleThenHalInterface) {
     mDevice->destroy();
     EXPECT_THAT(mOrder, ElementsAre("device before hal", "module before hal"));
-    EXPECT_EQ(mPeer.halInterface(), nullptr);
+    EXPECT_TRUE(mPeer.halInterface() == nullptr && !mPeer.hasConverter());
     mDevice = nullptr;
     EXPECT_EQ(mOrder.size(), 2u);
 }

@@ -111,6 +111,9 @@ TEST_F(ProcessTest, BuffersThatCannotBeMappedOrLockedGiveNoJpeg) {
             return android::hardware::Void();
         };
     }
+    // Without a trailer there is a JPEG of no bytes, which needs no memory.
+    mGraphics.mapper->onLock = giving(Error::NO_RESOURCES, static_cast<void*>(nullptr));
+    EXPECT_EQ(encode(2), quen::kHardened ? -1 : 0);
 }
 
 TEST_F(ProcessTest, MissingDeviceBufferHasNoJpeg) {

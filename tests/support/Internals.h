@@ -35,10 +35,12 @@ using CheckReconfigure = void(ImageBuffer const*, std::vector<ImageBuffer*> cons
                               camera_metadata const*);
 using RequestHook = bool (*)();
 using HalReference = android::sp<HalInterface>;
+using ConverterReference = android::sp<NSCam::IMetadataConverter>;
 using DeviceReference = android::sp<vendor::mediatek::hardware::camera::isphal::V1_0::IDevice>;
 
 QUEN_TEST_EXPOSE(DeviceOf, quenOfflineDevice, DeviceReference, mDevice);
 QUEN_TEST_EXPOSE(HalOf, quenOfflineDevice, HalReference, mHalInterface);
+QUEN_TEST_EXPOSE(ConverterOf, quenOfflineDevice, ConverterReference, mMetadataConverter);
 QUEN_TEST_EXPOSE(InputsOf, quenOfflineDevice, StreamTable, mInputStreams);
 QUEN_TEST_EXPOSE(OutputsOf, quenOfflineDevice, StreamTable, mOutputStreams);
 QUEN_TEST_EXPOSE(DeviceLockOf, quenOfflineDevice, quen::Mutex, mLock);
@@ -72,6 +74,7 @@ class DeviceInternals {
     }
     quen::Mutex& lock() { return mDevice.*memberOf(DeviceLockOf()); }
     bool isConnected() const { return mDevice.*memberOf(DeviceOf()) != nullptr; }
+    bool hasConverter() const { return mDevice.*memberOf(ConverterOf()) != nullptr; }
     std::string stage() const { return mDevice.*memberOf(StageOf()); }
     bool& isNeedRaw14bit() { return mDevice.*memberOf(RawDepthOf()); }
 
