@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 
 #include <chrono>
+#include <cmath>
 #include <condition_variable>
 #include <cstring>
 #include <functional>
@@ -212,7 +213,6 @@ TEST_F(SoftwareIsp, DevelopsIntoEveryLayoutAndScalesToEachOutput) {
 }
 
 TEST_F(SoftwareIsp, ClipsACropAtEachSide) {
-    ASSERT_EQ(configure(rawStream, {yuvStream}), Status::OK);
     std::vector<int32_t> found;
     results->onResult = [&](ISPResult const& result) {
         quen::host::IspMetadataReader reader;
@@ -222,13 +222,16 @@ TEST_F(SoftwareIsp, ClipsACropAtEachSide) {
         }
     };
     uint32_t number = 0;
-    for (auto const& [wanted, clipped] :
-         {std::pair(std::vector<int32_t>{-8, 4, 40, 20}, std::vector<int32_t>{0, 4, 32, 20}),
-          {{40, 4, 40, 20}, {40, 4, 24, 20}},
-          {{4, -8, 20, 20}, {4, 0, 20, 12}},
-          {{4, 40, 20, 20}, {4, 40, 20, 8}}}) {
+    for (auto const& [format, wanted, clipped] :
+         {std::tuple(kRaw16, std::vector{-8, 4, 40, 20}, std::vector{0, 4, 32, 20}),
+          {kRaw16, {40, 4, 40, 20}, {40, 4, 24, 20}},
+          {kRaw16, {4, -8, 20, 20}, {4, 0, 20, 12}},
+          {kRaw16, {4, 40, 20, 20}, {4, 40, 20, 8}},
+          {kNv12, {5, 7, 20, 20}, {4, 6, 20, 20}}}) {  // chroma goes by pairs
+        ASSERT_EQ(configure(stream(kInput, format), {yuvStream}), Status::OK);
+        Buffer const input(kWidth, kHeight, format);
         found.clear();
-        ASSERT_EQ(submit(request(++number, raw.raw, {yuv.raw}, {{kCrop, wanted}})), Status::OK);
+        ASSERT_EQ(submit(request(++number, input.raw, {yuv.raw}, {{kCrop, wanted}})), Status::OK);
         results->told(number);
         EXPECT_EQ(found, clipped);
     }
@@ -262,6 +265,7 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
     for (auto const& [input, outputs, bits] :
          {std::tuple(rawStream, std::vector<ISPStream>(), 10),
           {rawStream, {yuvStream, yuvStream}, 10},
+          {stream(kInput, kRaw16, 65501, 8), {yuvStream}, 10},
           {stream(kInput, HAL_PIXEL_FORMAT_RAW10, 66), {yuvStream}, 10},
           {rawStream, {stream(kOutput, HAL_PIXEL_FORMAT_RGBA_8888)}, 10},
           {rawStream, {yuvStream}, 3}}) {
@@ -269,14 +273,18 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
     }
     ISPRequest const good = request(1, raw.raw, {yuv.raw});
     EXPECT_EQ(submit(good), Status::REQUEST_ERROR) << "no configuration was good";
+    EXPECT_EQ(configure(stream(kInput, kRaw16, 65500, 8), {yuvStream}), Status::OK);
     ASSERT_EQ(configure(rawStream, {yuvStream}), Status::OK);
 
     ISPRequest wrong = good;
     wrong.outputBuffers[0].streamId = 99;
     EXPECT_EQ(submit(wrong), Status::REQUEST_STREAM_ID_ERROR);
     wrong = good;
-    wrong.inputBuffers[0].tuningData = yuv.raw;
-    EXPECT_EQ(submit(wrong), Status::ILLEGAL_ARGUMENT) << "no tuning buffer";
+    Buffer const tooShort(kCalibrationBufferBytes - 1, 1, kBlob);
+    for (hidl_handle const& noTuning : {yuv.raw, tooShort.raw}) {
+        wrong.inputBuffers[0].tuningData = noTuning;
+        EXPECT_EQ(submit(wrong), Status::ILLEGAL_ARGUMENT);
+    }
     for (Entry const& entry : {Entry{kCrop, {1, 2, 3}}, Entry{kCrop, {0, 0, 0, 5}},
                                Entry{kCrop, {64, 0, 5, 5}}, Entry{kRawBitDepth, {20}}}) {
         EXPECT_EQ(submit(request(1, raw.raw, {yuv.raw}, {entry})), Status::ILLEGAL_ARGUMENT);
@@ -291,9 +299,24 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
         EXPECT_EQ(submit(request(1, input, outputs)), Status::ILLEGAL_ARGUMENT);
     }
     Buffer const tuning(kCalibrationBufferBytes, 1, kBlob);
-    SensorCalibration calibration;
-    calibration.whiteLevel = -1;
-    encodeCalibration({}, calibration, tuning.data, kCalibrationBufferBytes);
+    void (*const spoilers[])(SensorCalibration&) = {
+            [](auto& sensor) { sensor.whiteLevel = -1; },
+            [](auto& sensor) { sensor.levelBits = 17; },
+            [](auto& sensor) { sensor.wbGains[3] = 0; },
+            [](auto& sensor) { sensor.colorMatrix[8] = INFINITY; },
+            [](auto& sensor) { sensor.exposureGain = 2000; },
+            [](auto& sensor) { sensor.noiseShot = -1; },
+            [](auto& sensor) { sensor.noiseRead = NAN; },
+            [](auto& sensor) { sensor.denoiseStrength = -1; },
+            [](auto& sensor) { sensor.sharpening = NAN; }};
+    for (auto const& spoil : spoilers) {
+        SensorCalibration sensor;
+        spoil(sensor);
+        encodeCalibration({}, sensor, tuning.data, kCalibrationBufferBytes);
+        EXPECT_EQ(decodeCalibration(tuning.data, kCalibrationBufferBytes, sensor),
+                  CalibrationState::Malformed)
+                << &spoil - spoilers;
+    }
     wrong.inputBuffers[0].tuningData = tuning.raw;
     EXPECT_EQ(submit(wrong), Status::OK);
     EXPECT_EQ(results->told(1), "1 ILLEGAL_ARGUMENT ") << "an invalid calibration";

@@ -1,10 +1,17 @@
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "host/base/Parallel.h"
+
+// Stands before the system's: helpers to spare on every machine.
+unsigned std::thread::hardware_concurrency() noexcept {
+    return 8;
+}
 
 TEST(Parallel, RunsEachPieceOnceAndRethrowsWhatAPieceThrows) {
     std::array<std::atomic<int>, 100> runs{};
@@ -22,4 +29,26 @@ TEST(Parallel, RunsEachPieceOnceAndRethrowsWhatAPieceThrows) {
     EXPECT_THROW(quen::host::inParallel(100, makeFailing), std::runtime_error);
     EXPECT_THROW(quen::host::inParallel(8, makeFailing), std::runtime_error);
     quen::host::inParallel(0, makeFailing);
+
+    std::atomic<int> workers{0};
+    auto const makeSlow = [&] {
+        ++workers;
+        return [](int) { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+    };
+    quen::host::inParallel(40, makeSlow, 2);
+    EXPECT_LE(workers, 2);
+
+    // The first piece fails once another has begun; those that have not are left out.
+    std::atomic<int> begun{0};
+    auto const makeFailingSlowly = [&] {
+        return [&](int piece) {
+            for (++begun; begun < 2;) {
+                std::this_thread::yield();
+            }
+            makeSlow()(piece);
+            makeFailing()(piece == 0 ? 7 : 0);
+        };
+    };
+    EXPECT_THROW(quen::host::inParallel(2000, makeFailingSlowly), std::runtime_error);
+    EXPECT_LT(begun, 2000);
 }

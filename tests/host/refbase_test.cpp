@@ -201,4 +201,5 @@ TEST(ReferenceDeathTest, AnObjectWithWeakReferencesIsNotItsMakersToDelete) {
                 delete object;
             },
             "deleted while weak references are left");
+    EXPECT_DEATH((new Plain)->decStrong(nullptr), "lost a strong reference that it did not have");
 }

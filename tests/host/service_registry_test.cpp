@@ -48,6 +48,7 @@ TEST(ServiceRegistry, FindsServicesByInterfaceAndInstance) {
     EXPECT_EQ(successor, IISPModule::getService("internal/0"));
     EXPECT_EQ(1, module->getStrongCount());
     EXPECT_EQ(android::BAD_VALUE, successor->registerAsService(""));
+    EXPECT_EQ(android::BAD_VALUE, quen::host::registerService("", "internal/0", successor));
     EXPECT_EQ(android::BAD_VALUE,
               quen::host::registerService(IISPModule::descriptor, "internal/0", nullptr));
     EXPECT_TRUE(quen::host::unregisterService(IISPModule::descriptor, "internal/0"));
