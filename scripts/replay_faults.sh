@@ -35,6 +35,7 @@ declare -rA all_programs=(
 # The tests of what a fault's name begins with.
 declare -rA first_programs=(
     [allocator]=library_allocator_helper
+    [cli]="request_path_cli request_path_cli_batch request_path_cli_exif request_path_cli_inputs"
     [convert]=library_buffer_conversion
     [decode]=library_isp_metadata
     [device]=library_device_buffer

@@ -107,6 +107,11 @@ TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
         ++results;
     }
     EXPECT_EQ(results, 8u * 4);
+
+    // Buffers go from frame to frame where they are of one shape.
+    put("wide.dng", asDng(kGrey, "rggb"));
+    put("tall.dng", asDng(kGrey, "rggb", {{256, 4, 1, 48}, {257, 4, 1, 64}, {278, 4, 1, 64}}));
+    EXPECT_EQ(0, run("wide.dng tall.dng wide.dng tall.dng --jobs 1 -o shapes").exitCode);
 }
 
 TEST_F(CliBatchTest, ShardsTakeEveryInputOnceUnderTheNamesOfTheWholeList) {

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "support/Cli.h"
 
@@ -79,6 +80,35 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
     }
 }
 
+TEST_F(CliInputsTest, PackedSamplesAreTheWordsToTheBit) {
+    for (int const bits : {10, 12, 14}) {
+        SCOPED_TRACE(bits);
+        std::vector<uint16_t> samples;
+        for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
+            samples.push_back(static_cast<uint16_t>(i * 2654435761u >> (32 - bits)));
+        }
+        put("words.raw", bytesOf(samples));
+        put("packed.raw", packed(samples, bits == 12 ? 2 : 4, bits));
+        std::string const options = " --size 64x48 --bayer rggb --bits " + std::to_string(bits);
+        ASSERT_EQ(0, run("words.raw -o words.nv21" + options).exitCode);
+        ASSERT_EQ(0, run("packed.raw -o packed.nv21" + options).exitCode);
+        EXPECT_EQ(get("packed.nv21"), get("words.nv21"));
+    }
+}
+
+// An odd picture is as an even one without its last column and row; the largest is taken.
+TEST_F(CliInputsTest, PicturesOfAnySizeAreTaken) {
+    std::string const even = std::string(64 * 48, 'y') + std::string(32 * 24, 'u');
+    put("even.yuv", even + std::string(32 * 24, 'v'));
+    put("odd.yuv",
+        std::string(65 * 49, 'y') + std::string(33 * 25, 'u') + std::string(33 * 25, 'v'));
+    ASSERT_EQ(0, run("even.yuv -o even.jpg --size 64x48").exitCode);
+    EXPECT_THAT(run("odd.yuv -o odd.jpg --size 65x49").err, HasSubstr("column and row are left"));
+    EXPECT_EQ(get("odd.jpg"), get("even.jpg"));
+    put("long.raw", std::string(65500 * 8 * 2, '\0'));
+    EXPECT_EQ(0, run("long.raw -o long.nv21 --size 65500x8 --bayer rggb").exitCode);
+}
+
 // What lies around it is as bright as can be, and the order of colours is another there.
 TEST_F(CliInputsTest, ADngIsCutToItsActiveAreaAndItsDefaultCrop) {
     struct {
@@ -94,6 +124,13 @@ TEST_F(CliInputsTest, ADngIsCutToItsActiveAreaAndItsDefaultCrop) {
              32,
              30,
              "32x30"},
+            // A crop that ends outside is none.
+            {{{50829, 3, 4, 960}, {50719, 3, 2, 9 | 7 << 16}, {50720, 3, 2, 46 | 30 << 16}},
+             6,
+             4,
+             46,
+             41,
+             "46x40"},
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(c.size);
@@ -142,6 +179,12 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
         bytes[at + 8] = static_cast<char>(compression);
         put("compressed-" + std::to_string(compression) + ".dng", bytes);
     }
+    // Lossless JPEG whose differences are none of 14 bits.
+    std::string lossless = asDng(kGrey, "rggb", {{259, 3, 1, 7}}).substr(0, 1024);
+    lossless +=
+            std::string("\xff\xd8\xff\xc3\0\x0b\x0e\0\x30\0\x40\1\1\x11\0\xff\xc4\0\x14\0\1", 21);
+    lossless += std::string(15, '\0') + "\x0f" + std::string("\xff\xda\0\x08\1\1\0\1\0\0", 10);
+    put("damaged.dng", lossless + std::string(64 * 48 * 2, '\x7f'));
     std::set<std::string> const before = names();
     expectErrors(1,
                  {
@@ -152,6 +195,7 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
                          {"noise.raw -o x.jpg", "is no raw file that LibRaw knows"},
                          {"sized.raw -o x.jpg", "is no raw file that LibRaw knows"},
                          {"noise.jpg -o x.jpg", "is no JPEG, though its name says so"},
+                         {"damaged.dng -o x.jpg", "is damaged"},
                          {"compressed-7.dng -o x.jpg", "cannot be decompressed"},
                          {"compressed-99.dng -o x.jpg",
                           "compressed in a way that LibRaw cannot undo (99)"},
@@ -187,6 +231,8 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {words + "65501x8", "sides of 8 to 65500"},
                             {words + "8x65535", "sides of 8 to 65500"},
                             {words + "64x48 --wb 1,,1", "--wb"},
+                            {words + "64x48 --wb 0,1,1", "--wb"},
+                            {words + "64x48 --wb 1,1,1x", "--wb"},
                             {words + "64x48 --black 1,2,3,", "--black"},
                             {words + "64x48 --matrix 1,0,0,0,1,0,0,0", "--matrix"},
                             {"shot.jpg -o x.jpg --wb 1,1,1", "--wb"},

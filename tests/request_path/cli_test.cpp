@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <string>
@@ -88,19 +89,23 @@ TEST_F(CliTest, ARealSensorFrameOfAChartHasTheChartsColours) {
 
 TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     put("shot.dng", asDng(kBrick, "rggb"));
-    Outcome const both = run("shot.dng -o shot.jpg --info --set 0x800b000e=7 --mode 0x2");
+    Outcome const both =
+            run("shot.dng -o shot.jpg --info --set 0x800b000e=7 --mode 0x2 --scene -2147483648");
     ASSERT_EQ(0, both.exitCode) << both.err;
     // Bit 1 of the mode chooses tuning 6003, whatever the client says.
     for (char const* const line :
          {"tuningMode[^\n]* 6003\n", "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV",
-          "YUV2JPEG", "totalUsedBytes"}) {
+          "YUV2JPEG", "sceneMode[^\n]* -2147483648\n",
+          "requestNo 1, frameNumber 1, totalUsedBytes [1-9]"}) {
         EXPECT_THAT(both.out, ContainsRegex(line));
     }
     Outcome const plain = run("shot.dng -o shot.nv21 --info --ui-mode 16");
     EXPECT_THAT(plain.out, ContainsRegex("rawBitDepth[^\n]* 10\n"));
     expectColour("shot.nv21", kBrick);
 
-    EXPECT_EQ(0, run("shot.nv21 --size 64x48 -o from-nv21.jpg").exitCode);
+    Outcome const encoded = run("shot.nv21 --size 64x48 -o from-nv21.jpg");
+    EXPECT_EQ(0, encoded.exitCode);
+    EXPECT_EQ(1, std::count(encoded.out.begin(), encoded.out.end(), '\n')) << "no sum of one";
     EXPECT_EQ(0, run("shot.dng -o shot.yuv --ui-mode 16").exitCode);
     EXPECT_EQ(0, run("shot.yuv --size 64x48 -o from-yuv.jpg").exitCode);
     EXPECT_EQ(get("from-nv21.jpg").size(), get("from-yuv.jpg").size());
@@ -144,6 +149,11 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
                             {"out/good.jpg -o decoded.nv21", ""},
                     });
     EXPECT_EQ("kept", get("kept.jpg"));
+    // What a link names is written, and the link stays.
+    shell("cd a && ln -s linked.jpg link.jpg");
+    EXPECT_EQ(0, run("good.dng -o a/link.jpg").exitCode);
+    EXPECT_TRUE(fs::is_symlink(path("a/link.jpg")));
+    EXPECT_EQ(get("a/linked.jpg"), get("out/good.jpg"));
 }
 
 TEST_F(CliTest, WhatCannotBeWrittenIsToldAndLeavesNothing) {
