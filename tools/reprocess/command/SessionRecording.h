@@ -5,8 +5,8 @@
 namespace quen::reprocess {
 
 /**
- * Has all that crosses between this tool, the library and the ISP written down from now on, when the
- * command line asks for it. The ISP's service must be registered.
+ * Has all that crosses between this tool, the library and the ISP written down from now on, when
+ * the command line asks for it. The ISP's service must be registered.
  *
  * @return false, said on standard error, when the file cannot be written
  */
