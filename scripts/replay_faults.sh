@@ -35,7 +35,8 @@ declare -rA all_programs=(
 # The tests of what a fault's name begins with.
 declare -rA first_programs=(
     [allocator]=library_allocator_helper
-    [cli]="request_path_cli request_path_cli_batch request_path_cli_exif request_path_cli_inputs"
+    [cli]="request_path_cli request_path_cli_batch request_path_cli_exif request_path_cli_inputs \
+        request_path_cli_report request_path_cli_outputs request_path_cli_folders"
     [convert]=library_buffer_conversion
     [decode]=library_isp_metadata
     [device]=library_device_buffer
