@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
@@ -30,7 +29,7 @@ tmsize_t read(thandle_t handle, void* out, tmsize_t size) {
     MemoryFile& file = fileOf(handle);
     size_t const rest = file.bytes.size() - std::min(file.at, file.bytes.size());
     size_t const count = std::min(static_cast<size_t>(size), rest);
-    std::memcpy(out, file.bytes.data() + file.at, count);
+    std::copy_n(file.bytes.data() + file.at, count, static_cast<uint8_t*>(out));
     file.at += count;
     return static_cast<tmsize_t>(count);
 }
@@ -44,7 +43,7 @@ tmsize_t write(thandle_t handle, void* bytes, tmsize_t size) {
     } catch (std::bad_alloc const&) {
         return 0;
     }
-    std::memcpy(file.bytes.data() + file.at, bytes, count);
+    std::copy_n(static_cast<uint8_t const*>(bytes), count, file.bytes.data() + file.at);
     file.at += count;
     return size;
 }
