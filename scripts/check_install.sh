@@ -48,6 +48,7 @@ mv "$work/first" "$work/prefix"
 prefix=$work/prefix
 check_demo "$prefix/bin/quen-reprocess"
 scripts/check_manual.sh
+env -i "$prefix/bin/quen-replay" --help >/dev/null || fail "quen-replay does not run"
 [ -s "$prefix/share/man/man1/quen-reprocess.1" ] || fail "there is no man page"
 
 # The example, by either way, makes the same JPEG.

@@ -130,7 +130,7 @@ TEST_F(CliBatchTest, ShardsTakeEveryInputOnceUnderTheNamesOfTheWholeList) {
             std::string const shard = std::to_string(number) + "/" + std::to_string(count);
             Outcome const outcome = run(command + shard + " --shard " + shard);
             EXPECT_EQ(0, outcome.exitCode) << shard;
-            EXPECT_FALSE(outcome.out.empty()) << shard;
+            EXPECT_NE(outcome.out + outcome.err, "") << shard;
             for (auto const& file : files(shard)) {
                 EXPECT_TRUE(made.insert(file).second) << shard << ": " << file.first;
             }

@@ -40,7 +40,9 @@ class Batch final : public PipelineStages {
         for (Job const& job : jobs) {
             mFrames.push_back(std::make_unique<BatchFrame>(job, ++number, trace));
         }
-        mProgress.begin(jobs.front().input);
+        if (!jobs.empty()) {
+            mProgress.begin(jobs.front().input);
+        }
     }
 
     size_t read(size_t frame) override {
@@ -102,7 +104,7 @@ class Batch final : public PipelineStages {
             mProgress.line(mJobs.front().input + ": skipped, for " + mJobs.front().output +
                            " is there");
         }
-        if (summary.inputs == 1) {
+        if (summary.inputs <= 1) {
             return;
         }
         std::string text = format("%zu of %zu reprocessed, %zu failed", summary.reprocessed,
@@ -180,16 +182,15 @@ int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, T
     size_t const listed = jobs.size();
     jobs = options.shard.of(jobs);
     if (jobs.empty()) {
-        std::printf("shard %s has none of %zu inputs: nothing to do\n",
-                    options.shard.text().c_str(), listed);
-        return kAllGood;
+        std::fprintf(stderr, "quen-reprocess: shard %s has none of %zu inputs: nothing to do\n",
+                     options.shard.text().c_str(), listed);
     }
 
     Clock::time_point const begin = Clock::now();
     Interruption const interruption;
     Batch batch(options, reprocessor, report, trace, jobs);
     size_t const atOnce = jobsOf(options);
-    if (atOnce > 1) {
+    if (atOnce > 1 && !jobs.empty()) {
         Pipeline(jobs.size(), atOnce, memoryToUse(), batch).run();
     } else {
         batch.runInTurn();
