@@ -44,12 +44,19 @@ ClientCall& begin(Crossing& crossing, ClientCall::Operation operation) {
 
 RecordedDevice::RecordedDevice()
     : mRecorder(Recorder::current()), mSession(mRecorder == nullptr ? 0 : mRecorder->newSession()) {
+    if (mRecorder == nullptr) {
+        mDevice.emplace();
+        return;
+    }
     Crossing crossing;
     begin(crossing, ClientCall::CONSTRUCT);
     record(crossing, [&](ClientReturn&) { mDevice.emplace(); });
 }
 
 RecordedDevice::~RecordedDevice() {
+    if (mRecorder == nullptr) {
+        return;
+    }
     Crossing crossing;
     begin(crossing, ClientCall::DESTRUCT);
     record(crossing, [&](ClientReturn&) { mDevice.reset(); });
@@ -64,10 +71,6 @@ template <typename Forward>
 void RecordedDevice::record(Crossing& call, Forward const& forward) {
     Crossing answer;
     ClientReturn& returned = *answer.mutable_client_return();
-    if (mRecorder == nullptr) {
-        forward(returned);
-        return;
-    }
     if (call.call() == 0) {
         call.set_call(mRecorder->newCall());
     }
@@ -83,10 +86,14 @@ void RecordedDevice::record(Crossing& call, Forward const& forward) {
 }
 
 void RecordedDevice::create(SessionParams* params) {
+    if (mRecorder == nullptr) {
+        mDevice->create(params);
+        return;
+    }
     Crossing crossing;
     ClientCall& call = begin(crossing, ClientCall::CREATE);
     call.set_has_params(params != nullptr);
-    if (mRecorder != nullptr && params != nullptr) {
+    if (params != nullptr) {
         describeStreams(params->input_streams, params->output_streams, call);
         describeMetadata(params->metadata, call);
     }
@@ -95,12 +102,14 @@ void RecordedDevice::create(SessionParams* params) {
 
 void RecordedDevice::config(std::vector<StreamConfig> const& in,
                             std::vector<StreamConfig> const& out, camera_metadata const* meta) {
+    if (mRecorder == nullptr) {
+        mDevice->config(in, out, meta);
+        return;
+    }
     Crossing crossing;
     ClientCall& call = begin(crossing, ClientCall::CONFIG);
-    if (mRecorder != nullptr) {
-        describeStreams(in, out, call);
-        describeMetadata(meta, call);
-    }
+    describeStreams(in, out, call);
+    describeMetadata(meta, call);
     record(crossing, [&](ClientReturn&) { mDevice->config(in, out, meta); });
 }
 
@@ -141,18 +150,30 @@ int RecordedDevice::process(PostProcessParams const* params, sp<IQuenPostProcCal
 }
 
 void RecordedDevice::flush() {
+    if (mRecorder == nullptr) {
+        mDevice->flush();
+        return;
+    }
     Crossing crossing;
     begin(crossing, ClientCall::FLUSH);
     record(crossing, [&](ClientReturn&) { mDevice->flush(); });
 }
 
 void RecordedDevice::destroy() {
+    if (mRecorder == nullptr) {
+        mDevice->destroy();
+        return;
+    }
     Crossing crossing;
     begin(crossing, ClientCall::DESTROY);
     record(crossing, [&](ClientReturn&) { mDevice->destroy(); });
 }
 
 void RecordedDevice::setOfflineCallback(sp<ICallback> const& callback) {
+    if (mRecorder == nullptr) {
+        mDevice->setOfflineCallback(callback);
+        return;
+    }
     Crossing crossing;
     begin(crossing, ClientCall::SET_OFFLINE_CALLBACK).set_has_callback(callback != nullptr);
     record(crossing, [&](ClientReturn&) { mDevice->setOfflineCallback(callback); });

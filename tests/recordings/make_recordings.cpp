@@ -25,6 +25,7 @@
 #include "quenRecorder/BufferRecord.h"
 #include "quenRecorder/RecordedDevice.h"
 #include "quenRecorder/RecordedIsp.h"
+#include "quenRecorder/RecordedReceiver.h"
 #include "support/Formats.h"
 #include "support/MetadataBuilder.h"
 
@@ -90,6 +91,11 @@ class ScriptedIsp : public isphal::IISPModule {
         mAnswering.clear();
     }
 
+    /** The module dies. */
+    void die() {
+        static_cast<quen::recorder::RecordedReceiver*>(mLatest.get())->serviceDied(7, nullptr);
+    }
+
     Answer next;
 
   private:
@@ -99,6 +105,7 @@ class ScriptedIsp : public isphal::IISPModule {
         Return<isphal::Status> configureISPDevice(isphal::ISPStreamConfiguration const&,
                                                   sp<isphal::ICallback> const& callback) override {
             mCallback = callback;
+            mIsp.mLatest = callback;
             return isphal::Status::OK;
         }
         Return<isphal::Status> processISPRequest(
@@ -170,6 +177,7 @@ class ScriptedIsp : public isphal::IISPModule {
     };
 
     std::vector<std::thread> mAnswering;
+    sp<isphal::ICallback> mLatest;
 };
 
 /** A callback that can be waited for. */
@@ -382,6 +390,12 @@ void recordErrors(ScriptedIsp& isp) {
     Answer lost;
     lost.loses = true;
     client.encode(24, lost);
+
+    RecordedDevice orphaned;
+    StreamConfig const stream = {1, kRaw10, kWidth, kHeight, false};
+    SessionParams params = {{stream}, {stream}, nullptr};
+    orphaned.create(&params);
+    isp.die();
 }
 
 /** Tuning data that goes with the metadata, in graphic buffers. */

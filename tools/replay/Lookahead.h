@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <optional>
+
 #include "RecordedOrder.h"
 
 namespace quen::replay {
@@ -17,5 +19,14 @@ struct Lookahead {
 
 /** @param index of the call's crossing */
 Lookahead lookAhead(RecordedOrder const& order, size_t index);
+
+/**
+ * The request whose result a configuration waited for when it was recorded, but that is outstanding
+ * when the library makes it in the replay: it has not waited.
+ *
+ * @param next the crossing whose turn it is
+ * @param index of the configuration's crossing
+ */
+std::optional<uint32_t> findOutstanding(RecordedOrder const& order, size_t next, size_t index);
 
 }  // namespace quen::replay

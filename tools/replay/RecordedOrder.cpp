@@ -6,6 +6,11 @@ namespace quen::replay {
 
 using Clock = std::chrono::steady_clock;
 
+size_t RecordedOrder::next() const {
+    host::MutexLock const lock(mLock);
+    return mNext;
+}
+
 void RecordedOrder::awaitTurn(size_t index) {
     host::MutexLock const lock(mLock);
     while (mNext != index || mIsStopped) {

@@ -27,6 +27,9 @@ class RecordedOrder {
     recording::Crossing const& at(size_t index) const { return mRecording.crossings[index]; }
     bool isCut() const { return mRecording.isCut; }
 
+    /** The crossing whose turn it is; size() when all have happened. */
+    size_t next() const;
+
     /** Blocks until every crossing before this one has happened. */
     void awaitTurn(size_t index);
 
@@ -68,7 +71,7 @@ class RecordedOrder {
     std::string missingText(size_t index) const;
 
     Recording const& mRecording;
-    host::Mutex mLock;
+    mutable host::Mutex mLock;
     host::Condition mChanged;
     size_t mNext HOST_GUARDED_BY(mLock) = 0;
     size_t mRunning HOST_GUARDED_BY(mLock);  // threads

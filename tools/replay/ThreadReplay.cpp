@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Fields.h"
+#include "Lookahead.h"
 
 namespace quen::replay {
 namespace {
@@ -81,6 +82,13 @@ size_t ThreadReplay::meet(Crossing const& actual, uint64_t call) {
         mOrder.stop("no. " + std::to_string(index + 1) + ", session " +
                     std::to_string(recorded.session()) + ": recorded \"" + titleOf(recorded) +
                     "\", now \"" + titleOf(actual) + "\"");
+    }
+    if (recorded.isp_call().operation() == recording::IspCall::CONFIGURE) {
+        if (auto const number = findOutstanding(mOrder, mOrder.next(), index)) {
+            mComparison.add(index, recorded,
+                            "recorded after the result of request " + std::to_string(*number) +
+                                    ", now before it");
+        }
     }
     mOrder.awaitTurn(index);
     mComparison.compare(index, recorded, actual);
