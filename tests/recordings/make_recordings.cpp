@@ -322,6 +322,26 @@ void recordModes(ScriptedIsp& isp) {
         client.develop(++number);
     }
     quen::host::clearEventString("APP_NAME");
+    struct {
+        int64_t mode;
+        int32_t scene;
+        int32_t feedback;
+    } const captures[] = {
+            {1ll << 27, 0x180000, 0x10}, {1ll << 27, 0x300000, 0x8}, {1ll << 27 | 1ll << 35, 0, 0}};
+    for (auto const& capture : captures) {
+        client.settings()
+                .i64(tags::kCurrentMode, capture.mode)
+                .i32(tags::kSceneMode, capture.scene)
+                .i32(tags::kFeedback, capture.feedback);
+        client.develop(++number);
+    }
+    client.settings().i64(tags::kCurrentMode, 4).i32(tags::kFeedback, 1).i32(tags::kUiMode, 1);
+    client.process(++number, client.image(1, kRaw16), {client.image(2, kYuv)}, {});
+    for (int const index : {0, 5}) {
+        Answer answer;
+        answer.metadata = ispBuffer({ispRecord<int32_t>(tags::kBufferIndex, 1, {index})});
+        client.develop(++number, answer);
+    }
     client.settings().i32(tags::kForDepth, 1).i32(tags::kFusion, 1);
     client.develop(++number);
     client.settings().i32(tags::kForDepth, 0).i32(tags::kDualSlave, 0);
@@ -359,6 +379,8 @@ void recordReconfigurations(ScriptedIsp& isp) {
     }
     client.device().setOfflineCallback(nullptr);
     client.device().config({{1, kPrivate, 16, 8, false}}, {{2, kYuv, 16, 8, true}}, nullptr);
+    client.device().config({{1, kRaw16, 70000, 70000, false}},
+                           {{2, kYuv, 16, 8, true}, {4, kYuv, 96, 8, true}}, nullptr);
     client.device().flush();
 }
 
@@ -384,6 +406,9 @@ void recordErrors(ScriptedIsp& isp) {
     Answer failed;
     failed.status = isphal::Status::INTERNAL_ERROR;
     client.encode(22, failed);
+    Answer nameless;
+    nameless.status = static_cast<isphal::Status>(6);
+    client.encode(25, nameless);
     Answer refused;
     refused.refuses = true;
     client.encode(23, refused);
