@@ -233,6 +233,7 @@ class Client {
     ImageBuffer image(int stream, int format, int width = kWidth, int height = kHeight) {
         int const bytes = format == kBlob    ? kJpegBytes
                           : format == kRaw10 ? width * height * 5 / 4
+                          : format == kRaw16 ? width * height * 2
                                              : width * height * 3 / 2;
         Memory const& memory =
                 mMemory.emplace_back(bytes, static_cast<uint32_t>(stream * 100 + ++mImages));
