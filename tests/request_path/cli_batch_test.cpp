@@ -1,9 +1,11 @@
 // quen-reprocess with many inputs, several of them in work at a time.
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "command/Pipeline.h"
@@ -159,6 +161,12 @@ TEST_F(CliBatchTest, AnInterruptedBatchEndsWhatIsInWork) {
     }
     EXPECT_THAT(get("out.txt"), HasSubstr(std::to_string(made.size()) + " of 300 reprocessed"));
     EXPECT_THAT(get("out.txt"), HasSubstr("not begun: interrupted"));
+
+    // A signal that whoever started it wants ignored stays ignored.
+    EXPECT_EQ(0, shell("trap '' HUP; { " QUEN_REPROCESS +
+                       inputs.substr(0, inputs.find(" f20.raw")) + " f299.raw" + kHeaderless +
+                       "--format nv21 --jobs 1 -o all >said & } && "
+                       "{ read first; kill -HUP $!; cat; } <said >out.txt; wait $!"));
 }
 
 namespace {
@@ -170,6 +178,7 @@ class NotingStages : public PipelineStages {
         std::lock_guard<std::mutex> const guard(mLock);
         ++mHeld;
         mostHeld = std::max(mostHeld, mHeld);
+        mostUnwritten = std::max(mostUnwritten, ++mRead - written.size());
         return 100;
     }
     void submit(size_t frame) override { submitted.push_back(frame); }
@@ -182,7 +191,11 @@ class NotingStages : public PipelineStages {
             mStopped = true;
         }
     }
-    void write(size_t frame) override { written.push_back(frame); }
+    void write(size_t frame) override {
+        std::this_thread::sleep_for(writingTakes);
+        std::lock_guard<std::mutex> const guard(mLock);
+        written.push_back(frame);
+    }
     bool isStopped() override {
         std::lock_guard<std::mutex> const guard(mLock);
         return mStopped;
@@ -192,10 +205,13 @@ class NotingStages : public PipelineStages {
     std::vector<size_t> submitted, finished, written;
     size_t mostHeld = 0;
     size_t mostAhead = 0;
+    size_t mostUnwritten = 0;
+    std::chrono::milliseconds writingTakes{0};
 
   private:
     std::mutex mLock;
     size_t mHeld = 0;
+    size_t mRead = 0;
     bool mStopped = false;
 };
 
@@ -230,4 +246,10 @@ TEST(PipelineTest, WritesWhatWasReadBeforeAStop) {
     EXPECT_GE(done, 51u);
     EXPECT_LE(done, 51u + 4);
     EXPECT_EQ(stages.written.size(), done);
+
+    // What waits for a slow disk is limited, too.
+    NotingStages slow;
+    slow.writingTakes = std::chrono::milliseconds(2);
+    Pipeline(60, 2, SIZE_MAX, slow).run();
+    EXPECT_LE(slow.mostUnwritten, 2u + 1 + 2 + 1);
 }

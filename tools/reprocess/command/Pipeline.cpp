@@ -77,13 +77,12 @@ void Pipeline::stop() {
 
 /** Whether another frame may be read now. */
 bool Pipeline::mayRead() const {
-    size_t const held = mBegun - mFinished;
-    if (held == 0) {
-        return true;
+    if (mBegun - mWritten >= mJobs + kReadAhead + kMostUnwritten) {
+        return false;
     }
+    size_t const held = mBegun - mFinished;
     size_t const room = mLargest == 0 ? 1 : mMemory / mLargest;
-    return held < std::min(mJobs + kReadAhead, room) &&
-           mBegun - mWritten < mJobs + kReadAhead + kMostUnwritten;
+    return held == 0 || held < std::min(mJobs + kReadAhead, room);
 }
 
 void Pipeline::readFrames() {
