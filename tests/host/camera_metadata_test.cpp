@@ -228,9 +228,10 @@ TEST(CameraMetadata, ValidationFindsEveryBrokenFigure) {
     size_t const size = get_camera_metadata_size(metadata.get());
     // Words of the header, then of the first entry, and the second's type.
     std::pair<size_t, uint32_t> const faults[] = {
-            {0, 200},         {0, 80}, {3, 3},          {4, 0x10000002}, {5, 52},         {5, 0},
-            {6, 17},          {6, 0},  {7, UINT32_MAX}, {8, 84},         {8, 64},         {13, 3},
-            {13, UINT32_MAX}, {14, 4}, {14, 16},        {15, NUM_TYPES}, {19, TYPE_INT32}};
+            {0, 200}, {0, 80},         {3, 3},           {4, 0x10000002}, {5, 52},
+            {5, 0},   {6, 17},         {6, 0},           {7, UINT32_MAX}, {8, 84},
+            {8, 64},  {13, 3},         {13, UINT32_MAX}, {17, 0},         {14, 4},
+            {14, 16}, {15, NUM_TYPES}, {19, TYPE_INT32}};
     ASSERT_EQ(validate_camera_metadata_structure(metadata.get(), &size), 0);
     for (auto const& [word, value] : faults) {
         uint32_t& figure = reinterpret_cast<uint32_t*>(metadata.get())[word];

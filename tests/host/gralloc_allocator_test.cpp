@@ -68,7 +68,7 @@ TEST_F(GrallocAllocator, LaysOutEveryFormat) {
             {PixelFormat::YV12, 65, 3, 128, yv12, 640, "YV12"},
             {PixelFormat::BLOB, 1001, 1, 1001, blob, 1001, ""},
             {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+-1 @0/128 49x2 0 =256 1:1:1"}, 256, ""},
-            {PixelFormat::RAW12, 43, 2, 85, {"1048576:0+-1 @0/128 43x2 0 =256 1:1:1"}, 256, ""},
+            {PixelFormat::RAW12, 85, 2, 128, {"1048576:0+-1 @0/192 85x2 0 =384 1:1:1"}, 384, ""},
             {PixelFormat::RAW16, 33, 2, 64, raw16, 256, "R16 "},
             {PixelFormat::RGBA_8888, 17, 2, 32, rgba, 256, "AB24"},
     };

@@ -76,7 +76,10 @@ TEST(NativeHandle, RefusesSizesAlignmentAndVersionsThatAreNotIts) {
     native_handle_t* const half = native_handle_create(2, 0);
     half->data[0] = STDIN_FILENO;
     half->data[1] = 1 << 20;
+    int const lowest = dup(STDIN_FILENO);
+    close(lowest);
     EXPECT_EQ(native_handle_clone(half), nullptr);
+    EXPECT_FALSE(isOpen(lowest)) << "what was cloned by then is closed";
     native_handle_delete(half);
     alignas(native_handle_t) char storage[sizeof(native_handle_t) + 8];
     EXPECT_EQ(native_handle_init(storage + 1, 1, 0), nullptr);

@@ -245,6 +245,28 @@ TEST_F(SoftwareIsp, EncodesAtTheSizeOfItsOutput) {
     EXPECT_EQ(results->told(1), "1 OK ");
     std::string const file(reinterpret_cast<char*>(blob.data), kBytes);
     EXPECT_NE(file.find(std::string("\0\x11\x08\0\x18\0\x20", 7)), std::string::npos);
+    Buffer const trailerAlone(8, 1, kBlob);
+    EXPECT_EQ(submit(request(2, yuv.raw, {trailerAlone.raw})), Status::ILLEGAL_ARGUMENT);
+}
+
+TEST_F(SoftwareIsp, TellsOfTheFrameBesideEachOutput) {
+    ASSERT_EQ(configure(rawStream, {yuvStream}), Status::OK);
+    Buffer const given(kCalibrationBufferBytes, 1, kBlob);
+    Buffer const made(kCalibrationBufferBytes, 1, kBlob);
+    ISPRequest wanted = request(5, raw.raw, {yuv.raw});
+    wanted.inputBuffers[0].tuningData = given.raw;
+    wanted.outputBuffers[0].tuningData = made.raw;
+    encodeCalibration({3, 4, 0}, {}, given.data, kCalibrationBufferBytes);
+    size_t count = 0;
+    for (int const frameNumber : {4, 5}) {
+        ASSERT_EQ(submit(wanted), Status::OK);
+        results->told(++count);
+        CalibrationHeader const header =
+                decodeCalibrationHeader(made.data, kCalibrationBufferBytes);
+        EXPECT_EQ(header.requestNo, 5);
+        EXPECT_EQ(header.frameNumber, frameNumber);
+        memset(given.data + 64, 0, 4);  // a header without a calibration means nothing
+    }
 }
 
 TEST_F(SoftwareIsp, TakesInterleavedRgbInABlock) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/isp/develop/Develop.h"
+#include "host/isp/develop/Refinement.h"
 #include "host/isp/develop/Resample.h"
 #include "host/isp/develop/ScaledPlane.h"
 #include "host/isp/jpeg/Exif.h"
@@ -163,6 +164,10 @@ TEST(Develop, DenoisingCalmsFlatPartsAndKeepsEdges) {
         }
     }
     EXPECT_LT(roughness[1], 0.7 * roughness[0]);
+    calibration.sharpening = 1;
+    int const strongest = refinementFor(calibration).sharpening;
+    calibration.sharpening = 9;
+    EXPECT_EQ(refinementFor(calibration).sharpening, strongest);
 }
 
 /** A picture of an arrangement, 0 NV12, 1 NV21, 2 planar, whose samples encode their position. */

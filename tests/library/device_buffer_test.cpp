@@ -108,6 +108,12 @@ TEST_F(DeviceBufferTest, WhatIsNoPictureStaysAsItWasAllocated) {
     hidl_handle const unreachable = allocate(source.data(), 64, 4, kNv21);
     EXPECT_THAT(Mapping(unreachable->data[0]).bytes(64 * 6), Each(0));
     EXPECT_THAT(mMapper.calls, ElementsAre("import", "lock", "unlock", "free"));
+
+    std::vector<uint8_t> target(512, 238);
+    mMapper.onGet = giving(Error::NONE, layoutsOf("Y0 0 8 64  V0U8 256 16 64"));
+    mMapper.onLock = giving(Error::NONE, static_cast<void*>(target.data()));
+    allocate(source.data(), 64, -4, kNv21);
+    EXPECT_THAT(target, Each(238)) << "no rows";
 }
 
 }  // namespace
