@@ -50,6 +50,7 @@ declare -rA first_programs=(
     [log]=library_lifecycle
     [mapper]=library_mapper_helper
     [metadata]="library_request_metadata library_tuning"
+    [pipeline]=request_path_cli_batch
     [process]="request_path_process request_path_transcripts"
     [reconfigure]=library_reconfigure
     [records]=request_path_transcripts

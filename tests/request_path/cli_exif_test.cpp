@@ -80,6 +80,10 @@ TEST_F(CliExifTest, WhatIsSaidOfACaptureStandsInEachOfItsJpegs) {
     ASSERT_EQ(0, run("shot.dng -o set.jpg --set android.jpeg.orientation=180").exitCode);
     EXPECT_THAT(get("set.jpg"), HasSubstr(entry(274, 3, 3)));
 
+    put("shot.dng", asDng(kBrick, "rggb", {{274, 3, 1, 2}}));
+    ASSERT_EQ(0, run("shot.dng -o turned.jpg --rotate 90").exitCode);
+    EXPECT_THAT(get("turned.jpg"), HasSubstr(entry(274, 3, 6))) << "and not mirrored any more";
+
     // Nothing is said where nothing is known.
     put("in.raw", bytesOf(mosaic(kGrey, "rggb", 10, 64)));
     ASSERT_EQ(0, run("in.raw -o bare.jpg --size 64x48 --bayer rggb --rotate 270").exitCode);
@@ -88,6 +92,14 @@ TEST_F(CliExifTest, WhatIsSaidOfACaptureStandsInEachOfItsJpegs) {
         EXPECT_THAT(bare, Not(HasSubstr(textEntry(tag)))) << tag;
     }
     EXPECT_THAT(bare, AllOf(HasSubstr(entry(274, 3, 8)), HasSubstr(kSoftware)));
+    std::string const mirrored = std::string(
+                                         "\xff\xe1\0\x22"
+                                         "Exif\0\0II*\0\x8\0\0\0\1\0",
+                                         20) +
+                                 entry(274, 3, 2) + std::string(4, '\0');
+    put("mirrored.jpg", bare.substr(0, 2) + mirrored + bare.substr(bare.find("\xff\xdb")));
+    ASSERT_EQ(0, run("mirrored.jpg -o again.jpg").exitCode);
+    EXPECT_THAT(get("again.jpg"), HasSubstr(entry(274, 3, 2)));
 }
 
 TEST_F(CliExifTest, APictureKeepsItsColourProfile) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@ namespace {
 using namespace quentest;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 // Rows with padding behind them, after a header, both of samples that are no part of the picture.
 std::string padded(std::string const& rows, size_t stride, size_t offset) {
@@ -33,17 +35,22 @@ std::string swapped(std::string bytes) {
     return bytes;
 }
 
-std::string greyJpeg(int width, int height) {
-    std::vector<uint8_t> const pixels(static_cast<size_t>(width * height), 118);
+std::string jpegOf(int width, int height, int format) {
+    size_t const samples = static_cast<size_t>(width * height * tjPixelSize[format]);
+    std::vector<uint8_t> const pixels(samples, 118);
     tjhandle const encoder = tjInitCompress();
     uint8_t* bytes = nullptr;
     unsigned long size = 0;
-    tjCompress2(encoder, pixels.data(), width, 0, height, TJPF_GRAY, &bytes, &size, TJSAMP_GRAY, 90,
-                0);
+    tjCompress2(encoder, pixels.data(), width, 0, height, format, &bytes, &size,
+                format == TJPF_GRAY ? TJSAMP_GRAY : TJSAMP_444, 90, 0);
     std::string const file(reinterpret_cast<char*>(bytes), size);
     tjFree(bytes);
     tjDestroy(encoder);
     return file;
+}
+
+std::string greyJpeg(int width, int height) {
+    return jpegOf(width, height, TJPF_GRAY);
 }
 
 using CliInputsTest = CliTest;
@@ -57,7 +64,7 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
     } const cases[] = {
             {packed(twelve, 2, 12), "--black 256"},
             {packed(fourteen, 4, 14), "--black 1024"},
-            {swapped(ten), "--black 64 --layout words-be"},
+            {swapped(ten), "--black 64 --layout Words-BE"},
             {padded(ten, 192, 10), "--black 64 --stride 192 --offset 10"},
             {padded(ten, 131, 7), "--black 64 --stride 131 --offset 7"},
             {padded(packed(twelve, 2, 12), 100, 3), "--black 256 --stride 100 --offset 3"},
@@ -90,10 +97,26 @@ TEST_F(CliInputsTest, PackedSamplesAreTheWordsToTheBit) {
         put("words.raw", bytesOf(samples));
         put("packed.raw", packed(samples, bits == 12 ? 2 : 4, bits));
         std::string const options = " --size 64x48 --bayer rggb --bits " + std::to_string(bits);
-        ASSERT_EQ(0, run("words.raw -o words.nv21" + options).exitCode);
-        ASSERT_EQ(0, run("packed.raw -o packed.nv21" + options).exitCode);
-        EXPECT_EQ(get("packed.nv21"), get("words.nv21"));
+        for (char const* const raw16 : {"", " --raw16"}) {
+            ASSERT_EQ(0, run("words.raw -o words.nv21" + options + raw16).exitCode);
+            ASSERT_EQ(0, run("packed.raw -o packed.nv21" + options + raw16).exitCode);
+            EXPECT_EQ(get("packed.nv21"), get("words.nv21"));
+        }
     }
+    // Samples of 16 bits are rounded to the 10 that the ISP is asked for.
+    std::vector<uint16_t> fine, rounded;
+    for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
+        fine.push_back(static_cast<uint16_t>(i * 21));
+        rounded.push_back(static_cast<uint16_t>(std::min((fine.back() + 32) >> 6, 1023)));
+    }
+    put("fine.raw", bytesOf(fine));
+    put("rounded.raw", bytesOf(rounded));
+    for (std::string const name : {"fine.raw --bits 16", "rounded.raw --bits 10"}) {
+        ASSERT_EQ(0, run(name + " -o " + name.substr(0, 4) +
+                         ".nv21 --size 64x48 --bayer rggb --raw16 --ui-mode 16")
+                             .exitCode);
+    }
+    EXPECT_EQ(get("fine.nv21"), get("roun.nv21"));
 }
 
 // An odd picture is as an even one without its last column and row; the largest is taken.
@@ -102,11 +125,16 @@ TEST_F(CliInputsTest, PicturesOfAnySizeAreTaken) {
     put("even.yuv", even + std::string(32 * 24, 'v'));
     put("odd.yuv",
         std::string(65 * 49, 'y') + std::string(33 * 25, 'u') + std::string(33 * 25, 'v'));
-    ASSERT_EQ(0, run("even.yuv -o even.jpg --size 64x48").exitCode);
-    EXPECT_THAT(run("odd.yuv -o odd.jpg --size 65x49").err, HasSubstr("column and row are left"));
+    ASSERT_EQ(0, run("even.yuv -o even.jpg --size 64x48 --rotate 90").exitCode);
+    EXPECT_THAT(run("odd.yuv -o odd.jpg --size 65x49 --rotate 90").err,
+                HasSubstr("column and row are left"));
     EXPECT_EQ(get("odd.jpg"), get("even.jpg"));
+    EXPECT_EQ(1, run("odd.yuv -o no/folder.jpg --size 65x49").exitCode);
+    EXPECT_THAT(get("err.txt"), Not(HasSubstr("left out"))) << "of no picture";
     put("long.raw", std::string(65500 * 8 * 2, '\0'));
     EXPECT_EQ(0, run("long.raw -o long.nv21 --size 65500x8 --bayer rggb").exitCode);
+    put("six.raw", std::string(66 * 48 * 2, '\0'));  // no group of four ends its rows
+    EXPECT_EQ(0, run("six.raw -o six.nv21 --size 66x48 --bayer rggb").exitCode);
 }
 
 // What lies around it is as bright as can be, and the order of colours is another there.
@@ -147,7 +175,8 @@ TEST_F(CliInputsTest, ADngIsCutToItsActiveAreaAndItsDefaultCrop) {
         Outcome const outcome = run("in.dng -o out.nv21");
         ASSERT_EQ(0, outcome.exitCode) << outcome.err;
         EXPECT_THAT(outcome.out, HasSubstr(c.size));
-        EXPECT_EQ(c.height % 2 != 0, outcome.err.find("left out") != std::string::npos);
+        std::string const lost = c.width % 2 != 0 ? "last column and row are" : "last row is";
+        EXPECT_EQ(c.height % 2 != 0, outcome.err.find(lost + " left out") != std::string::npos);
         std::string const picture = get("out.nv21");
         size_t const pixels = size_t{c.width & ~1u} * (c.height & ~1u);
         ASSERT_EQ(pixels * 3 / 2, picture.size());
@@ -166,6 +195,16 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     put("small.jpg", greyJpeg(64, 6));
     put("words.raw", bytesOf(mosaic(kGrey, "rggb", 12, 0)));
     put("short.raw", std::string(1000, 0));
+    put("packed.raw", std::string(64 * 48 * 3 / 2, 0));
+    put("inks.jpg", jpegOf(64, 48, TJPF_CMYK));
+    shell("mkfifo pipe");
+    put("unbalanced.dng", asDng(kGrey, "rggb", {{50728, 5, 3, 960}}));
+    EXPECT_THAT(run("unbalanced.dng -o x.jpg").err, HasSubstr("no white balance of its own"));
+    std::string levels = asDng(kGrey, "rggb", {{50713, 3, 2, 2 | 2 << 16}, {50714, 3, 4, 960}});
+    uint16_t const blacks[] = {612, 512, 513, 512};
+    put("levels.dng", levels.replace(960, sizeof(blacks), bytesOf(blacks)));
+    EXPECT_THAT(run("levels.dng -o x.jpg --info").out, HasSubstr("Gb B 612 512 513 512,"));
+    fs::remove(path("x.jpg"));
     std::string const jpeg = greyJpeg(640, 480);
     put("cut.jpg", jpeg.substr(0, jpeg.size() / 2));
     put("noise.raw", std::string(5000, 7));
@@ -186,31 +225,37 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     lossless += std::string(15, '\0') + "\x0f" + std::string("\xff\xda\0\x08\1\1\0\1\0\0", 10);
     put("damaged.dng", lossless + std::string(64 * 48 * 2, '\x7f'));
     std::set<std::string> const before = names();
-    expectErrors(1,
-                 {
-                         {"cut.dng -o x.jpg", "ends before the picture does"},
-                         {"cut.nv21 -o x.jpg --size 64x48", "ends before the picture does"},
-                         {"cut.jpg -o x.jpg", "ends before the picture does"},
-                         {"small.jpg -o x.jpg", "is 64x6 pixels, and the ISP takes sides of 8 to"},
-                         {"noise.raw -o x.jpg", "is no raw file that LibRaw knows"},
-                         {"sized.raw -o x.jpg", "is no raw file that LibRaw knows"},
-                         {"noise.jpg -o x.jpg", "is no JPEG, though its name says so"},
-                         {"damaged.dng -o x.jpg", "is damaged"},
-                         {"compressed-7.dng -o x.jpg", "cannot be decompressed"},
-                         {"compressed-99.dng -o x.jpg",
-                          "compressed in a way that LibRaw cannot undo (99)"},
-                         // Headerless samples that are not what they are said to be.
-                         {"words.raw -o x.jpg", "--bayer"},
-                         {"words.raw -o x.jpg --size 64x48 --bayer rggb --bits 8", "--bits"},
-                         {"words.raw -o x.jpg --size 64x50 --bayer rggb --bits 12", "6400"},
-                         {"short.raw -o x.jpg --size 64x48 --bayer rggb", "3840 as packed RAW10"},
-                         {"words.raw -o x.jpg --size 64x48 --bayer rggb --layout raw12",
-                          "takes 4608 as packed RAW12"},
-                         {"words.raw -o x.jpg --size 64x48 --bayer rggb --stride 100",
-                          "4800 as packed RAW12, 4800 as"},
-                         {"words.raw -o x.jpg --size 64x48 --bayer rggb --bits 12 --black 4095",
-                          "--black"},
-                 });
+    expectErrors(
+            1,
+            {
+                    {"cut.dng -o x.jpg", "ends before the picture does"},
+                    {"cut.nv21 -o x.jpg --size 64x48", "ends before the picture does"},
+                    {"cut.jpg -o x.jpg", "ends before the picture does"},
+                    {"small.jpg -o x.jpg", "is 64x6 pixels, and the ISP takes sides of 8 to"},
+                    {"noise.raw -o x.jpg", "is no raw file that LibRaw knows"},
+                    {"sized.raw -o x.jpg", "is no raw file that LibRaw knows"},
+                    {"noise.jpg -o x.jpg", "is no JPEG, though its name says so"},
+                    {"damaged.dng -o x.jpg", "is damaged"},
+                    {"compressed-7.dng -o x.jpg", "cannot be decompressed"},
+                    {"compressed-99.dng -o x.jpg",
+                     "compressed in a way that LibRaw cannot undo (99)"},
+                    // Headerless samples that are not what they are said to be.
+                    {"words.raw -o x.jpg", "--bayer"},
+                    {"words.raw -o x.jpg --size 64x48 --bayer rggb --bits 9", "--bits"},
+                    {"packed.raw -o x.jpg --size 64x48 --bayer rggb --bits 14", "--bits says 14"},
+                    {"words.raw -o x.jpg --size 64x47 --bayer rggb --layout words",
+                     "takes 6016 in words"},
+                    {"inks.jpg -o x.jpg", "is a CMYK JPEG"},
+                    {"pipe -o x.jpg", "is not a regular file"},
+                    {"words.raw -o x.jpg --size 64x50 --bayer rggb --bits 12", "6400"},
+                    {"short.raw -o x.jpg --size 64x48 --bayer rggb", "3840 as packed RAW10"},
+                    {"words.raw -o x.jpg --size 64x48 --bayer rggb --layout raw12",
+                     "takes 4608 as packed RAW12"},
+                    {"words.raw -o x.jpg --size 64x48 --bayer rggb --stride 100",
+                     "4800 as packed RAW12, 4800 as"},
+                    {"words.raw -o x.jpg --size 64x48 --bayer rggb --bits 12 --black 4095",
+                     "--black"},
+            });
     EXPECT_EQ(names(), before);
 }
 
@@ -235,6 +280,7 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {words + "64x48 --wb 1,1,1x", "--wb"},
                             {words + "64x48 --black 1,2,3,", "--black"},
                             {words + "64x48 --matrix 1,0,0,0,1,0,0,0", "--matrix"},
+                            {words + "64x48 --matrix 1,0,0,0,65,0,0,0,1", "--matrix"},
                             {"shot.jpg -o x.jpg --wb 1,1,1", "--wb"},
                             {"shot.jpg -o x.jpg --size 64x48", "--size"},
                             {"shot.jpg -o x.jpg --raw16", "--raw16"},
@@ -249,7 +295,10 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {"shot.dng -o x.jpg --set currentMode=abc", ""},
                             {"shot.dng -o x.jpg --set 0x000d0000=1,2", ""},
                             {"shot.dng -o x.jpg --set 0x000d0000=1,,2,3", ""},
-                            {"shot.dng -o x.jpg --set ispFeatureHint=28", ""},
+                            {"shot.dng -o x.jpg --set ispFeatureHint=28",
+                             "a request cannot carry ispFeatureHint"},
+                            {"shot.dng -o x.jpg --set fusion=", "is no assignment"},
+                            {"shot.dng -o x.jpg --set fusion=1,2", "takes 1 value(s), not 2"},
                             {"shot.nv21 -o x.jpg --size 64x48 --bayer rggb", "--bayer"},
                             {"demo shot.dng", ""},
                             {"demo -o x.nv21", ""},

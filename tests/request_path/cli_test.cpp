@@ -96,11 +96,15 @@ TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     for (char const* const line :
          {"tuningMode[^\n]* 6003\n", "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV",
           "YUV2JPEG", "sceneMode[^\n]* -2147483648\n",
-          "requestNo 1, frameNumber 1, totalUsedBytes [1-9]"}) {
+          "requestNo 1, frameNumber 1, totalUsedBytes [1-9]", "stride 128, usage",
+          "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05", "gains R Gr Gb B 2 1 1 1.[45]",
+          "black R Gr Gb B 512 512 512 512"}) {
         EXPECT_THAT(both.out, ContainsRegex(line));
     }
     Outcome const plain = run("shot.dng -o shot.nv21 --info --ui-mode 16");
     EXPECT_THAT(plain.out, ContainsRegex("rawBitDepth[^\n]* 10\n"));
+    EXPECT_THAT(plain.out, ContainsRegex("cameraId[^\n]* 0\n[^\n]*currentUiMode[^\n]* 16\n"))
+            << "the session's settings";
     expectColour("shot.nv21", kBrick);
 
     Outcome const encoded = run("shot.nv21 --size 64x48 -o from-nv21.jpg");
@@ -108,7 +112,7 @@ TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     EXPECT_EQ(1, std::count(encoded.out.begin(), encoded.out.end(), '\n')) << "no sum of one";
     EXPECT_EQ(0, run("shot.dng -o shot.yuv --ui-mode 16").exitCode);
     EXPECT_EQ(0, run("shot.yuv --size 64x48 -o from-yuv.jpg").exitCode);
-    EXPECT_EQ(get("from-nv21.jpg").size(), get("from-yuv.jpg").size());
+    EXPECT_EQ(get("from-nv21.jpg"), get("from-yuv.jpg"));
     // The camera was turned: both encodings say so, the second because the first did.
     EXPECT_EQ(0, run("shot.jpg -o again.jpg").exitCode);
     EXPECT_THAT(get("again.jpg"), HasSubstr(std::string("\0\x11\x08\0\x30\0\x40", 7)));  // 64x48
@@ -134,7 +138,7 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
     put("kept.jpg", "kept");
     EXPECT_EQ(1, run("noise.dng -o kept.jpg").exitCode);
     // The ISP says why, and the tool repeats it.
-    std::string const refused = " -o kept.jpg --log error";
+    std::string const refused = " -o kept.jpg --log error --timeout 3600";
     expectErrors(1, {
                             {"good.dng --set 0x000d0000=0,0,-5,9" + refused,
                              "ILLEGAL_ARGUMENT: the crop is not"},
@@ -144,7 +148,7 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
                              "orientation is none of 0 to 270"},
                             {"out/good.jpg --set android.jpeg.orientation=7" + refused,
                              "quen-isp: a request is refused"},
-                            {"good.dng -o nowhere/x.jpg", ""},
+                            {"good.dng -o nowhere/x.jpg", "its output nowhere/x.jpg cannot"},
                             {"out/good.jpg -o out/good.jpg", ""},
                             {"out/good.jpg -o decoded.nv21", ""},
                     });
@@ -163,6 +167,8 @@ TEST_F(CliTest, WhatCannotBeWrittenIsToldAndLeavesNothing) {
     EXPECT_EQ(1, run("shot.dng -o x.jpg --info >/dev/full 2>err.txt #").exitCode);
     EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written"));
     fs::remove(path("x.jpg"));
+    EXPECT_EQ(1, shell("ulimit -f 1 && " QUEN_REPROCESS " shot.dng -o x.nv21 2>err.txt"));
+    EXPECT_THAT(get("err.txt"), HasSubstr("shot.dng: cannot"));
 
     // A disk with room for a page.
     put("full.sh", "mkdir disk && mount -t tmpfs -o size=4096 none disk || exit 77\n" QUEN_REPROCESS
@@ -208,8 +214,8 @@ TEST_F(CliTest, DamagedFiguresAreToldBeforeTheyAreUsed) {
             {"whole.jpg", std::string("\0\x11\x08\0\x30\0\x40", 7),
              std::string("\0\x11\x08\xff\0\xff\0", 7), "65280x65280 pixels"},
             {"whole.dng", std::string("\0\1\4\0\1\0\0\0\x40\0\0\0\1\1\4\0\1\0\0\0\x30\0", 22),
-             std::string("\0\1\4\0\1\0\0\0\0\x60\0\0\1\1\4\0\1\0\0\0\0\x60", 22),
-             "24576x24576 pixels"},
+             std::string("\0\1\4\0\1\0\0\0\0\x08\0\0\1\1\4\0\1\0\0\0\0\x08", 22),
+             "2048x2048 pixels"},
             {"whole.dng", std::string("\3\0\1\0\0\0\0\2\0\0\x1d", 11),
              std::string("\4\0\1\0\0\0\xff\xff\xff\x7f\x1d", 11), "black level of 2147483648"},
     };
@@ -226,6 +232,13 @@ TEST_F(CliTest, HelpIsGivenAndClosedDescriptorsAreNoFiles) {
     put("in.dng", asDng(kGrey, "rggb"));
     EXPECT_EQ(0, run("--help").exitCode);
     EXPECT_THAT(run("--version").out, testing::MatchesRegex("quen-reprocess [0-9.]+\n"));
+    Outcome const poor = run("demo -o poor.jpg --quality 1");
+    EXPECT_EQ(3, poor.exitCode) << "below 30 dB";
+    double all = 0, red = 0, green = 0, blue = 0;
+    std::sscanf(poor.out.c_str() + poor.out.find("PSNR"),
+                "PSNR %lf dB %*[^R]RGB, all channels; R %lf, G %lf, B %lf", &all, &red, &green,
+                &blue);
+    EXPECT_TRUE(all > std::min({red, green, blue}) && all < std::max({red, green, blue}));
     // Without the three standard descriptors no file of the run takes their place.
     EXPECT_EQ(0, shell(QUEN_REPROCESS " in.dng -o x.nv21 0<&- 1>&- 2>&-"));
     expectColour("x.nv21", kGrey);
