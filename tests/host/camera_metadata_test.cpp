@@ -334,6 +334,9 @@ TEST(CameraMetadata, IsDumpedAsText) {
     EXPECT_THAT(dumped(metadata.get(), 0), Not(HasSubstr("     [")));
     EXPECT_THAT(dumped(metadata.get(), 2), HasSubstr("     [3 3 3 3 ]\n     [3 ]\n"));
     std::string const text = dumped(metadata.get(), 1);
+    int64_t const times[] = {7, 8, 9};
+    quen::host::addEntryOfType(metadata.get(), 0x80ff0002, TYPE_INT64, times, 3);
+    EXPECT_THAT(dumped(metadata.get(), 1), HasSubstr("     [7 8 ]\n     [9 ]\n"));
     EXPECT_EQ(text,
               " Dumping camera metadata array: 4 / 6 entries, 128 / 300 bytes of extra data.\n"
               "   Version: 1, Flags: 00000000\n"

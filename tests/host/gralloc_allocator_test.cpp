@@ -94,6 +94,9 @@ TEST_F(GrallocAllocator, RefusesWhatCannotBeAllocated) {
     allocate({}, 1, Error::BAD_DESCRIPTOR);
     allocate(hidl_vec<uint8_t>(good.begin(), good.end() - 1), 1, Error::BAD_DESCRIPTOR);
     hidl_vec<uint8_t> bad = good;
+    bad.resize(good.size() + 1);
+    allocate(bad, 1, Error::BAD_DESCRIPTOR);
+    bad = good;
     memset(bad.data() + 4, 0, 4);  // its width
     allocate(bad, 1, Error::BAD_DESCRIPTOR);
     bad = good;

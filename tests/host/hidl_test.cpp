@@ -73,6 +73,10 @@ TEST(NativeHandle, RefusesSizesAlignmentAndVersionsThatAreNotIts) {
     EXPECT_EQ(native_handle_create(NATIVE_HANDLE_MAX_FDS + 1, 0), nullptr);
     EXPECT_EQ(native_handle_create(0, NATIVE_HANDLE_MAX_INTS + 1), nullptr);
     EXPECT_EQ(native_handle_create(-1, 0), nullptr);
+    native_handle_t* const largest =
+            native_handle_create(NATIVE_HANDLE_MAX_FDS, NATIVE_HANDLE_MAX_INTS);
+    EXPECT_NE(largest, nullptr);
+    native_handle_delete(largest);
     native_handle_t* const half = native_handle_create(2, 0);
     half->data[0] = STDIN_FILENO;
     half->data[1] = 1 << 20;

@@ -247,6 +247,20 @@ TEST_F(SoftwareIsp, EncodesAtTheSizeOfItsOutput) {
     EXPECT_NE(file.find(std::string("\0\x11\x08\0\x18\0\x20", 7)), std::string::npos);
     Buffer const trailerAlone(8, 1, kBlob);
     EXPECT_EQ(submit(request(2, yuv.raw, {trailerAlone.raw})), Status::ILLEGAL_ARGUMENT);
+
+    // The session's quality is that of requests without one; one failure is the request's.
+    ASSERT_EQ(configure(stream(kInput, kNv12),
+                        {stream(kOutput, kBlob, 32, 24), stream(kOutput + 1, kBlob, 32, 24)},
+                        {{0x00070004, {20}}}),
+              Status::OK);
+    Buffer const first(kBytes, 1, kBlob);
+    Buffer const other(kBytes, 1, kBlob);
+    Buffer const tooSmall(100, 1, kBlob);
+    ASSERT_EQ(submit(request(3, yuv.raw, {first.raw, tooSmall.raw})), Status::OK);
+    ASSERT_EQ(submit(request(4, yuv.raw, {tooSmall.raw, other.raw}, {{0x00070004, {20}}})),
+              Status::OK);
+    EXPECT_EQ(results->told(3), "1 OK 3 RESULT_ERROR 4 RESULT_ERROR ");
+    EXPECT_EQ(memcmp(first.data, other.data, kBytes), 0);
 }
 
 TEST_F(SoftwareIsp, TellsOfTheFrameBesideEachOutput) {
@@ -267,15 +281,25 @@ TEST_F(SoftwareIsp, TellsOfTheFrameBesideEachOutput) {
         EXPECT_EQ(header.frameNumber, frameNumber);
         memset(given.data + 64, 0, 4);  // a header without a calibration means nothing
     }
+    // What is wrong with a calibration is no matter where nothing is developed.
+    SensorCalibration wrong;
+    wrong.whiteLevel = -1;
+    encodeCalibration({}, wrong, given.data, kCalibrationBufferBytes);
+    ASSERT_EQ(configure(stream(kInput, kNv12), {yuvStream}), Status::OK);
+    wanted.inputBuffers[0].buffer = Buffer(kWidth, kHeight, kNv12).raw;
+    ASSERT_EQ(submit(wanted), Status::OK);
+    EXPECT_EQ(results->told(3), "5 OK 5 OK 5 OK ");
 }
 
 TEST_F(SoftwareIsp, TakesInterleavedRgbInABlock) {
     ISPStream input = stream(kInput, kBlob);
     input.bufferLayout = 0x00010002;
+    constexpr uint32_t kStride = 6 * kWidth + 10;
+    input.stride = hidl_vec<uint32_t>{kStride, 0, 0};
     ASSERT_EQ(configure(input, {yuvStream}), Status::OK);
-    Buffer const rgb(6 * kWidth * kHeight, 1, kBlob);
+    Buffer const rgb(kStride * kHeight, 1, kBlob);
     for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
-        memset(rgb.data + 6 * i + 4, 0xff, 2);  // pure blue
+        memset(rgb.data + i / kWidth * kStride + i % kWidth * 6 + 4, 0xff, 2);  // pure blue
     }
     ASSERT_EQ(submit(request(1, rgb.raw, {yuv.raw})), Status::OK);
     EXPECT_EQ(results->told(1), "1 OK ");
@@ -324,6 +348,7 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
     void (*const spoilers[])(SensorCalibration&) = {
             [](auto& sensor) { sensor.whiteLevel = -1; },
             [](auto& sensor) { sensor.levelBits = 17; },
+            [](auto& sensor) { sensor.blackLevel[3] = sensor.whiteLevel; },
             [](auto& sensor) { sensor.wbGains[3] = 0; },
             [](auto& sensor) { sensor.colorMatrix[8] = INFINITY; },
             [](auto& sensor) { sensor.exposureGain = 2000; },
@@ -361,6 +386,9 @@ TEST_F(SoftwareIsp, FlushAnswersEverythingThatIsNotBegun) {
             begun.set_value();
             goOn.get_future().wait();
         }
+        // Those behind it, the one for its raw and the one for its picture, are still held.
+        EXPECT_EQ(graphics.mapper->counts().imports,
+                  result.reqNumber == 1 ? 6 : 8 - 2 * result.reqNumber);
     };
     submitSome(1, 3);
     begun.get_future().wait();

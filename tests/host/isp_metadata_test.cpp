@@ -11,6 +11,7 @@
 
 using quen::host::IspMetadataReader;
 using testing::ElementsAreArray;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
@@ -117,6 +118,8 @@ TEST(IspMetadata, TextNamesTagsTypesAndValues) {
               "0x800b000e tuningMode int32[1] -2\n"
               "0x12345678 ? byte[20] 9 9 9 9 9 9 9 9 9 9 9 9 9 9 9 9 ...\n");
     EXPECT_THAT(quen::host::ispMetadataText(buffer.data(), 30), HasSubstr("malformed"));
+    add_isp_metadata_entry(buffer, 0x12345678, 0, bytes.data(), 16, nullptr);
+    EXPECT_THAT(quen::host::ispMetadataText(buffer.data(), buffer.size()), EndsWith(" 9 9\n"));
 }
 
 }  // namespace

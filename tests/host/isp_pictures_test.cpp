@@ -103,9 +103,11 @@ TEST(Develop, ClipsToWhite) {
     SensorCalibration calibration = plainCalibration();
     calibration.wbGains[0] = 0.5f;
     calibration.wbGains[3] = 0.8f;
-    OwnedYuvPicture const picture =
-            developed([](int, int) { return grey(2); }, 32, 40, calibration);
-    expectSamples(picture.view(), 1.01, [](int, int) { return Rgb{255, 128, 128}; });
+    for (double const light : {2.0, 1.1}) {
+        auto const scene = [=](int, int) { return grey(light); };
+        OwnedYuvPicture const picture = developed(scene, 33, 40, calibration);
+        expectSamples(picture.view(), 1.01, [](int, int) { return Rgb{255, 128, 128}; });
+    }
 }
 
 TEST(Develop, KeepsGreysNeutralThroughTheMatrix) {
@@ -300,6 +302,19 @@ TEST(Jpeg, JoinedSlicesDecodeToThePictureAndFitExactlyOrNotAtAll) {
             });
         }
     }
+}
+
+TEST(Exif, LeavesOutWhatItHasNoRoomFor) {
+    PictureFacts picture;
+    picture.thumbnail.assign(70000, 0xff);
+    std::vector<uint8_t> const exif = buildExif(picture);
+    EXPECT_TRUE(!exif.empty() && exif.size() < 1000) << exif.size();
+    CaptureFacts capture;
+    capture.iso = 102400;  // the tag has 16 bits
+    auto const ofCapture = [&](CaptureFacts const& facts) {
+        return exifModule()->ofCapture(exif.data() + 6, exif.size() - 6, true, facts);
+    };
+    EXPECT_EQ(ofCapture(capture), ofCapture({}));
 }
 
 }  // namespace
