@@ -69,6 +69,8 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
             {padded(ten, 131, 7), "--black 64 --stride 131 --offset 7"},
             {padded(packed(twelve, 2, 12), 100, 3), "--black 256 --stride 100 --offset 3"},
             {ten + "trailer", "--black 64 --layout words"},
+            {padded(ten, 192, 10).substr(0, 10 + 47 * 192 + 128),
+             "--black 64 --stride 192 --offset 10"},
             // Half as bright samples, of which white is half as large.
             {bytesOf(mosaic(kBrick, "gbrg", 9, 32)), "--black 32 --white 511"},
             // Only the ratios of gains count.
@@ -83,6 +85,8 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
         Outcome const outcome = run("in.raw -o out.nv21 --size 64x48 --bayer gbrg " + c.options +
                                     (hasGains ? "" : " --wb 2,1,1.5"));
         ASSERT_EQ(0, outcome.exitCode) << outcome.err;
+        EXPECT_EQ(c.bytes == ten + "trailer",
+                  outcome.err.find("last 7 bytes are left out") != std::string::npos);
         expectColour("out.nv21", kBrick);
     }
 }
@@ -152,7 +156,8 @@ TEST_F(CliInputsTest, ADngIsCutToItsActiveAreaAndItsDefaultCrop) {
              32,
              30,
              "32x30"},
-            // A crop that ends outside is none.
+            // A crop that ends outside is none, nor is a size alone.
+            {{{50829, 3, 4, 960}, {50720, 3, 2, 32 | 30 << 16}}, 6, 4, 46, 41, "46x40"},
             {{{50829, 3, 4, 960}, {50719, 3, 2, 9 | 7 << 16}, {50720, 3, 2, 46 | 30 << 16}},
              6,
              4,
@@ -193,6 +198,8 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     put("cut.dng", dng.substr(0, dng.size() - 500));
     put("cut.nv21", std::string(64 * 48, 0));
     put("small.jpg", greyJpeg(64, 6));
+    put("line.jpg", greyJpeg(1, 64));
+    put("long.nv21", std::string(64 * 48 * 2, 0));
     put("words.raw", bytesOf(mosaic(kGrey, "rggb", 12, 0)));
     put("short.raw", std::string(1000, 0));
     put("packed.raw", std::string(64 * 48 * 3 / 2, 0));
@@ -230,6 +237,8 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
             {
                     {"cut.dng -o x.jpg", "ends before the picture does"},
                     {"cut.nv21 -o x.jpg --size 64x48", "ends before the picture does"},
+                    {"long.nv21 -o x.jpg --size 64x48", "long.nv21: has 6144 bytes"},
+                    {"line.jpg -o x.jpg", "is smaller than 2x2 pixels"},
                     {"cut.jpg -o x.jpg", "ends before the picture does"},
                     {"small.jpg -o x.jpg", "is 64x6 pixels, and the ISP takes sides of 8 to"},
                     {"noise.raw -o x.jpg", "is no raw file that LibRaw knows"},
@@ -291,6 +300,9 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {"shot.dng -o x.nv21 --quality 5", ""},
                             {"shot.dng -o x.jpg --format yuv", ""},
                             {"shot.dng -o x.jpg --quality 0", ""},
+                            {"shot.dng -o x.jpg --jobs 0", "--jobs"},
+                            {"shot.dng -o x.jpg --set android.control.zoomRatio=1.5x",
+                             "'1.5x' is not a number"},
                             {"shot.dng -o x.jpg --set nosuchtag=1", ""},
                             {"shot.dng -o x.jpg --set currentMode=abc", ""},
                             {"shot.dng -o x.jpg --set 0x000d0000=1,2", ""},

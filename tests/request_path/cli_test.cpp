@@ -90,12 +90,13 @@ TEST_F(CliTest, ARealSensorFrameOfAChartHasTheChartsColours) {
 TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     put("shot.dng", asDng(kBrick, "rggb"));
     Outcome const both =
-            run("shot.dng -o shot.jpg --info --set 0x800b000e=7 --mode 0x2 --scene -2147483648");
+            run("shot.dng -o shot.jpg --info --set 0x800b000e=7 --mode 0X2 --scene -2147483648 "
+                "--set android.control.aeCompensationStep=1/3");
     ASSERT_EQ(0, both.exitCode) << both.err;
     // Bit 1 of the mode chooses tuning 6003, whatever the client says.
     for (char const* const line :
          {"tuningMode[^\n]* 6003\n", "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV",
-          "YUV2JPEG", "sceneMode[^\n]* -2147483648\n",
+          "YUV2JPEG", "sceneMode[^\n]* -2147483648\n", "aeCompensationStep[^\n]* 1/3\n",
           "requestNo 1, frameNumber 1, totalUsedBytes [1-9]", "stride 128, usage",
           "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05", "gains R Gr Gb B 2 1 1 1.[45]",
           "black R Gr Gb B 512 512 512 512"}) {
@@ -105,13 +106,24 @@ TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     EXPECT_THAT(plain.out, ContainsRegex("rawBitDepth[^\n]* 10\n"));
     EXPECT_THAT(plain.out, ContainsRegex("cameraId[^\n]* 0\n[^\n]*currentUiMode[^\n]* 16\n"))
             << "the session's settings";
+    EXPECT_THAT(plain.out, HasSubstr("64x48  4.6 kB"));
     expectColour("shot.nv21", kBrick);
+    // More than a request's metadata has room for at first.
+    std::string many = "1";
+    for (int i = 0; i < 1100; ++i) {
+        many += ",1";
+    }
+    EXPECT_EQ(0, shell("umask 0 && " QUEN_REPROCESS " shot.dng -o many.jpg --set rawTuningData=" +
+                       many));
+    EXPECT_EQ(fs::status(path("many.jpg")).permissions(), fs::perms(0666));
 
+    EXPECT_EQ(0, run("shot.nv21 --size 64x48 -o folder/").exitCode);
     Outcome const encoded = run("shot.nv21 --size 64x48 -o from-nv21.jpg");
+    EXPECT_EQ(get("folder/shot.jpg"), get("from-nv21.jpg"));
     EXPECT_EQ(0, encoded.exitCode);
     EXPECT_EQ(1, std::count(encoded.out.begin(), encoded.out.end(), '\n')) << "no sum of one";
-    EXPECT_EQ(0, run("shot.dng -o shot.yuv --ui-mode 16").exitCode);
-    EXPECT_EQ(0, run("shot.yuv --size 64x48 -o from-yuv.jpg").exitCode);
+    EXPECT_EQ(0, run("shot.dng -o shot.YUV --ui-mode 16").exitCode);
+    EXPECT_EQ(0, run("shot.YUV --size 64x48 -o from-yuv.jpg").exitCode);
     EXPECT_EQ(get("from-nv21.jpg"), get("from-yuv.jpg"));
     // The camera was turned: both encodings say so, the second because the first did.
     EXPECT_EQ(0, run("shot.jpg -o again.jpg").exitCode);
