@@ -180,6 +180,8 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     add_camera_metadata_entry(metadata.get(), kYuvTuningData, tuning, 5);
 
     Metadata const clone = owned(clone_camera_metadata(metadata.get()));
+    Metadata const spare = owned(allocate_camera_metadata(9, 99));
+    EXPECT_EQ(get_camera_metadata_compact_size(spare.get()), 48u);
     EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 2 * 16 + 16);
     EXPECT_NE(append_camera_metadata(owned(allocate_camera_metadata(2, 15)).get(), clone.get()), 0);
     ASSERT_EQ(append_camera_metadata(metadata.get(), clone.get()), 0);

@@ -331,10 +331,15 @@ TEST_F(SoftwareIsp, RefusesWhatIsWrongWithTheStatusThatFits) {
         wrong.inputBuffers[0].tuningData = noTuning;
         EXPECT_EQ(submit(wrong), Status::ILLEGAL_ARGUMENT);
     }
-    for (Entry const& entry : {Entry{kCrop, {1, 2, 3}}, Entry{kCrop, {0, 0, 0, 5}},
-                               Entry{kCrop, {64, 0, 5, 5}}, Entry{kRawBitDepth, {20}}}) {
+    for (Entry const& entry :
+         {Entry{kCrop, {1, 2, 3}}, Entry{kCrop, {0, 0, 0, 5}}, Entry{kCrop, {64, 0, 5, 5}},
+          Entry{kRawBitDepth, {20}}, Entry{0x00070004, {101}}}) {
         EXPECT_EQ(submit(request(1, raw.raw, {yuv.raw}, {entry})), Status::ILLEGAL_ARGUMENT);
     }
+    wrong = good;
+    wrong.inputBuffers = hidl_vec<ISPBuffer>{good.inputBuffers[0], good.inputBuffers[0]};
+    EXPECT_EQ(submit(wrong), Status::ILLEGAL_ARGUMENT) << "two inputs";
+    wrong = good;
     Buffer const small(kWidth, kHeight - 2, kNv12);
     Buffer const narrow(kWidth / 2, kHeight, kRaw16);
     for (auto const& [input, outputs] : {std::pair(raw.raw, std::vector<hidl_handle>()),

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -170,6 +171,8 @@ TEST(Develop, DenoisingCalmsFlatPartsAndKeepsEdges) {
     int const strongest = refinementFor(calibration).sharpening;
     calibration.sharpening = 9;
     EXPECT_EQ(refinementFor(calibration).sharpening, strongest);
+    calibration.noiseShot = 9;
+    EXPECT_EQ(refinementFor(calibration).lumaThreshold, 30);
 }
 
 /** A picture of an arrangement, 0 NV12, 1 NV21, 2 planar, whose samples encode their position. */
@@ -315,6 +318,10 @@ TEST(Exif, LeavesOutWhatItHasNoRoomFor) {
         return exifModule()->ofCapture(exif.data() + 6, exif.size() - 6, true, facts);
     };
     EXPECT_EQ(ofCapture(capture), ofCapture({}));
+    capture.exposure = 0.1;
+    std::vector<uint8_t> const known = ofCapture(capture);
+    uint8_t const tenth[] = {1, 0, 0, 0, 10, 0, 0, 0};
+    EXPECT_NE(std::search(known.begin(), known.end(), tenth, std::end(tenth)), known.end());
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <utility>
 #include <vector>
 
@@ -62,6 +64,8 @@ TEST(Service, HasTheChainOfItsInterfaces) {
                           ASSERT_EQ(chain.size(), 1u);
                           EXPECT_EQ(chain[0], IBase::descriptor);
                       }).isOk());
+    EXPECT_TRUE(
+            module->getDebugInfo([](auto const& info) { EXPECT_EQ(info.pid, getpid()); }).isOk());
 }
 
 TEST(ServiceRegistry, TellsOfADeathOnce) {

@@ -95,11 +95,11 @@ TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     ASSERT_EQ(0, both.exitCode) << both.err;
     // Bit 1 of the mode chooses tuning 6003, whatever the client says.
     for (char const* const line :
-         {"tuningMode[^\n]* 6003\n", "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV",
-          "YUV2JPEG", "sceneMode[^\n]* -2147483648\n", "aeCompensationStep[^\n]* 1/3\n",
-          "requestNo 1, frameNumber 1, totalUsedBytes [1-9]", "stride 128, usage",
-          "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05", "gains R Gr Gb B 2 1 1 1.[45]",
-          "black R Gr Gb B 512 512 512 512"}) {
+         {"tuningMode[^\n]* 6003\n", " Engineermode int32", "rawBitDepth[^\n]* 14\n",
+          "currentMode[^\n]* 2\n", "RAW2YUV", "YUV2JPEG", "sceneMode[^\n]* -2147483648\n",
+          "aeCompensationStep[^\n]* 1/3\n", "requestNo 1, frameNumber 1, totalUsedBytes [1-9]",
+          "stride 128, usage", "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05",
+          "gains R Gr Gb B 2 1 1 1.[45]", "black R Gr Gb B 512 512 512 512"}) {
         EXPECT_THAT(both.out, ContainsRegex(line));
     }
     Outcome const plain = run("shot.dng -o shot.nv21 --info --ui-mode 16");
