@@ -207,10 +207,12 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     shell("mkfifo pipe");
     put("unbalanced.dng", asDng(kGrey, "rggb", {{50728, 5, 3, 960}}));
     EXPECT_THAT(run("unbalanced.dng -o x.jpg").err, HasSubstr("no white balance of its own"));
-    std::string levels = asDng(kGrey, "rggb", {{50713, 3, 2, 2 | 2 << 16}, {50714, 3, 4, 960}});
+    std::string levels = asDng(kGrey, "gbrg", {{50713, 3, 2, 2 | 2 << 16}, {50714, 3, 4, 960}});
     uint16_t const blacks[] = {612, 512, 513, 512};
     put("levels.dng", levels.replace(960, sizeof(blacks), bytesOf(blacks)));
-    EXPECT_THAT(run("levels.dng -o x.jpg --info").out, HasSubstr("Gb B 612 512 513 512,"));
+    EXPECT_THAT(run("levels.dng -o x.jpg --info").out, HasSubstr("order gbrg, levels"));
+    EXPECT_THAT(get("out.txt"), HasSubstr("black R Gr Gb B 513 512 612 512,"));
+    EXPECT_THAT(run("levels.dng -o x.jpg --info --black 1,2,3,4").out, HasSubstr("Gb B 1 2 3 4,"));
     fs::remove(path("x.jpg"));
     std::string const jpeg = greyJpeg(640, 480);
     put("cut.jpg", jpeg.substr(0, jpeg.size() / 2));
@@ -295,6 +297,9 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {"shot.jpg -o x.jpg --raw16", "--raw16"},
                             {"shot.dng -o x.jpg --bits 12", "--bits"},
                             {"shot.dng -o x.jpg --stride 12", "--stride"},
+                            {"shot.dng -o x.jpg --offset 12", "--offset"},
+                            {words + "64x48 --bits 7", "--bits"},
+                            {words + "64x48 --black 65536", "levels must lie in 0 to 65535"},
                             {"shot.dng -o x.jpg --bayer rggb", ""},
                             {"shot.dng -o x.jpg --format nv21 --quality 5", ""},
                             {"shot.dng -o x.nv21 --quality 5", ""},
@@ -321,7 +326,7 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                     });
     EXPECT_THAT(names(), ElementsAre("in.raw", "shot.dng", "shot.jpg", "shot.nv21"));
 
-    Outcome const some = run("shot.dng shot.jpg --wb 2,1,1.5 -o out");
+    Outcome const some = run("shot.dng shot.jpg --wb 2,1,1.5 --white 16000 --black 512 -o out");
     EXPECT_EQ(0, some.exitCode);
     EXPECT_THAT(some.err, HasSubstr("shot.jpg: is a JPEG, which makes no use of --wb"));
 }

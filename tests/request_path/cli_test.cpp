@@ -95,11 +95,13 @@ TEST_F(CliTest, PicturesGoOnToJpegAndTheWayIsToldByInfo) {
     ASSERT_EQ(0, both.exitCode) << both.err;
     // Bit 1 of the mode chooses tuning 6003, whatever the client says.
     for (char const* const line :
-         {"tuningMode[^\n]* 6003\n", " Engineermode int32", "rawBitDepth[^\n]* 14\n",
-          "currentMode[^\n]* 2\n", "RAW2YUV", "YUV2JPEG", "sceneMode[^\n]* -2147483648\n",
-          "aeCompensationStep[^\n]* 1/3\n", "requestNo 1, frameNumber 1, totalUsedBytes [1-9]",
-          "stride 128, usage", "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05",
-          "gains R Gr Gb B 2 1 1 1.[45]", "black R Gr Gb B 512 512 512 512"}) {
+         {"tuningMode[^\n]* 6003\n", " Engineermode int32", "REQUESTNO int32.1. 1\n",
+          "\nclient result\n", "\ntime\n", "stream 0, tuning data attached", "levels of 14 bits",
+          "rawBitDepth[^\n]* 14\n", "currentMode[^\n]* 2\n", "RAW2YUV", "YUV2JPEG",
+          "sceneMode[^\n]* -2147483648\n", "aeCompensationStep[^\n]* 1/3\n",
+          "requestNo 1, frameNumber 1, totalUsedBytes [1-9]", "stride 128, usage",
+          "stride 64 32 32,", "noise shot 0.0004, read 1.6e-05", "gains R Gr Gb B 2 1 1 1.[45]",
+          "black R Gr Gb B 512 512 512 512"}) {
         EXPECT_THAT(both.out, ContainsRegex(line));
     }
     Outcome const plain = run("shot.dng -o shot.nv21 --info --ui-mode 16");
@@ -166,8 +168,8 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
                     });
     EXPECT_EQ("kept", get("kept.jpg"));
     // What a link names is written, and the link stays.
-    shell("cd a && ln -s linked.jpg link.jpg");
-    EXPECT_EQ(0, run("good.dng -o a/link.jpg").exitCode);
+    shell("cd a && ln -s linked.jpg link.jpg && ln -s link.jpg chain.jpg");
+    EXPECT_EQ(0, run("good.dng -o a/chain.jpg").exitCode);
     EXPECT_TRUE(fs::is_symlink(path("a/link.jpg")));
     EXPECT_EQ(get("a/linked.jpg"), get("out/good.jpg"));
 }
@@ -205,10 +207,10 @@ TEST_F(CliTest, NothingIsPrintedThatATerminalObeysNorWithoutNeed) {
     EXPECT_EQ("", healthy.err);
 
     put("a\x1b[31m\xc2\x9bz\xc3\xa9", get("shot.jpe"));  // no suffix: a JPEG by its content
-    put("b\x1b[31m.jpg", "no picture");
+    put("b\x1b[31m\x7f.jpg", "no picture");
     Outcome const outcome = run("a* b* -o out");
     EXPECT_THAT(outcome.out, HasSubstr("a\\x1b[31m\\xc2\\x9bz\xc3\xa9 -> "));
-    EXPECT_THAT(outcome.err, HasSubstr("b\\x1b[31m.jpg: is no JPEG"));
+    EXPECT_THAT(outcome.err, HasSubstr("b\\x1b[31m\\x7f.jpg: is no JPEG"));
     EXPECT_EQ(std::string::npos, (outcome.out + outcome.err).find('\x1b'));
     EXPECT_EQ(1, outcome.exitCode);
 }
@@ -246,6 +248,7 @@ TEST_F(CliTest, HelpIsGivenAndClosedDescriptorsAreNoFiles) {
     EXPECT_THAT(run("--version").out, testing::MatchesRegex("quen-reprocess [0-9.]+\n"));
     Outcome const poor = run("demo -o poor.jpg --quality 1");
     EXPECT_EQ(3, poor.exitCode) << "below 30 dB";
+    EXPECT_EQ(2, std::count(poor.out.begin(), poor.out.end(), '\n')) << "and nothing else";
     double all = 0, red = 0, green = 0, blue = 0;
     std::sscanf(poor.out.c_str() + poor.out.find("PSNR"),
                 "PSNR %lf dB %*[^R]RGB, all channels; R %lf, G %lf, B %lf", &all, &red, &green,
