@@ -68,7 +68,7 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
             {padded(ten, 192, 10), "--black 64 --stride 192 --offset 10"},
             {padded(ten, 131, 7), "--black 64 --stride 131 --offset 7"},
             {padded(packed(twelve, 2, 12), 100, 3), "--black 256 --stride 100 --offset 3"},
-            {ten + "trailer", "--black 64 --layout words"},
+            {ten + "long trailer", "--black 64 --layout words"},
             {padded(ten, 192, 10).substr(0, 10 + 47 * 192 + 128),
              "--black 64 --stride 192 --offset 10"},
             // Half as bright samples, of which white is half as large.
@@ -85,8 +85,8 @@ TEST_F(CliInputsTest, HeaderlessSamplesAreFoundHoweverTheyLie) {
         Outcome const outcome = run("in.raw -o out.nv21 --size 64x48 --bayer gbrg " + c.options +
                                     (hasGains ? "" : " --wb 2,1,1.5"));
         ASSERT_EQ(0, outcome.exitCode) << outcome.err;
-        EXPECT_EQ(c.bytes == ten + "trailer",
-                  outcome.err.find("last 7 bytes are left out") != std::string::npos);
+        EXPECT_EQ(c.bytes == ten + "long trailer",
+                  outcome.err.find("last 12 bytes are left out") != std::string::npos);
         expectColour("out.nv21", kBrick);
     }
 }
@@ -133,10 +133,21 @@ TEST_F(CliInputsTest, PicturesOfAnySizeAreTaken) {
     EXPECT_THAT(run("odd.yuv -o odd.jpg --size 65x49 --rotate 90").err,
                 HasSubstr("column and row are left"));
     EXPECT_EQ(get("odd.jpg"), get("even.jpg"));
+    std::string pairs;
+    for (int i = 0; i < 33 * 25; ++i) {
+        pairs += "vu";
+    }
+    put("odd.nv21", std::string(65 * 49, 'y') + pairs);
+    ASSERT_EQ(0, run("odd.nv21 -o odd.jpg --size 65x49 --rotate 90").exitCode);
+    EXPECT_EQ(get("odd.jpg"), get("even.jpg"));
     EXPECT_EQ(1, run("odd.yuv -o no/folder.jpg --size 65x49").exitCode);
     EXPECT_THAT(get("err.txt"), Not(HasSubstr("left out"))) << "of no picture";
     put("long.raw", std::string(65500 * 8 * 2, '\0'));
     EXPECT_EQ(0, run("long.raw -o long.nv21 --size 65500x8 --bayer rggb").exitCode);
+    std::string const bricks = bytesOf(mosaic(kBrick, "rggb", 10, 64));
+    put("tall.raw", bricks + bricks + bricks);
+    run("tall.raw -o tall.nv21 --size 64x144 --bayer rggb --black 64 --wb 2,1,1.5");
+    EXPECT_NEAR(kBrick.y, static_cast<uint8_t>(get("tall.nv21").at(64 * 100 + 30)), 2);
     put("six.raw", std::string(66 * 48 * 2, '\0'));  // no group of four ends its rows
     EXPECT_EQ(0, run("six.raw -o six.nv21 --size 66x48 --bayer rggb").exitCode);
 }
@@ -203,6 +214,7 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     put("words.raw", bytesOf(mosaic(kGrey, "rggb", 12, 0)));
     put("short.raw", std::string(1000, 0));
     put("packed.raw", std::string(64 * 48 * 3 / 2, 0));
+    put("empty.jpg", "");
     put("inks.jpg", jpegOf(64, 48, TJPF_CMYK));
     shell("mkfifo pipe");
     put("unbalanced.dng", asDng(kGrey, "rggb", {{50728, 5, 3, 960}}));
@@ -257,6 +269,9 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
                     {"words.raw -o x.jpg --size 64x47 --bayer rggb --layout words",
                      "takes 6016 in words"},
                     {"inks.jpg -o x.jpg", "is a CMYK JPEG"},
+                    {"empty.jpg -o x.jpg", "is empty"},
+                    {"words.raw -o x.jpg --size 64x48 --bayer rggb --white 1500",
+                     "has samples up to 1023, and --white says 1500"},
                     {"pipe -o x.jpg", "is not a regular file"},
                     {"words.raw -o x.jpg --size 64x50 --bayer rggb --bits 12", "6400"},
                     {"short.raw -o x.jpg --size 64x48 --bayer rggb", "3840 as packed RAW10"},
@@ -278,8 +293,8 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
     ASSERT_EQ(0, run("shot.dng -o shot.nv21").exitCode);
     std::string const words = "in.raw -o x.jpg --bayer rggb --size ";
     expectErrors(2, {
-                            {"", ""},
-                            {"in.raw", ""},
+                            {"", "INPUT is missing"},
+                            {"in.raw", "-o is missing"},
                             {"in.raw -o x", ""},
                             {"in.raw -o x.jpg --size 64x48", "--bayer"},
                             {words + "4x64", "sides of 8 to 65500"},
@@ -306,6 +321,9 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
                             {"shot.dng -o x.jpg --format yuv", ""},
                             {"shot.dng -o x.jpg --quality 0", ""},
                             {"shot.dng -o x.jpg --jobs 0", "--jobs"},
+                            {"shot.dng -o x.jpg --rotate 45", "--rotate"},
+                            {"shot.dng -o x.jpg --white 65536", "--white"},
+                            {"shot.dng -o x.jpg --set 0x12345678=1", "nothing is known of tag"},
                             {"shot.dng -o x.jpg --set android.control.zoomRatio=1.5x",
                              "'1.5x' is not a number"},
                             {"shot.dng -o x.jpg --set nosuchtag=1", ""},

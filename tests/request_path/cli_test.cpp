@@ -155,7 +155,7 @@ TEST_F(CliTest, ABadFileStopsNoOtherAndLeavesNothingBehind) {
     std::string const refused = " -o kept.jpg --log error --timeout 3600";
     expectErrors(1, {
                             {"good.dng --set 0x000d0000=0,0,-5,9" + refused,
-                             "ILLEGAL_ARGUMENT: the crop is not"},
+                             "the ISP refused it with ILLEGAL_ARGUMENT: the crop is not"},
                             {"good.dng --set 0x000d0000=64,0,5,5" + refused,
                              "outside stream 0 of 64x48"},
                             {"out/good.jpg --set android.jpeg.orientation=7" + refused,
@@ -246,8 +246,9 @@ TEST_F(CliTest, HelpIsGivenAndClosedDescriptorsAreNoFiles) {
     put("in.dng", asDng(kGrey, "rggb"));
     EXPECT_EQ(0, run("--help").exitCode);
     EXPECT_THAT(run("--version").out, testing::MatchesRegex("quen-reprocess [0-9.]+\n"));
-    Outcome const poor = run("demo -o poor.jpg --quality 1");
+    Outcome const poor = run("demo --quality 1");
     EXPECT_EQ(3, poor.exitCode) << "below 30 dB";
+    EXPECT_TRUE(fs::exists(path("demo.jpg")));
     EXPECT_EQ(2, std::count(poor.out.begin(), poor.out.end(), '\n')) << "and nothing else";
     double all = 0, red = 0, green = 0, blue = 0;
     std::sscanf(poor.out.c_str() + poor.out.find("PSNR"),
