@@ -5,7 +5,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -47,9 +49,19 @@ void occupyStandardDescriptors() {
     }
 }
 
+/**
+ * Reads the time zone once, before there are threads. Without TZ the C library reads its file again
+ * whenever a time is converted, one thread after the other.
+ */
+void fixTimeZone() {
+    ::setenv("TZ", ":/etc/localtime", 0);
+    ::tzset();
+}
+
 /** Registers the services and sets the properties that the library finds on a phone. */
 void startPlatform(Options const& options, BatchResources const& resources,
                    std::shared_ptr<host::isp::IspObserver> const& observer) {
+    fixTimeZone();
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
