@@ -188,11 +188,8 @@ TEST_F(CliReportTest, TheTimelineShowsThreadsRequestsAndTheWorkOnThem) {
 
 TEST_F(CliReportTest, TheTimelineIsWholeOrToldToBeMissingAndChangesNoOtherWord) {
     putInputs();
-    expectErrors(1, {{"a.dng -o x.jpg --trace nowhere/t.json", "timeline nowhere/t.json cannot"},
-                     {"a.dng -o x.jpg --trace /dev/full", "cannot be written"}});
+    expectErrors(1, {{"a.dng -o x.jpg --trace /dev/full", "timeline /dev/full cannot be written"}});
     EXPECT_EQ(get("d.jpg"), get("x.jpg"));
-    expectErrors(2, {{"a.dng -o x.jpg --trace a.dng", "is an input"},
-                     {"a.dng -o x.jpg --trace x.jpg", "or the output"}});
     // The library logs its operations for the timeline; the words of its errors alone are shown.
     std::string const failing = "a.dng -o x.jpg --log error --set 0x000d0000=0,0,-5,9";
     Outcome const plain = run(failing);
@@ -218,6 +215,28 @@ TEST_F(CliReportTest, TheTimelineIsWholeOrToldToBeMissingAndChangesNoOtherWord) 
     }
     EXPECT_EQ(summary.at("reprocessed"), written);
     EXPECT_GT(summary.at("not_begun"), 0);
+}
+
+TEST_F(CliReportTest, NoFileOfARunTakesThePlaceOfAnother) {
+    putInputs();
+    put("kept.rec", "kept");
+    fs::create_symlink("a.dng", path("link"));
+    std::string const capture = get("a.dng");
+    std::string const one = "a.dng -o x.jpg ";
+    expectErrors(2, {{one + "--record a.dng", "--record: a.dng is an input; name another"},
+                     {one + "--record link", "is an input"},
+                     {one + "--trace a.dng", "--trace: a.dng is an input"},
+                     {one + "--trace ./x.jpg", "is an output"},
+                     {"a.dng b.dng -o made --record made/b.jpg", "is an output"},
+                     {"a.dng b.dng -o made --trace made", "made is a folder"},
+                     {one + "--trace t --record ./t", "./t is the file of --trace"},
+                     {one + "--trace nowhere/t", "nowhere/t cannot be written"},
+                     {"a.dng -o x.bmp --record kept.rec", "does not tell what to make"}});
+    EXPECT_EQ(capture, get("a.dng"));
+    EXPECT_EQ("kept", get("kept.rec"));
+    EXPECT_FALSE(fs::exists(path("x.jpg")) || fs::exists(path("made")));
+    EXPECT_EQ(0, run("a.dng b.dng -o new/made --trace new/t --record new/r").exitCode);
+    EXPECT_TRUE(fs::exists(path("new/t")) && fs::exists(path("new/r")));
 }
 
 TEST_F(CliReportTest, InfoSaysTheSameInJsonAsInText) {

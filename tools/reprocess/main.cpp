@@ -11,14 +11,18 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "client/Reprocessor.h"
 #include "client/RequestMetadata.h"
 #include "command/Batch.h"
 #include "command/ExitCode.h"
+#include "command/FileNames.h"
 #include "command/Interruption.h"
 #include "command/Options.h"
 #include "command/OutputFile.h"
+#include "command/RunFiles.h"
 #include "command/SessionRecording.h"
 #include "demo/Demo.h"
 #include "host/base/Properties.h"
@@ -77,18 +81,20 @@ void startPlatform(Options const& options, BatchResources const& resources,
 }
 
 /** Develops what the command line asks for. @return the exit code */
-int develop(Options const& options, BatchResources const& resources, Report& report, Trace* trace) {
+int develop(Options const& options, std::vector<Job> const& jobs, BatchResources const& resources,
+            Report& report, Trace* trace) {
     Reprocessor reprocessor(options.request, report, resources.keptBuffers);
     return options.demo ? runDemo(options, reprocessor, report, trace)
-                        : runBatch(options, reprocessor, report, trace);
+                        : runBatch(options, jobs, reprocessor, report, trace);
 }
 
 /** Does what the command line asks for, recorded if it says so. @return the exit code */
-int work(Options const& options, BatchResources const& resources, Report& report, Trace* trace) {
+int work(Options const& options, std::vector<Job> const& jobs, BatchResources const& resources,
+         Report& report, Trace* trace) {
     if (!startRecording(options)) {
         return kUsage;
     }
-    return finishRecording(options, develop(options, resources, report, trace));
+    return finishRecording(options, develop(options, jobs, resources, report, trace));
 }
 
 /** Writes the timeline. @return the exit code: one that tells of a timeline that is not there */
@@ -110,6 +116,23 @@ int writeTrace(std::string const& path, Trace& trace, int exitCode) {
     return exitCode == kAllGood ? kSomeFailed : exitCode;
 }
 
+/**
+ * Plans the run, and makes the folders of its outputs once nothing is left to refuse.
+ *
+ * @throws Failure
+ */
+std::vector<Job> plan(Options const& options) {
+    Plan plan;
+    if (options.demo) {
+        plan.jobs.push_back({"", options.output, OutputKind::Jpeg, false});
+    } else {
+        plan = planJobs(options);
+    }
+    checkRunFiles(options, plan);
+    makeFolders(plan.folders);
+    return std::move(plan.jobs);
+}
+
 /** Runs the tool. @return the exit code */
 int run(int argc, char** argv) {
     int exitCode = kAllGood;
@@ -117,8 +140,10 @@ int run(int argc, char** argv) {
     if (!options) {
         return exitCode;
     }
+    std::vector<Job> jobs;
     try {
         RequestMetadata(options->request, 0, 0);  // checks the assignments once for all files
+        jobs = plan(*options);
     } catch (Failure const& failure) {
         std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
         return kUsage;
@@ -127,14 +152,14 @@ int run(int argc, char** argv) {
     BatchResources const resources = resourcesFor(*options);
     if (options->trace.empty()) {
         startPlatform(*options, resources, report);
-        exitCode = work(*options, resources, *report, nullptr);
+        exitCode = work(*options, jobs, resources, *report, nullptr);
     } else {
         auto const trace = std::make_shared<Trace>();
         trace->nameThread(ThreadKind::Client);
         startPlatform(*options, resources, std::make_shared<IspSpans>(trace, report));
         {
             LogSpans const spans(*trace);
-            exitCode = work(*options, resources, *report, trace.get());
+            exitCode = work(*options, jobs, resources, *report, trace.get());
         }
         exitCode = writeTrace(options->trace, *trace, exitCode);
     }

@@ -12,12 +12,10 @@
 
 #include "command/BatchFrame.h"
 #include "command/ExitCode.h"
-#include "command/FileNames.h"
 #include "command/Interruption.h"
 #include "command/Pipeline.h"
 #include "command/Progress.h"
 #include "report/InfoDocument.h"
-#include "support/Failure.h"
 #include "support/Text.h"
 
 namespace quen::reprocess {
@@ -170,20 +168,13 @@ BatchResources resourcesFor(Options const& options) {
     return resources;
 }
 
-int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace) {
-    std::vector<Job> jobs;
-    try {
-        jobs = planJobs(options);
-    } catch (Failure const& failure) {
-        std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
-        return kUsage;
-    }
+int runBatch(Options const& options, std::vector<Job> const& planned, Reprocessor& reprocessor,
+             Report& report, Trace* trace) {
     // Of the whole list: every shard names an output as all others do.
-    size_t const listed = jobs.size();
-    jobs = options.shard.of(jobs);
+    std::vector<Job> const jobs = options.shard.of(planned);
     if (jobs.empty()) {
         std::fprintf(stderr, "quen-reprocess: shard %s has none of %zu inputs: nothing to do\n",
-                     options.shard.text().c_str(), listed);
+                     options.shard.text().c_str(), planned.size());
     }
 
     Clock::time_point const begin = Clock::now();

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "client/Reprocessor.h"
+#include "command/FileNames.h"
 #include "command/Options.h"
 #include "report/Report.h"
 
@@ -22,9 +24,11 @@ BatchResources resourcesFor(Options const& options);
  * others. What is printed comes in the order of the inputs. After a signal that would end the
  * process no further ones are begun; Interruption::follow then ends it.
  *
+ * @param planned the jobs of the whole list, of which the shard's are done
  * @param trace the timeline; null for none
  * @return the exit code of the process
  */
-int runBatch(Options const& options, Reprocessor& reprocessor, Report& report, Trace* trace);
+int runBatch(Options const& options, std::vector<Job> const& planned, Reprocessor& reprocessor,
+             Report& report, Trace* trace);
 
 }  // namespace quen::reprocess

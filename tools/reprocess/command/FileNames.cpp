@@ -1,11 +1,6 @@
 #include "command/FileNames.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
-#include <map>
-#include <set>
-#include <utility>
 
 #include "inputs/StandardInput.h"
 #include "support/Failure.h"
@@ -87,27 +82,6 @@ bool isThere(std::string const& output) {
     return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0 && !error;
 }
 
-/** Throws when a picture would take the place of another one's input. */
-void checkInputsStay(std::vector<Job> const& jobs) {
-    std::map<std::pair<dev_t, ino_t>, std::string> inputs;
-    struct stat status;
-    for (Job const& job : jobs) {
-        if (::stat(job.input.c_str(), &status) == 0) {
-            inputs.emplace(std::make_pair(status.st_dev, status.st_ino), job.input);
-        }
-    }
-    for (Job const& job : jobs) {
-        if (job.isSkipped || ::stat(job.output.c_str(), &status) != 0) {
-            continue;
-        }
-        auto const found = inputs.find({status.st_dev, status.st_ino});
-        if (found != inputs.end() && found->second != job.input) {
-            throw Failure(found->second + ": would be overwritten by the picture of " + job.input,
-                          "choose another output");
-        }
-    }
-}
-
 /** The one job of an output that is no folder. */
 Job planFile(Options const& options) {
     std::optional<OutputKind> const named = outputKindOf(options.output);
@@ -134,25 +108,30 @@ std::optional<OutputKind> outputKindOf(std::string const& path) {
     return std::nullopt;
 }
 
-std::vector<Job> planJobs(Options const& options) {
-    std::vector<Job> jobs;
+Plan planJobs(Options const& options) {
+    Plan plan;
     if (!namesFolder(options)) {
-        jobs.push_back(planFile(options));
+        plan.jobs.push_back(planFile(options));
     } else {
         OutputKind const kind = options.format.value_or(OutputKind::Jpeg);
         std::set<std::string> taken;
         for (std::string const& input : options.inputs) {
             fs::path const folder = folderOf(input, options);
-            makeFolder(folder.string());
-            jobs.push_back({input, freeName(folder, stemOf(input), extensionOf(kind), taken), kind,
-                            false});
+            plan.folders.insert(folder.string());
+            plan.jobs.push_back({input, freeName(folder, stemOf(input), extensionOf(kind), taken),
+                                 kind, false});
         }
     }
-    for (Job& job : jobs) {
+    for (Job& job : plan.jobs) {
         job.isSkipped = options.skipExisting && isThere(job.output);
     }
-    checkInputsStay(jobs);
-    return jobs;
+    return plan;
+}
+
+void makeFolders(std::set<std::string> const& folders) {
+    for (std::string const& folder : folders) {
+        makeFolder(folder);
+    }
 }
 
 }  // namespace quen::reprocess

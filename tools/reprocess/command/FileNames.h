@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,15 +20,23 @@ struct Job {
     bool isSkipped = false;  ///< the output is there, and is to stay
 };
 
+/** What a run is to do. */
+struct Plan {
+    std::vector<Job> jobs;
+    std::set<std::string> folders;  ///< of the outputs, to be made where they are missing
+};
+
 /**
  * Names the output of every input. One input goes to the output itself when that names a file.
- * Otherwise the output is a folder, created when missing: a picture there has the name of its input
+ * Otherwise the output is a folder: a picture there has the name of its input
  * with the extension of its kind, and a number where two inputs share a name. One that was found in
  * a folder lies in the same sub-folder.
  *
- * @throws Failure when the kind of the output is unclear, the folder cannot be created, or an
- *         output would take the place of another input
+ * @throws Failure when the kind of the output is unclear
  */
-std::vector<Job> planJobs(Options const& options);
+Plan planJobs(Options const& options);
+
+/** Makes the folders and their parents. @throws Failure */
+void makeFolders(std::set<std::string> const& folders);
 
 }  // namespace quen::reprocess

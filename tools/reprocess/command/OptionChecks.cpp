@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "command/FileNames.h"
 #include "inputs/InputKind.h"
@@ -111,29 +110,10 @@ void checkStandardOutput(Options const& options) {
     }
 }
 
-/** Throws when the timeline would take the place of a picture. */
-void checkTrace(Options const& options) {
-    namespace fs = std::filesystem;
-    std::error_code ignored;
-    if (options.trace == kStandardOutput || fs::is_directory(options.trace, ignored)) {
-        throw Failure("--trace: " + options.trace + " is no file", "name one that ends in .json");
-    }
-    std::vector<std::string> others = options.inputs;
-    others.push_back(options.output);
-    for (std::string const& other : others) {
-        if (!options.trace.empty() &&
-            (options.trace == other || fs::equivalent(options.trace, other, ignored))) {
-            throw Failure("--trace: " + options.trace + " is an input or the output",
-                          "name another file");
-        }
-    }
-}
-
 }  // namespace
 
 void checkOptions(Options const& options) {
     checkStandardOutput(options);
-    checkTrace(options);
     if (options.demo) {
         checkDemo(options);
         return;

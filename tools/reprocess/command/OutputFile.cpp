@@ -161,17 +161,17 @@ void writeToDevice(fs::path const& path, Bytes bytes) {
     }
 }
 
-/** Follows links; the file at the end need not exist. */
-fs::path followLinks(fs::path path) {
-    constexpr int kMostLinks = 40;
-    std::error_code error;
-    for (int i = 0; i < kMostLinks && fs::is_symlink(path, error); ++i) {
-        path = path.parent_path() / fs::read_symlink(path, error);
-    }
-    return path;
-}
-
 }  // namespace
+
+std::string outputTarget(std::string const& path) {
+    constexpr int kMostLinks = 40;
+    fs::path target = path;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(target, error); ++i) {
+        target = target.parent_path() / fs::read_symlink(target, error);
+    }
+    return target.string();
+}
 
 void writeStandardOutput(Bytes bytes) {
     writeAll(STDOUT_FILENO, bytes);
@@ -179,7 +179,7 @@ void writeStandardOutput(Bytes bytes) {
 
 void writeOutputFile(std::string const& path, Bytes bytes) {
     std::error_code error;
-    fs::path const target = followLinks(path);
+    fs::path const target = outputTarget(path);
     fs::file_status const status = fs::status(target, error);
     if (fs::is_directory(status)) {
         throw Failure("is a folder", "name a file in it");

@@ -14,6 +14,9 @@ namespace quen::reprocess {
  */
 void writeOutputFile(std::string const& path, Bytes bytes);
 
+/** The file that is written for a path: follows links; it need not exist. */
+std::string outputTarget(std::string const& path);
+
 /** @throws Failure */
 void writeStandardOutput(Bytes bytes);
 
