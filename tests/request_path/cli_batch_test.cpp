@@ -139,6 +139,11 @@ TEST_F(CliBatchTest, ShardsTakeEveryInputOnceUnderTheNamesOfTheWholeList) {
         }
         EXPECT_EQ(made, files("whole")) << count;
     }
+    // What is not there fails in every shard; what is there goes on.
+    std::string const lost = "-r nowhere" + command + "lost --shard ";
+    expectErrors(1, {{lost + "1/9", "nowhere: cannot be opened: No such"},
+                     {lost + "9/9", "nowhere: cannot be opened: No such"}});
+    EXPECT_THAT(run(lost + "2/3").out, HasSubstr("2 of 3 reprocessed, 1 failed"));
     expectErrors(2, {{command + "x --shard 0/2", "there is no '0/2'"},
                      {command + "x --shard 3/2", "there is no '3/2'"},
                      {command + "x --shard 2", "expects I/N"},

@@ -124,7 +124,7 @@ int writeTrace(std::string const& path, Trace& trace, int exitCode) {
 std::vector<Job> plan(Options const& options) {
     Plan plan;
     if (options.demo) {
-        plan.jobs.push_back({"", options.output, OutputKind::Jpeg, false});
+        plan.jobs.push_back({"", options.output, OutputKind::Jpeg, false, ""});
     } else {
         plan = planJobs(options);
     }

@@ -147,6 +147,21 @@ size_t processors() {
     return std::max(1u, std::thread::hardware_concurrency());
 }
 
+/**
+ * The shard's jobs. What cannot be read is in every shard: a machine that lacks a part of the
+ * inputs has another list than the others, whichever share is its own.
+ */
+std::vector<Job> jobsOfShard(std::vector<Job> const& planned, Shard const& shard) {
+    std::vector<Job> jobs;
+    for (size_t i = 0; i < planned.size(); ++i) {
+        bool const isLost = !planned[i].problem.empty() && !planned[i].isSkipped;
+        if (shard.has(i) || isLost) {
+            jobs.push_back(planned[i]);
+        }
+    }
+    return jobs;
+}
+
 /** How many inputs are in work at a time: unless it is given, one a processor. */
 size_t jobsOf(Options const& options) {
     return std::min(options.jobs != 0 ? options.jobs : processors(), options.inputs.size());
@@ -170,8 +185,7 @@ BatchResources resourcesFor(Options const& options) {
 
 int runBatch(Options const& options, std::vector<Job> const& planned, Reprocessor& reprocessor,
              Report& report, Trace* trace) {
-    // Of the whole list: every shard names an output as all others do.
-    std::vector<Job> const jobs = options.shard.of(planned);
+    std::vector<Job> const jobs = jobsOfShard(planned, options.shard);
     if (jobs.empty()) {
         std::fprintf(stderr, "quen-reprocess: shard %s has none of %zu inputs: nothing to do\n",
                      options.shard.text().c_str(), planned.size());

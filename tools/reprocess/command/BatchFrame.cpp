@@ -31,7 +31,7 @@ Stopwatch watchOf(Job const& job, uint32_t number, Trace* trace) {
 }  // namespace
 
 BatchFrame::BatchFrame(Job const& job, uint32_t number, Trace* trace)
-    : mJob(job), mNumber(number), mWatch(watchOf(job, number, trace)) {}
+    : mJob(job), mNumber(number), mWatch(watchOf(job, number, trace)), mProblem(job.problem) {}
 
 /** Runs a stage, unless an earlier one has failed or the input is skipped. */
 template <typename Work>

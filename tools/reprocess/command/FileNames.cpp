@@ -93,7 +93,7 @@ Job planFile(Options const& options) {
         throw Failure(options.output + ": contradicts --format",
                       "leave --format out or change the name's ending");
     }
-    return {options.inputs.front(), options.output, named ? *named : *options.format, false};
+    return {options.inputs.front(), options.output, named ? *named : *options.format, false, ""};
 }
 
 }  // namespace
@@ -116,14 +116,20 @@ Plan planJobs(Options const& options) {
         OutputKind const kind = options.format.value_or(OutputKind::Jpeg);
         std::set<std::string> taken;
         for (std::string const& input : options.inputs) {
+            if (input.back() == '/') {
+                plan.jobs.push_back({input, "", kind, false, ""});
+                continue;
+            }
             fs::path const folder = folderOf(input, options);
             plan.folders.insert(folder.string());
             plan.jobs.push_back({input, freeName(folder, stemOf(input), extensionOf(kind), taken),
-                                 kind, false});
+                                 kind, false, ""});
         }
     }
     for (Job& job : plan.jobs) {
         job.isSkipped = options.skipExisting && isThere(job.output);
+        auto const problem = options.problems.find(job.input);
+        job.problem = problem == options.problems.end() ? std::string() : problem->second;
     }
     return plan;
 }

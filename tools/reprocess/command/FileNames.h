@@ -18,6 +18,7 @@ struct Job {
     std::string output;
     OutputKind kind;
     bool isSkipped = false;  ///< the output is there, and is to stay
+    std::string problem;     ///< why the input cannot be read, when that is known
 };
 
 /** What a run is to do. */
@@ -30,7 +31,7 @@ struct Plan {
  * Names the output of every input. One input goes to the output itself when that names a file.
  * Otherwise the output is a folder: a picture there has the name of its input
  * with the extension of its kind, and a number where two inputs share a name. One that was found in
- * a folder lies in the same sub-folder.
+ * a folder lies in the same sub-folder. A folder that could not be searched has no output.
  *
  * @throws Failure when the kind of the output is unclear
  */

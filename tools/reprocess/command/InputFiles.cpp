@@ -1,8 +1,15 @@
 #include "command/InputFiles.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <map>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -25,19 +32,37 @@ bool isSame(fs::path const& a, fs::path const& b) {
     return fs::equivalent(a, b, ignored);
 }
 
-/** The regular files below a folder, sorted. @throws fs::filesystem_error */
-std::vector<fs::path> filesBelow(fs::path const& folder, fs::path const& leftOut) {
-    std::vector<fs::path> files;
-    for (auto at = fs::recursive_directory_iterator(folder); at != fs::end(at); ++at) {
-        bool const isFolder = at->is_directory() && !at->is_symlink();
-        if (isHidden(at->path()) || (isFolder && isSame(at->path(), leftOut))) {
-            at.disable_recursion_pending();
-        } else if (at->is_regular_file()) {
-            files.push_back(at->path());
+/** What was found in a folder: regular files, and the folders that cannot be searched. */
+struct Findings {
+    std::vector<fs::path> paths;
+    std::map<std::string, std::string> problems;  // of folders, whose names end in '/'
+};
+
+void searchFolder(fs::path const& folder, fs::path const& leftOut, Findings& findings) {
+    std::error_code error;
+    auto at = fs::directory_iterator(folder, error);
+    // Without the right to enter it, a folder's files can be listed but not read.
+    if (!error && ::access(folder.c_str(), X_OK) != 0) {
+        error.assign(errno, std::generic_category());
+    }
+    for (; !error && at != fs::end(at); at.increment(error)) {
+        std::error_code ignored;
+        if (isHidden(at->path())) {
+            continue;
+        }
+        if (at->is_directory(ignored) && !at->is_symlink(ignored)) {
+            if (!isSame(at->path(), leftOut)) {
+                searchFolder(at->path(), leftOut, findings);
+            }
+        } else if (at->is_regular_file(ignored)) {
+            findings.paths.push_back(at->path());
         }
     }
-    std::sort(files.begin(), files.end());
-    return files;
+    if (error) {
+        fs::path const name = folder / "";
+        findings.paths.push_back(name);
+        findings.problems[name.string()] = "cannot be searched: " + error.message();
+    }
 }
 
 /** Adds the pictures in a folder to the inputs. */
@@ -48,20 +73,29 @@ void addPictures(std::string const& folder, Options& options) {
         throw Failure(folder + ": is searched for inputs, and takes the outputs",
                       "name another folder with -o");
     }
-    try {
-        for (fs::path const& file : filesBelow(folder, options.output)) {
-            if (isPictureToTake(file.string(), options.input, kind != OutputKind::Jpeg)) {
-                options.inputs.push_back(file.string());
-                options.subfolders[file.string()] =
-                        file.parent_path().lexically_relative(folder).string();
-            }
+    Findings findings;
+    searchFolder(folder, options.output, findings);
+    std::sort(findings.paths.begin(), findings.paths.end());
+    for (fs::path const& path : findings.paths) {
+        bool const isFolder = findings.problems.count(path.string()) != 0;
+        if (isFolder || isPictureToTake(path.string(), options.input, kind != OutputKind::Jpeg)) {
+            options.inputs.push_back(path.string());
+            options.subfolders[path.string()] =
+                    path.parent_path().lexically_relative(folder).string();
         }
-    } catch (fs::filesystem_error const& error) {
-        throw Failure(folder + ": cannot be searched: " + error.code().message());
     }
+    options.problems.merge(findings.problems);
     if (options.inputs.size() == before) {
         throw Failure(folder + ": has no picture that can be taken",
                       "headerless ones need --size and --bayer");
+    }
+}
+
+/** Notes the problem of an input that is not there. */
+void noteMissing(std::string const& input, Options& options) {
+    struct stat status;
+    if (input != kStandardInput && ::stat(input.c_str(), &status) != 0) {
+        options.problems[input] = std::string("cannot be opened: ") + std::strerror(errno);
     }
 }
 
@@ -82,6 +116,7 @@ void findInputFiles(Options& options) {
         std::error_code ignored;
         if (!fs::is_directory(input, ignored)) {
             options.inputs.push_back(input);
+            noteMissing(input, options);
         } else if (options.recursive) {
             addPictures(input, options);
         } else {

@@ -53,10 +53,11 @@ void checkDemo(Options const& options) {
 }
 
 /** Throws for a size beside a file that has its own, unless that is what its user left out. */
-void checkSizes(Options const& options, std::vector<InputKind> const& kinds) {
+void checkSizes(Options const& options, std::vector<std::string> const& inputs,
+                std::vector<InputKind> const& kinds) {
     auto const guessed = std::find(kinds.begin(), kinds.end(), InputKind::CameraRaw);
     if (options.input.size && guessed != kinds.end()) {
-        std::string const& input = options.inputs[static_cast<size_t>(guessed - kinds.begin())];
+        std::string const& input = inputs[static_cast<size_t>(guessed - kinds.begin())];
         throw Failure("--size: " + input + " is neither a JPEG nor named .nv21 or .yuv",
                       "add --bayer ORDER if it is a headerless mosaic, leave --size out if it is "
                       "a camera's raw file");
@@ -67,14 +68,15 @@ void checkSizes(Options const& options, std::vector<InputKind> const& kinds) {
 }
 
 /** Throws for options that nothing on the command line makes use of. */
-void checkUse(Options const& options, std::vector<InputKind> const& kinds) {
+void checkUse(Options const& options, std::vector<std::string> const& inputs,
+              std::vector<InputKind> const& kinds) {
     auto unused = unusedOptions(options.input, kinds);
     if (options.request.raw16 && std::none_of(kinds.begin(), kinds.end(), isMosaic)) {
         unused.emplace_back("--raw16");
     }
     if (!unused.empty()) {
-        throw Failure(unused.front() + ": no input makes use of it; " + options.inputs.front() +
-                              " is " + kindText(kinds.front()),
+        throw Failure(unused.front() + ": no input makes use of it; " + inputs.front() + " is " +
+                              kindText(kinds.front()),
                       "leave it out");
     }
     OutputKind const kind =
@@ -124,12 +126,18 @@ void checkOptions(Options const& options) {
     if (options.output.empty()) {
         throw Failure("-o is missing");
     }
+    std::vector<std::string> inputs;  // those that are there
     std::vector<InputKind> kinds;
     for (std::string const& input : options.inputs) {
-        kinds.push_back(inputKind(input, options.input));
+        if (options.problems.count(input) == 0) {
+            inputs.push_back(input);
+            kinds.push_back(inputKind(input, options.input));
+        }
     }
-    checkSizes(options, kinds);
-    checkUse(options, kinds);
+    if (!inputs.empty()) {
+        checkSizes(options, inputs, kinds);
+        checkUse(options, inputs, kinds);
+    }
 }
 
 }  // namespace quen::reprocess

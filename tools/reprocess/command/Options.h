@@ -19,6 +19,8 @@ struct Options {
     std::vector<std::string> inputs;
     /** Of inputs that were found in a folder: where they lie in it. */
     std::map<std::string, std::string> subfolders;
+    /** Of inputs that are known not to be readable: why. A folder's name ends in '/'. */
+    std::map<std::string, std::string> problems;
     std::string output;
     std::optional<OutputKind> format;
     InputOptions input;

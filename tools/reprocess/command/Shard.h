@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace quen::reprocess {
 
@@ -16,15 +15,8 @@ struct Shard {
 
     bool isWhole() const { return count == 1; }
 
-    /** Keeps of a whole list what is the shard's, in its order. */
-    template <typename Item>
-    std::vector<Item> of(std::vector<Item> const& all) const {
-        std::vector<Item> own;
-        for (size_t i = number - 1; i < all.size(); i += count) {
-            own.push_back(all[i]);
-        }
-        return own;
-    }
+    /** Whether the shard has the input of an index in the whole list. */
+    bool has(size_t index) const { return index % count == number - 1; }
 
     /** "2/8". */
     std::string text() const { return std::to_string(number) + "/" + std::to_string(count); }
