@@ -228,6 +228,11 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
     fs::remove(path("x.jpg"));
     std::string const jpeg = greyJpeg(640, 480);
     put("cut.jpg", jpeg.substr(0, jpeg.size() / 2));
+    // In the first segment, in the tables, in the frame's header, in the scan's.
+    for (char const* const head : {"\xff\xe0", "\xff\xdb", "\xff\xc0", "\xff\xc4", "\xff\xda"}) {
+        put("head.jpg", jpeg.substr(0, jpeg.find(head) + 5));
+        expectErrors(1, {{"head.jpg -o x.jpg", "head.jpg: ends before the picture does"}});
+    }
     put("noise.raw", std::string(5000, 7));
     put("noise.jpg", std::string(5000, 7));
     // LibRaw knows a camera whose files have this size.

@@ -144,6 +144,9 @@ void readMarkers(MappedFile const& file, Capture& capture) {
 
 Capture readJpeg(std::string const& path) {
     auto const file = MappedFile::open(path);
+    if (endsBeforeScan(file->data(), file->size())) {
+        throw Failure("ends before the picture does");
+    }
     Decoder const decoder(tjInitDecompress(), &tjDestroy);
     if (!decoder) {
         throw Failure("cannot be decoded: the JPEG decoder does not start");

@@ -15,6 +15,10 @@ namespace {
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr int kProfileMarker = JPEG_APP0 + 2;
 constexpr unsigned kLongest = 0xffff;
+constexpr uint8_t kMarkerStart = 0xff;
+constexpr uint8_t kStartOfImage = 0xd8;
+constexpr uint8_t kEndOfImage = 0xd9;
+constexpr uint8_t kStartOfScan = 0xda;
 constexpr char kExifIdentifier[] = "Exif\0";  // with a second 0, the string's own
 
 /** libjpeg's errors, which must not return; C code cannot be unwound, so they jump back. */
@@ -54,6 +58,11 @@ bool readProfile(jpeg_decompress_struct& info, ErrorManager& errors, JOCTET** da
     return jpeg_read_icc_profile(&info, data, size) == TRUE;
 }
 
+/** Whether nothing follows a marker: TEM, RST0 to RST7. */
+bool hasNoLength(uint8_t marker) {
+    return marker == 0x01 || (marker >= JPEG_RST0 && marker <= JPEG_RST0 + 7);
+}
+
 /** The block of EXIF in the markers. */
 std::vector<uint8_t> findExif(jpeg_saved_marker_ptr markers) {
     size_t const identifier = sizeof(kExifIdentifier);
@@ -67,6 +76,27 @@ std::vector<uint8_t> findExif(jpeg_saved_marker_ptr markers) {
 }
 
 }  // namespace
+
+bool endsBeforeScan(uint8_t const* file, size_t size) {
+    if (size < 2 || file[0] != kMarkerStart || file[1] != kStartOfImage) {
+        return false;
+    }
+    for (size_t at = 2; at + 4 <= size;) {
+        uint8_t const marker = file[at + 1];
+        if (file[at] != kMarkerStart || marker == kEndOfImage) {
+            return false;
+        }
+        if (marker == kMarkerStart || hasNoLength(marker)) {
+            at += marker == kMarkerStart ? 1 : 2;  // a byte of padding
+            continue;
+        }
+        at += 2 + (size_t{file[at + 2]} << 8 | file[at + 3]);
+        if (marker == kStartOfScan) {
+            return at > size;
+        }
+    }
+    return true;
+}
 
 JpegMarkers readJpegMarkers(uint8_t const* file, size_t size) {
     jpeg_decompress_struct info = {};
