@@ -234,6 +234,7 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
         expectErrors(1, {{"head.jpg -o x.jpg", "head.jpg: ends before the picture does"}});
     }
     put("noise.raw", std::string(5000, 7));
+    put("some.png", "\x89PNG" + std::string(5000, 7));
     put("noise.jpg", std::string(5000, 7));
     // LibRaw knows a camera whose files have this size.
     put("sized.raw", std::string(1600 * 1200, 7));
@@ -261,6 +262,7 @@ TEST_F(CliInputsTest, ATruncatedOrForeignFileIsToldAsWhatItIs) {
                     {"cut.jpg -o x.jpg", "ends before the picture does"},
                     {"small.jpg -o x.jpg", "is 64x6 pixels, and the ISP takes sides of 8 to"},
                     {"noise.raw -o x.jpg", "is no raw file that LibRaw knows"},
+                    {"some.png -o x.jpg", "is a PNG, and no raw file that LibRaw knows"},
                     {"sized.raw -o x.jpg", "is no raw file that LibRaw knows"},
                     {"noise.jpg -o x.jpg", "is no JPEG, though its name says so"},
                     {"damaged.dng -o x.jpg", "is damaged"},
@@ -300,6 +302,7 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
     expectErrors(2, {
                             {"", "INPUT is missing"},
                             {"in.raw", "-o is missing"},
+                            {"shot.dng '' -o made", "an input's name is empty"},
                             {"in.raw -o x", ""},
                             {"in.raw -o x.jpg --size 64x48", "--bayer"},
                             {words + "4x64", "sides of 8 to 65500"},

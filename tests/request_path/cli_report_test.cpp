@@ -230,6 +230,7 @@ TEST_F(CliReportTest, NoFileOfARunTakesThePlaceOfAnother) {
                      {"a.dng b.dng -o made --record made/b.jpg", "is an output"},
                      {"a.dng b.dng -o made --trace made", "made is a folder"},
                      {one + "--trace t --record ./t", "./t is the file of --trace"},
+                     {one + "--record ''", "--record: the file's name is empty"},
                      {one + "--trace nowhere/t", "nowhere/t cannot be written"},
                      {"a.dng -o x.bmp --record kept.rec", "does not tell what to make"}});
     EXPECT_EQ(capture, get("a.dng"));

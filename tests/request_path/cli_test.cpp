@@ -258,6 +258,8 @@ TEST_F(CliTest, HelpIsGivenAndClosedDescriptorsAreNoFiles) {
     // Without the three standard descriptors no file of the run takes their place.
     EXPECT_EQ(0, shell(QUEN_REPROCESS " in.dng -o x.nv21 0<&- 1>&- 2>&-"));
     expectColour("x.nv21", kGrey);
+    EXPECT_EQ(1, shell(QUEN_REPROCESS " in.dng -o - --format jpg 1>&- 2>err.txt"));
+    EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written: it is closed"));
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -24,6 +21,7 @@
 #include "command/OutputFile.h"
 #include "command/RunFiles.h"
 #include "command/SessionRecording.h"
+#include "command/StandardStreams.h"
 #include "demo/Demo.h"
 #include "host/base/Properties.h"
 #include "host/gralloc/GraphicsServices.h"
@@ -38,20 +36,6 @@
 
 namespace quen::reprocess {
 namespace {
-
-/**
- * Opens /dev/null for standard streams that are closed: a file opened later would take their place,
- * and messages would end up in it.
- */
-void occupyStandardDescriptors() {
-    int fd = 0;
-    do {
-        fd = ::open("/dev/null", O_RDWR);
-    } while (fd >= 0 && fd <= STDERR_FILENO);
-    if (fd > STDERR_FILENO) {
-        ::close(fd);
-    }
-}
 
 /**
  * Reads the time zone once, before there are threads. Without TZ the C library reads its file again
@@ -193,7 +177,7 @@ int checkPrinted(int exitCode) {
 }  // namespace quen::reprocess
 
 int main(int argc, char** argv) {
-    quen::reprocess::occupyStandardDescriptors();
+    quen::reprocess::occupyStandardStreams();
     // Beyond the limit of a file's size a write fails, which is told, rather than the process.
     ::signal(SIGXFSZ, SIG_IGN);
     return quen::reprocess::checkPrinted(quen::reprocess::runGuarded(argc, argv));

@@ -111,6 +111,9 @@ void findInputFiles(Options& options) {
     if (timesStandard == 1) {
         readablePath(kStandardInput);
     }
+    if (std::count(options.inputs.begin(), options.inputs.end(), std::string()) != 0) {
+        throw Failure("an input's name is empty", "name a file");
+    }
     std::vector<std::string> const named = std::exchange(options.inputs, {});
     for (std::string const& input : named) {
         std::error_code ignored;

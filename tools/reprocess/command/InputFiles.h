@@ -11,7 +11,8 @@ namespace quen::reprocess {
  * stay in the list and get a problem.
  *
  * @throws Failure for a folder that is not asked to be searched, has no picture or takes the
- *         outputs, and for a standard input that is named twice or cannot be read
+ *         outputs, for an empty name, and for a standard input that is named twice or cannot be
+ *         read
  */
 void findInputFiles(Options& options);
 

@@ -52,8 +52,10 @@ when that is what the file's size amounts to; --layout says so where it does not
 
 Exit codes:
   0  everything was reprocessed, or skipped
-  1  at least one input was not, the others are there; or the timeline was not written
-  2  the command line is wrong; nothing was done
+  1  at least one input was not, the others are there; or the timeline or the
+     recording is not whole
+  2  the command line is wrong, or a file of --trace or --record cannot be written;
+     nothing was done
   3  the demo's picture differs too much from its scene (below 30 dB)
 
 Examples:
@@ -124,6 +126,14 @@ CLI::Validator oneOf(Names const& names) {
 /** Accepts numbers from `least` to `most`. */
 CLI::Validator range(int least, int most) {
     return CLI::Range(least, most).description("");
+}
+
+/** Refuses an empty name of a file, as an unset variable of a script leaves it. */
+CLI::Validator named() {
+    auto const check = [](std::string const& name) {
+        return name.empty() ? std::string("the file's name is empty") : std::string();
+    };
+    return CLI::Validator(check, "");
 }
 
 /** Parses a text that is one number and nothing else. */
@@ -347,6 +357,7 @@ void addReportOptions(CLI::App& app, Options& options, std::string& infoName) {
     app.add_option("--trace", options.trace,
                    "Write a timeline of threads, requests and the ISP's\nwork, for Perfetto or "
                    "chrome://tracing")
+            ->check(named())
             ->type_name("FILE")
             ->group(kGroup);
     app.add_option("--log", options.logLevel, "Show the library's messages down to a level")
@@ -358,6 +369,7 @@ void addReportOptions(CLI::App& app, Options& options, std::string& infoName) {
             app.add_option("--record", options.record,
                            "Write down all that crosses between this tool, the\nlibrary and the "
                            "ISP; quen-replay runs it again")
+                    ->check(named())
                     ->type_name("FILE")
                     ->group(kGroup);
     app.add_flag("--record-pictures", options.recordPictures,
@@ -388,7 +400,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
             [](CLI::App const*, CLI::Error const& error) { return usageProblem(error.what()); });
     app.set_version_flag("--version", "quen-reprocess " QUEN_VERSION, "Print the version and exit");
     app.add_option("INPUT", options.inputs, "Files to reprocess")->type_name("");
-    app.add_option("-o,--output", options.output, "Where the picture goes: a file or a folder")
+    app.add_option("-o,--output", options.output,
+                   "Where the picture goes: a file, a folder, or - for\nstandard output")
             ->type_name("OUT");
     app.add_option_function<std::string>(
                "--format", [&](std::string const& text) { options.format = kOutputNames.at(text); },

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "command/StandardStreams.h"
 #include "support/Failure.h"
 
 namespace quen::reprocess {
@@ -174,6 +175,9 @@ std::string outputTarget(std::string const& path) {
 }
 
 void writeStandardOutput(Bytes bytes) {
+    if (isStandardOutputClosed()) {
+        throw Failure("cannot be written: it is closed");
+    }
     writeAll(STDOUT_FILENO, bytes);
 }
 

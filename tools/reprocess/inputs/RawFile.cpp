@@ -1,6 +1,7 @@
 #include "inputs/RawFile.h"
 
 #include <cstring>
+#include <fstream>
 #include <memory>
 
 #include "support/Failure.h"
@@ -23,12 +24,28 @@ class LongerFile : public LibRaw_bigfile_datastream {
     }
 };
 
+/** What a file is that begins as a picture's of another format; null for all others. */
+char const* pictureKind(std::string const& path) {
+    struct {
+        char const* kind;
+        std::string start;
+    } const kinds[] = {{"a PNG", "\x89PNG"}, {"a TIFF", {"II*\0", 4}}, {"a TIFF", {"MM\0*", 4}}};
+    std::string start(4, ' ');
+    std::ifstream(path, std::ios::binary).read(start.data(), 4);
+    for (auto const& known : kinds) {
+        if (start == known.start) {
+            return known.kind;
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 RawFile::RawFile(std::string const& path) {
     int const result = open_file(path.c_str());
     if (result != LIBRAW_SUCCESS) {
-        throwUnknown(result);
+        throwUnknown(result, path);
     }
     if (isGuessed(path)) {
         throw Failure("is no raw file that LibRaw knows: only its size is that of some camera's",
@@ -36,7 +53,7 @@ RawFile::RawFile(std::string const& path) {
     }
 }
 
-void RawFile::throwUnknown(int result) const {
+void RawFile::throwUnknown(int result, std::string const& path) const {
     if (result == LIBRAW_IO_ERROR) {
         throw Failure("ends before the picture does: there is not even all of its header");
     }
@@ -47,6 +64,10 @@ void RawFile::throwUnknown(int result) const {
                       "convert it to an uncompressed DNG first");
     }
     if (result == LIBRAW_FILE_UNSUPPORTED) {
+        if (char const* const picture = pictureKind(path)) {
+            throw Failure(std::string("is ") + picture + ", and no raw file that LibRaw knows",
+                          "developed pictures are taken as JPEG, NV21 or I420 only");
+        }
         throw Failure("is no raw file that LibRaw knows", kHeaderlessAdvice);
     }
     throw Failure(std::string("cannot be read: ") + libraw_strerror(result));

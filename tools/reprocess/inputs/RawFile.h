@@ -31,7 +31,7 @@ class RawFile : public LibRaw {
     VisiblePart shownPart() const;
 
   private:
-    [[noreturn]] void throwUnknown(int result) const;
+    [[noreturn]] void throwUnknown(int result, std::string const& path) const;
     bool isGuessed(std::string const& path) const;
     std::optional<VisiblePart> defaultCrop() const;
 };
