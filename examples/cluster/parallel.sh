@@ -8,6 +8,10 @@
 #        QUEN_REPROCESS in the environment names the program where it is not in the machines' path
 set -euo pipefail
 
+if [ $# -lt 3 ] || ! [[ $1 =~ ^[1-9][0-9]*$ ]]; then
+    sed -n 's/^# \(Usage:\|      \)/\1/p' "$0" >&2
+    exit 2
+fi
 tasks=$1
 captures=$2
 out=$3

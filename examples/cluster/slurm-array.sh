@@ -12,6 +12,10 @@
 set -euo pipefail
 
 readonly tries=3 # of a task that is killed
+if [ $# -lt 3 ] || ! [[ $1 =~ ^[1-9][0-9]*$ ]] || [ -z "${SLURM_ARRAY_TASK_ID:-}" ]; then
+    sed -n 's/^# \(Usage:\|      \)/\1/p' "$0" >&2
+    exit 2
+fi
 tasks=$1
 captures=$2
 out=$3
