@@ -126,7 +126,7 @@ int run(int argc, char** argv) {
     }
     std::vector<Job> jobs;
     try {
-        RequestMetadata(options->request, 0, 0);  // checks the assignments once for all files
+        RequestMetadata const any(options->request, 0, 0);  // checks the assignments once for all
         jobs = plan(*options);
     } catch (Failure const& failure) {
         std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
