@@ -18,6 +18,7 @@
 #include "ReplayBuffer.h"
 #include "host/base/Properties.h"
 #include "host/metadata/EventText.h"
+#include "host/metadata/IspMetadataReader.h"
 #include "quenRecorder/CrossingRecord.h"
 
 using android::sp;
@@ -95,6 +96,21 @@ std::optional<host::Layout> chromaLayout(recording::Graphic const& picture) {
         return isCbFirst ? host::Layout::I420 : host::Layout::Yv12;
     }
     return isCbFirst ? host::Layout::Nv12 : host::Layout::Nv21;
+}
+
+/**
+ * The index of the 3A buffer that the library got for a call: from the settings after it, or, where
+ * the recording is cut off before those, from what the ISP was given.
+ */
+int32_t indexOf3A(ClientCall const& call, Lookahead const& ahead) {
+    host::IspMetadataReader given;
+    if (ahead.returned == nullptr && ahead.request != nullptr &&
+        given.parse(ahead.request->settings().data(), ahead.request->settings().size())) {
+        return given.int32Of(kTag3AIndex).value_or(0);
+    }
+    bool const hasChanged = ahead.returned != nullptr && ahead.returned->has_metadata();
+    return hasChanged ? Metadata(true, ahead.returned->metadata()).int32Of(kTag3AIndex)
+                      : Metadata(call.has_metadata(), call.metadata()).int32Of(kTag3AIndex);
 }
 
 Crossing emptyReturn() {
@@ -275,11 +291,7 @@ void ReplayClient::prepareCircumstances(ThreadReplay& thread, size_t index) {
             mAllocator->setLayout(host::MemfdAllocator::PixelFormat::YCRCB_420_SP, *layout);
         }
     }
-    bool const hasChanged = ahead.returned != nullptr && ahead.returned->has_metadata();
-    int32_t const index3A =
-            hasChanged ? Metadata(true, ahead.returned->metadata()).int32Of(kTag3AIndex)
-                       : Metadata(call.has_metadata(), call.metadata()).int32Of(kTag3AIndex);
-    mThreeA.expect(ahead.request, index3A);
+    mThreeA.expect(ahead.request, indexOf3A(call, ahead));
 }
 
 void ReplayClient::process(ThreadReplay& thread, size_t index) {
