@@ -1,10 +1,21 @@
 #include "RecordedOrder.h"
 
+#include <algorithm>
+#include <cstdint>
+
+#include "CrashReport.h"
 #include "Fields.h"
 
 namespace quen::replay {
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+/** Longer than this only clients take for a crossing, and those of a replay do not wait. */
+constexpr auto kLongestWait = std::chrono::seconds(60);
+
+}  // namespace
 
 size_t RecordedOrder::next() const {
     host::MutexLock const lock(mLock);
@@ -21,6 +32,7 @@ void RecordedOrder::awaitTurn(size_t index) {
 void RecordedOrder::pass(size_t index) {
     host::MutexLock const lock(mLock);
     mNext = index + 1;
+    notePassed(mNext);
     mChanged.notifyAll();
 }
 
@@ -75,14 +87,16 @@ bool RecordedOrder::waitForProgressLocked(size_t index, Clock::time_point end) {
     return true;
 }
 
-/** Time from the crossing before it to this one. */
+/** Time from the crossing before it to this one, as far as the library may need it again. */
 std::chrono::nanoseconds RecordedOrder::recordedTime(size_t index) const {
     if (index == size()) {
         return std::chrono::nanoseconds(0);
     }
     uint64_t const before = index == 0 ? 0 : at(index - 1).time_ns();
     uint64_t const then = at(index).time_ns();
-    return std::chrono::nanoseconds(then > before ? then - before : 0);
+    uint64_t const took = then > before ? then - before : 0;
+    return std::min<std::chrono::nanoseconds>(
+            std::chrono::nanoseconds(std::min<uint64_t>(took, INT64_MAX)), kLongestWait);
 }
 
 std::string RecordedOrder::missingText(size_t index) const {

@@ -4,12 +4,15 @@
 #include <unistd.h>
 
 #include <deque>
+#include <exception>
 #include <map>
 #include <memory>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include "Comparison.h"
+#include "Fields.h"
 #include "RecordedOrder.h"
 #include "ReplayClient.h"
 #include "ReplayIsp.h"
@@ -75,11 +78,17 @@ class Stage {
     }
 
   private:
+    /** Nothing may be thrown through the library, which may be what calls this. */
     void perform(ThreadReplay& thread, size_t index) {
-        if (thread.at(index).has_client_call()) {
-            mClient.perform(thread, index);
-        } else {
-            mIsp.perform(thread, index);
+        try {
+            if (thread.at(index).has_client_call()) {
+                mClient.perform(thread, index);
+            } else {
+                mIsp.perform(thread, index);
+            }
+        } catch (std::exception const& error) {
+            mOrder.stop("no. " + std::to_string(index + 1) + ", " + titleOf(thread.at(index)) +
+                        ": cannot go on: " + error.what());
         }
     }
 

@@ -104,6 +104,9 @@ void ReplayBuffer::makeMemory(recording::Buffer const& recorded, size_t bytes) {
     mHandle->data[0] = mMemory;
     for (int i = 1; i < descriptors; ++i) {
         mHandle->data[i] = ::dup(mMemory);
+        if (mHandle->data[i] < 0) {
+            throw std::runtime_error("there are no descriptors for a client's buffer");
+        }
     }
 }
 

@@ -111,7 +111,11 @@ Crossing const& ThreadReplay::answerOf(size_t call) {
         }
         if (isFatal(at(call), crossing)) {
             mOrder.awaitTurn(index);
-            mOrder.stop("");
+            bool const isLast = mPlace + 1 == mCrossings.size();
+            mOrder.stop(isLast ? ""
+                               : "no. " + std::to_string(index + 1) + ", " + titleOf(crossing) +
+                                         ": the library ends the process here, which went on when "
+                                         "it was recorded");
         }
         begin(index);
         return crossing;

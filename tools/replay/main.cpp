@@ -6,9 +6,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CrashReport.h"
 #include "Fields.h"
 #include "Recording.h"
 #include "Replay.h"
+#include "Soundness.h"
 #include "host/log/LogControl.h"
 
 namespace quen::replay {
@@ -113,6 +115,7 @@ void describe(Recording const& recording) {
 
 /** Plays a recording and prints what differs. Does not return when threads are left blocked. */
 int play(Recording const& recording, Options const& options) {
+    reportCrashes(kDifferent);
     Outcome const outcome = replay(recording, std::chrono::seconds(options.patience));
     size_t const count = outcome.differences.size();
     for (size_t i = 0; i < count && i < options.most; ++i) {
@@ -143,6 +146,9 @@ int run(int argc, char** argv) {
         }
         Recording const recording = readRecording(options.file);
         host::setLogLevel(options.logLevel);
+        if (!options.shows) {
+            checkSound(options.file, recording);
+        }
         describe(recording);
         if (options.shows) {
             show(recording);
