@@ -12,8 +12,8 @@
 namespace quen::replay {
 
 /**
- * Follows the calls of a recording, crossing by crossing: those that are open on each thread, and the
- * device objects that are there. Finds crossings that cannot come where they stand. One thread.
+ * Follows the calls of a recording, crossing by crossing: those that are open on each thread, and
+ * the device objects that are there. Finds crossings that cannot come where they stand. One thread.
  */
 class OpenCalls {
   public:

@@ -23,7 +23,8 @@ struct Recording {
 /**
  * Reads a recording up to its last whole crossing.
  *
- * @throws Unreadable when there is no such file, or it does not begin as a recording does
+ * @throws Unreadable when there is no such file, it does not begin as a recording does, it holds no
+ *         crossing, or it is damaged rather than cut off
  */
 Recording readRecording(std::string const& path);
 

@@ -7,9 +7,9 @@
 namespace quen::replay {
 
 /**
- * Refuses a recording that no recorder writes, and that the library must not be given: calls that do
- * not fit together, records that are malformed, sizes that contradict each other or that no buffer
- * has.
+ * Refuses a recording that no recorder writes, and that the library must not be given: calls that
+ * do not fit together, records that are malformed, sizes that contradict each other or that no
+ * buffer has.
  *
  * @param path of the file, for the text
  * @throws Unreadable names the first such crossing and what is wrong with it
