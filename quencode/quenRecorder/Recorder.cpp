@@ -132,7 +132,7 @@ std::string Recorder::finish() {
     if (mError == 0) {
         return {};
     }
-    return "its file took " + std::to_string(mWritten) + " crossings and no more (" +
+    return "its file took " + std::to_string(mWritten - 1) + " crossings and no more (" +
            strerror(mError) + "); " + std::to_string(mDropped) + " are missing";
 }
 

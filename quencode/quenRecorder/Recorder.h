@@ -81,7 +81,7 @@ class Recorder {
     Mutex mLock;  // before mDeferredLock
     bool mEnded QUEN_GUARDED_BY(mLock) = false;
     int mError QUEN_GUARDED_BY(mLock) = 0;         // errno of what ended the recording early
-    uint64_t mWritten QUEN_GUARDED_BY(mLock) = 0;  // crossings
+    uint64_t mWritten QUEN_GUARDED_BY(mLock) = 0;  // crossings and the header
     uint64_t mDropped QUEN_GUARDED_BY(mLock) = 0;
     int64_t mSize QUEN_GUARDED_BY(mLock) = 0;            // bytes of whole crossings
     std::vector<uint8_t> mBytes QUEN_GUARDED_BY(mLock);  // of the crossing being written
