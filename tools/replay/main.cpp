@@ -1,7 +1,10 @@
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
+#include <iostream>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -34,8 +37,9 @@ whole crossing.
 
 Exit codes:
   0  the library said what it said in the recording
-  1  it said something else; the differences are printed, the first one first
-  2  the command line is wrong, or the file is no recording
+  1  it said something else; the differences are printed, the first one first. Or it
+     crashed, or standard output cannot be written
+  2  the command line is wrong, or the file is no recording or a damaged one
 
 Examples:
   quen-reprocess shot.dng -o shot.jpg --record shot.rec --record-pictures
@@ -54,6 +58,7 @@ struct Options {
 int parse(int argc, char** argv, Options& options) {
     CLI::App app(kDescription, "quen-replay");
     app.footer(kFooter);
+    app.set_version_flag("--version", "quen-replay " QUEN_VERSION, "Print the version and exit");
     app.get_formatter()->column_width(30);
     app.failure_message([](CLI::App const*, CLI::Error const& error) {
         return std::string("quen-replay: ") + error.what() + "; --help tells what there is\n";
@@ -113,6 +118,18 @@ void describe(Recording const& recording) {
     }
 }
 
+/** Tells when what was printed could not be written. @return the exit code, which tells that too */
+int checkPrinted(int exitCode) {
+    errno = 0;
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout) {
+        return exitCode;
+    }
+    std::fprintf(stderr, "quen-replay: standard output cannot be written%s%s\n",
+                 errno != 0 ? ": " : "", errno != 0 ? std::strerror(errno) : "");
+    return exitCode == kEqual ? kDifferent : exitCode;
+}
+
 /** Plays a recording and prints what differs. Does not return when threads are left blocked. */
 int play(Recording const& recording, Options const& options) {
     reportCrashes(kDifferent);
@@ -130,8 +147,7 @@ int play(Recording const& recording, Options const& options) {
     std::printf("%zu crossings, %zu differences\n", recording.crossings.size(), count);
     int const exitCode = count == 0 ? kEqual : kDifferent;
     if (outcome.isBlocked) {
-        std::fflush(stdout);
-        std::_Exit(exitCode);
+        std::_Exit(checkPrinted(exitCode));
     }
     return exitCode;
 }
@@ -168,5 +184,5 @@ int run(int argc, char** argv) {
 }  // namespace quen::replay
 
 int main(int argc, char** argv) {
-    return quen::replay::run(argc, argv);
+    return quen::replay::checkPrinted(quen::replay::run(argc, argv));
 }
