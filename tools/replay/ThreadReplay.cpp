@@ -26,6 +26,10 @@ bool isMade(Crossing const& crossing) {
 /** Whether the library ends the process over an answer of the ISP. */
 bool isFatal(Crossing const& call, Crossing const& answer) {
     recording::IspReturn const& returned = answer.isp_return();
+    if (call.isp_call().operation() == recording::IspCall::OPEN && call.has_isp_call() &&
+        !(returned.has_answer() && returned.has_device())) {
+        return true;
+    }
     return call.has_isp_call() && call.isp_call().operation() != recording::IspCall::REQUEST &&
            call.isp_call().operation() != recording::IspCall::FLUSH &&
            (returned.has_transport_error() || returned.status() != 0);
