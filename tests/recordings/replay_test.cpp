@@ -290,12 +290,10 @@ TEST_F(ReplayTest, NothingDiffersWhereverARecordingIsCut) {
 TEST_F(ReplayTest, ChangedBytesCrashNothing) {
     std::string const whole = get(kept("lost_signal"));
     for (size_t at = 19; at < whole.size(); at += 56) {  // metadata among them
-        std::string changed = whole;
-        changed[at] = '\xff';
-        put("changed.rec", changed);
+        put("changed.rec", std::string(whole).replace(at, 1, "\xff"));
         Outcome const outcome = replay("changed.rec --patience 1");
-        EXPECT_LE(outcome.exitCode, 2) << at;
-        EXPECT_EQ(std::string::npos, outcome.err.find("crashed")) << at << outcome.err;
+        EXPECT_TRUE(outcome.exitCode <= 2 && outcome.err.find("crashed") == std::string::npos)
+                << at;
     }
 }
 

@@ -132,22 +132,30 @@ std::string faultOf(Crossing const& crossing) {
     }
 }
 
+/** Of a crossing and the calls that are open before it. */
+std::string faultAmong(OpenCalls& calls, Crossing const& crossing) {
+    std::string fault = calls.take(crossing);
+    if (!fault.empty()) {
+        return fault;
+    }
+    return calls.threads() > kMostThreads ? "there are too many threads" : faultOf(crossing);
+}
+
+[[noreturn]] void refuse(std::string const& path, size_t index, Crossing const& crossing,
+                         std::string const& fault) {
+    throw Unreadable(path + ": cannot be played: no. " + std::to_string(index + 1) + ", " +
+                     titleOf(crossing) + ": " + fault);
+}
+
 }  // namespace
 
 void checkSound(std::string const& path, Recording const& recording) {
     OpenCalls calls;
     for (size_t i = 0; i < recording.crossings.size(); ++i) {
         Crossing const& crossing = recording.crossings[i];
-        std::string fault = calls.take(crossing);
-        if (fault.empty() && calls.threads() > kMostThreads) {
-            fault = "there are more than " + of(kMostThreads, "threads");
-        }
-        if (fault.empty()) {
-            fault = faultOf(crossing);
-        }
+        std::string const fault = faultAmong(calls, crossing);
         if (!fault.empty()) {
-            throw Unreadable(path + ": cannot be played: no. " + std::to_string(i + 1) + ", " +
-                             titleOf(crossing) + ": " + fault);
+            refuse(path, i, crossing, fault);
         }
     }
 }
