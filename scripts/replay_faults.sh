@@ -136,6 +136,8 @@ if [[ ${1:-} == --dry-run ]]; then
     dry_run=true
     shift
 fi
+if $dry_run; then scripts/setup.sh patch; else scripts/setup.sh tests patch; fi
+
 faults=("$@")
 if [[ $# -eq 0 ]]; then
     for patch in tests/faults/*.patch; do
