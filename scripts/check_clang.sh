@@ -5,7 +5,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh clang tests libbenchmark-dev valgrind # the benchmark's, which is built as well
+# The last three are of the benchmark, which is built as well.
+scripts/setup.sh clang tests libbenchmark-dev valgrind libomp-14-dev
 cmake --preset clang -DQUEN_BUILD_TESTS=ON -DQUEN_BUILD_BENCH=ON >/dev/null
 cmake --build --preset clang
 echo "clang: everything builds without a warning"
