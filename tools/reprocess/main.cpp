@@ -47,17 +47,15 @@ void fixTimeZone() {
 }
 
 /** Registers the services and sets the properties that the library finds on a phone. */
-void startPlatform(Options const& options, BatchResources const& resources,
+void startPlatform(Options const& options,
                    std::shared_ptr<host::isp::IspObserver> const& observer) {
     fixTimeZone();
     host::setLogLevel(options.logLevel);
     host::setProperty("vendor.debug.camera.jpeg.timeout",
                       std::to_string(options.request.timeoutSeconds));
-    host::GraphicsServices const graphics = host::registerGraphicsServices();
-    graphics.allocator->keepReserve(resources.buffersAhead);
+    host::registerGraphicsServices();
     host::isp::SoftwareIspOptions isp;
     isp.observer = observer;
-    isp.developThreads = resources.developThreads;
     // Longer than this client is on its way from a submission to the wait, and no longer than a
     // small picture takes.
     isp.minimumLatency = std::chrono::milliseconds(1);
@@ -65,20 +63,18 @@ void startPlatform(Options const& options, BatchResources const& resources,
 }
 
 /** Develops what the command line asks for. @return the exit code */
-int develop(Options const& options, std::vector<Job> const& jobs, BatchResources const& resources,
-            Report& report, Trace* trace) {
-    Reprocessor reprocessor(options.request, report, resources.keptBuffers);
+int develop(Options const& options, std::vector<Job> const& jobs, Report& report, Trace* trace) {
+    Reprocessor reprocessor(options.request, report, keptBuffersFor(options));
     return options.demo ? runDemo(options, reprocessor, report, trace)
                         : runBatch(options, jobs, reprocessor, report, trace);
 }
 
 /** Does what the command line asks for, recorded if it says so. @return the exit code */
-int work(Options const& options, std::vector<Job> const& jobs, BatchResources const& resources,
-         Report& report, Trace* trace) {
+int work(Options const& options, std::vector<Job> const& jobs, Report& report, Trace* trace) {
     if (!startRecording(options)) {
         return kUsage;
     }
-    return finishRecording(options, develop(options, jobs, resources, report, trace));
+    return finishRecording(options, develop(options, jobs, report, trace));
 }
 
 /** Writes the timeline. @return the exit code: one that tells of a timeline that is not there */
@@ -133,17 +129,16 @@ int run(int argc, char** argv) {
         return kUsage;
     }
     auto const report = std::make_shared<Report>(options->info);
-    BatchResources const resources = resourcesFor(*options);
     if (options->trace.empty()) {
-        startPlatform(*options, resources, report);
-        exitCode = work(*options, jobs, resources, *report, nullptr);
+        startPlatform(*options, report);
+        exitCode = work(*options, jobs, *report, nullptr);
     } else {
         auto const trace = std::make_shared<Trace>();
         trace->nameThread(ThreadKind::Client);
-        startPlatform(*options, resources, std::make_shared<IspSpans>(trace, report));
+        startPlatform(*options, std::make_shared<IspSpans>(trace, report));
         {
             LogSpans const spans(*trace);
-            exitCode = work(*options, jobs, resources, *report, trace.get());
+            exitCode = work(*options, jobs, *report, trace.get());
         }
         exitCode = writeTrace(options->trace, *trace, exitCode);
     }

@@ -16,13 +16,11 @@ namespace {
 /** The pieces of one call. Thread-safe. */
 class Pieces {
   public:
-    Pieces(int count, std::function<std::function<void(int)>()> const& makeWorker, int mostThreads)
-        : mCount(count), mMakeWorker(makeWorker), mMostThreads(mostThreads) {}
+    Pieces(int count, std::function<std::function<void(int)>()> const& makeWorker)
+        : mCount(count), mMakeWorker(makeWorker) {}
 
-    /** Whether one more thread would help those at work. */
-    bool wantThread(int atWork) const {
-        return mNext < mCount && (mMostThreads == 0 || atWork < mMostThreads);
-    }
+    /** Whether one more thread would help. */
+    bool wantThread() const { return mNext < mCount; }
 
     /** Runs pieces until none are left. Throws nothing. */
     void run() {
@@ -49,7 +47,6 @@ class Pieces {
   private:
     int const mCount;
     std::function<std::function<void(int)>()> const& mMakeWorker;
-    int const mMostThreads;  // 0: no limit
     std::atomic<int> mNext{0};
     Mutex mLock;
     std::exception_ptr mException HOST_GUARDED_BY(mLock);
@@ -129,7 +126,7 @@ class Helpers {
         MutexLock const guard(mLock);
         for (;;) {
             for (auto call = mCalls.rbegin(); call != mCalls.rend(); ++call) {
-                if (call->pieces->wantThread(1 + call->helpers)) {
+                if (call->pieces->wantThread()) {
                     ++call->helpers;
                     return *call->pieces;
                 }
@@ -147,10 +144,9 @@ class Helpers {
 
 }  // namespace
 
-void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker,
-                int mostThreads) {
-    Pieces pieces(count, makeWorker, mostThreads);
-    if (count > 1 && mostThreads != 1) {
+void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker) {
+    Pieces pieces(count, makeWorker);
+    if (count > 1) {
         Helpers::instance().run(pieces);
     } else {
         pieces.run();

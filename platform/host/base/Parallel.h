@@ -11,9 +11,7 @@ namespace quen::host {
  *
  * @param count pieces
  * @param makeWorker called once on each thread; returns what runs the piece of an index
- * @param mostThreads at work on the pieces, the caller's included; 0 for as many as there are
  */
-void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker,
-                int mostThreads = 0);
+void inParallel(int count, std::function<std::function<void(int)>()> const& makeWorker);
 
 }  // namespace quen::host

@@ -24,9 +24,6 @@ namespace quen::host {
 
 namespace {
 
-// Below, making memory ahead takes longer than making it.
-constexpr uint64_t kLeastReserved = 4u << 20;
-
 constexpr size_t kLongestName = 200;  // of a memfd; the kernel takes a little more
 
 /** Unlike in every process that this one may share buffers with. */
@@ -36,7 +33,7 @@ uint64_t nextBufferId() {
 }
 
 /** Memory that nobody may shrink under a mapping. -1 when there is none. */
-int createNamedMemory(std::string const& name, uint64_t size) {
+int createMemory(std::string const& name, uint64_t size) {
     int const memory = memfd_create(name.c_str(), MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (memory < 0) {
         return -1;
@@ -49,32 +46,11 @@ int createNamedMemory(std::string const& name, uint64_t size) {
     return memory;
 }
 
-int createReservedMemory(uint64_t size) {
-    return createNamedMemory("reserve", size);
-}
-
-}  // namespace
-
-void MemfdAllocator::keepReserve(size_t most) {
-    mReserve = std::make_unique<MemoryReserve>(createReservedMemory, most);
-}
-
-/** The memory of a buffer; -1 when there is none. */
-int MemfdAllocator::createMemory(std::string const& name, BufferFacts const& facts) {
-    bool const isReserved = mReserve != nullptr && facts.reservedSize == 0 &&
-                            facts.layout != Layout::Blob &&
-                            facts.extent.sizeInBytes >= kLeastReserved;
-    if (isReserved) {
-        return mReserve->take(facts.extent.sizeInBytes);
-    }
-    return createNamedMemory(name,
-                             facts.reservedSize != 0 ? wholeSize(facts) : facts.extent.sizeInBytes);
-}
-
 /** A handle that owns its memory; null when there is none. */
-hidl_handle MemfdAllocator::createBuffer(std::string const& name, BufferFacts const& facts) {
+hidl_handle createBuffer(std::string const& name, BufferFacts const& facts) {
     hidl_handle result;
-    int const memory = createMemory(name, facts);
+    int const memory = createMemory(
+            name, facts.reservedSize != 0 ? wholeSize(facts) : facts.extent.sizeInBytes);
     if (memory < 0) {
         return result;
     }
@@ -86,6 +62,8 @@ hidl_handle MemfdAllocator::createBuffer(std::string const& name, BufferFacts co
     result.setTo(handle, true);
     return result;
 }
+
+}  // namespace
 
 MemfdAllocator::Choice* MemfdAllocator::findChoice(PixelFormat format) {
     auto* const found = std::find_if(mChoices.begin(), mChoices.end(),

@@ -3,7 +3,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include <android/hardware/graphics/allocator/4.0/IAllocator.h>
@@ -11,7 +10,6 @@
 
 #include "host/gralloc/BufferHandle.h"
 #include "host/gralloc/BufferLayout.h"
-#include "host/gralloc/MemoryReserve.h"
 
 namespace quen::host {
 
@@ -19,7 +17,7 @@ namespace quen::host {
  * Allocates each graphic buffer as a memfd of its own, zeroed and sealed against shrinking. Never
  * reuses a buffer. BufferLayout.h has the rules of rows and planes.
  *
- * Any thread; takes no lock without a reserve.
+ * Any thread; takes no lock.
  */
 class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAllocator {
   public:
@@ -34,12 +32,6 @@ class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAll
      */
     bool setLayout(PixelFormat format, Layout layout);
 
-    /**
-     * Has the memory of large pictures made ahead, `most` times. Called before the first
-     * allocation.
-     */
-    void keepReserve(size_t most);
-
     android::hardware::Return<void> allocate(
             android::hardware::hidl_vec<uint8_t> const& bufferDescriptor, uint32_t count,
             allocate_cb cb) override;
@@ -51,10 +43,6 @@ class MemfdAllocator : public android::hardware::graphics::allocator::V4_0::IAll
     };
 
     Choice* findChoice(PixelFormat format);
-    int createMemory(std::string const& name, BufferFacts const& facts);
-    android::hardware::hidl_handle createBuffer(std::string const& name, BufferFacts const& facts);
-
-    std::unique_ptr<MemoryReserve> mReserve;  // null unless wanted
 
     std::array<Choice, 3> mChoices = {{{PixelFormat::YCRCB_420_SP, {Layout::Nv21}},
                                        {PixelFormat::IMPLEMENTATION_DEFINED, {Layout::Nv12}},

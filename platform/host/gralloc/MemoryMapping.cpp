@@ -13,6 +13,9 @@ namespace quen::host {
 
 namespace {
 
+// An encoded picture seldom fills more of the memory that its client allows it.
+constexpr size_t kLikelyShare = 16;
+
 using Key = std::tuple<dev_t, ino_t, size_t>;
 
 /** A place for one mapping. Its lock is held while the mapping is made: no other waits for it. */
@@ -75,19 +78,21 @@ std::shared_ptr<MemoryMapping> MemoryMapping::of(int descriptor, MemoryIdentity 
     return mapping;
 }
 
-std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, Pages pages) {
-    // At once, pages take two thirds of the time of their faults one by one, half of the time of
-    // two threads' faults together.
-    int const flags = MAP_SHARED | (pages == Pages::AtOnce ? MAP_POPULATE : 0);
-    void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, descriptor, 0);
-    if (address == MAP_FAILED) {
+std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, Pages when) {
+    MappedPages const pages = mapShared(descriptor, bytes);
+    if (pages.address == nullptr) {
         return nullptr;
     }
-    return std::shared_ptr<MemoryMapping>(new MemoryMapping(static_cast<uint8_t*>(address), bytes));
+    if (when == Pages::AtOnce) {
+        makePages(pages, bytes);
+    } else {
+        makeHugePages(pages, bytes / kLikelyShare);
+    }
+    return std::shared_ptr<MemoryMapping>(new MemoryMapping(pages));
 }
 
 MemoryMapping::~MemoryMapping() {
-    munmap(mAddress, mBytes);
+    munmap(mPages.address, mPages.bytes);
 }
 
 }  // namespace quen::host

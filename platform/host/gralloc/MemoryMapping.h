@@ -7,6 +7,8 @@
 #include <memory>
 #include <optional>
 
+#include "host/gralloc/MemoryPages.h"
+
 namespace quen::host {
 
 /** Which memory a descriptor is of, whatever its number, and how large it is. */
@@ -25,8 +27,11 @@ struct MemoryIdentity {
  */
 class MemoryMapping {
   public:
-    /** When the pages of a mapping are made: with it, or each when it is first touched. */
-    enum class Pages { AtOnce, WhenTouched };
+    /** When the pages of a mapping are made. */
+    enum class Pages {
+        AtOnce,       ///< with it
+        WhenTouched,  ///< each when it is first touched; the first ones with it, if huge
+    };
 
     /**
      * The mapping of a descriptor's memory, made when there is none of that size. Any thread.
@@ -41,15 +46,14 @@ class MemoryMapping {
     MemoryMapping(MemoryMapping const&) = delete;
     MemoryMapping& operator=(MemoryMapping const&) = delete;
 
-    uint8_t* address() const { return mAddress; }
+    uint8_t* address() const { return mPages.address; }
 
   private:
-    MemoryMapping(uint8_t* address, size_t bytes) : mAddress(address), mBytes(bytes) {}
+    explicit MemoryMapping(MappedPages const& pages) : mPages(pages) {}
 
-    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, Pages pages);
+    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, Pages when);
 
-    uint8_t* const mAddress;
-    size_t const mBytes;
+    MappedPages const mPages;
 };
 
 }  // namespace quen::host

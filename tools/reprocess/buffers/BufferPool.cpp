@@ -21,10 +21,11 @@ std::unique_ptr<ClientBuffer> BufferPool::take(uint32_t width, uint32_t height, 
 }
 
 void BufferPool::give(std::unique_ptr<ClientBuffer> buffer) {
+    std::unique_ptr<ClientBuffer> surplus;  // freed after the lock
     host::MutexLock const lock(mLock);
     mFree.push_back(std::move(buffer));
     if (mFree.size() > mKept) {
-        mSurplus.release(std::move(mFree.front()));
+        surplus = std::move(mFree.front());
         mFree.erase(mFree.begin());
     }
 }

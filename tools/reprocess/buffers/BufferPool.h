@@ -5,23 +5,19 @@
 #include <memory>
 #include <vector>
 
-#include "buffers/BackgroundRelease.h"
 #include "buffers/ClientBuffer.h"
 #include "host/base/Mutex.h"
 
 namespace quen::reprocess {
 
 /**
- * Buffers for one frame after the other: the pages of a fresh picture cost the system as much time
- * as encoding a third of it. Thread-safe.
+ * Buffers for one frame after the other: the system has the pages of a fresh one to make and to
+ * clear. Thread-safe.
  */
 class BufferPool {
   public:
-    /** @param kept most buffers to keep for further frames; others are freed on another thread */
+    /** @param kept most buffers to keep for further frames */
     explicit BufferPool(size_t kept) : mKept(kept) {}
-
-    /** Whether a buffer may come from an earlier frame. */
-    bool keepsBuffers() const { return mKept != 0; }
 
     /** A buffer, its content undefined. @throws Failure as ClientBuffer's constructor does */
     std::unique_ptr<ClientBuffer> take(uint32_t width, uint32_t height, int32_t format);
@@ -33,7 +29,6 @@ class BufferPool {
     size_t const mKept;
     host::Mutex mLock;
     std::vector<std::unique_ptr<ClientBuffer>> mFree HOST_GUARDED_BY(mLock);  // oldest first
-    BackgroundRelease mSurplus HOST_GUARDED_BY(mLock);
 };
 
 }  // namespace quen::reprocess

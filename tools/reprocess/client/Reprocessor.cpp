@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <future>
 #include <limits>
 #include <optional>
 #include <string>
@@ -120,24 +119,11 @@ std::unique_ptr<Frame> Reprocessor::prepare(uint32_t number, Capture capture, Ou
     return frame;
 }
 
-/**
- * Without buffers from earlier frames, that for the picture is made beside the mosaic's: the system
- * takes as long for the pages of either as its samples take. It comes first: the allocator then
- * makes the library's buffer for the picture ahead.
- */
 void Reprocessor::prepareMosaic(Frame& frame, Capture const& capture) {
-    std::future<void> pictureReady;
-    if (!mPool->keepsBuffers()) {
-        frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
-        pictureReady = std::async([&] { static_cast<void>(frame.picture->lock()); });
-    }
     RawTarget const target = rawTarget(capture, mOptions, frame.metadata);
     frame.rawFormat = target.raw16 ? HAL_PIXEL_FORMAT_RAW16 : HAL_PIXEL_FORMAT_RAW10;
     frame.input = mPool->take(capture.width, capture.height, frame.rawFormat);
     frame.watch.time("fill raw buffer", [&] { fillRaw(*frame.input, capture, target); });
-    if (pictureReady.valid()) {
-        frame.watch.time("get picture buffer", [&] { pictureReady.get(); });
-    }
 }
 
 void Reprocessor::preparePicture(Frame& frame, Capture const& capture) {
@@ -174,9 +160,7 @@ void Reprocessor::submit(Frame& frame) {
     Capture const& capture = frame.capture;
     int32_t const number = static_cast<int32_t>(frame.number);
     frame.metadata.setInt32(kTagThreeAIndex, publishCalibration(capture.calibration, number));
-    if (!frame.picture) {
-        frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
-    }
+    frame.picture = mPool->take(capture.width, capture.height, HAL_PIXEL_FORMAT_YCBCR_420_888);
     ImageBuffer const input =
             imageBuffer(kInputStream, frame.rawFormat, frame.input->size(), capture, *frame.input);
     ImageBuffer const output = imageBuffer(kOutputStream, HAL_PIXEL_FORMAT_YCBCR_420_888,

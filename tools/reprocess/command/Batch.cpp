@@ -143,10 +143,6 @@ size_t memoryToUse() {
     return std::numeric_limits<size_t>::max();
 }
 
-size_t processors() {
-    return std::max(1u, std::thread::hardware_concurrency());
-}
-
 /**
  * The shard's jobs. What cannot be read is in every shard: a machine that lacks a part of the
  * inputs has another list than the others, whichever share is its own.
@@ -162,25 +158,19 @@ std::vector<Job> jobsOfShard(std::vector<Job> const& planned, Shard const& shard
     return jobs;
 }
 
-/** How many inputs are in work at a time: unless it is given, one a processor. */
+/**
+ * How many inputs are in work at a time. Unless it is given, one more than there are processors:
+ * much of the work on the first one is a single thread's.
+ */
 size_t jobsOf(Options const& options) {
-    return std::min(options.jobs != 0 ? options.jobs : processors(), options.inputs.size());
+    size_t const processors = std::max(1u, std::thread::hardware_concurrency());
+    return std::min(options.jobs != 0 ? options.jobs : processors + 1, options.inputs.size());
 }
 
 }  // namespace
 
-BatchResources resourcesFor(Options const& options) {
-    BatchResources resources;
-    if (options.inputs.size() > 1) {
-        resources.keptBuffers = 3;  // a mosaic, a picture and a JPEG
-        resources.buffersAhead = std::numeric_limits<size_t>::max();
-    }
-    // Half of the processors for the frame that is encoded: much of that is one thread's work,
-    // which decides when the next one begins.
-    if (jobsOf(options) > 1) {
-        resources.developThreads = static_cast<int>((processors() + 1) / 2);
-    }
-    return resources;
+size_t keptBuffersFor(Options const& options) {
+    return options.inputs.size() > 1 ? 3 : 0;  // a mosaic, a picture and a JPEG
 }
 
 int runBatch(Options const& options, std::vector<Job> const& planned, Reprocessor& reprocessor,

@@ -10,14 +10,8 @@
 
 namespace quen::reprocess {
 
-/** How the work of a command line is best spread. */
-struct BatchResources {
-    size_t keptBuffers = 0;   ///< for further frames
-    size_t buffersAhead = 1;  ///< to be made before they are asked for
-    int developThreads = 0;   ///< of a single request; 0 for one a processor
-};
-
-BatchResources resourcesFor(Options const& options);
+/** How many buffers of a frame are worth keeping for those after it. */
+size_t keptBuffersFor(Options const& options);
 
 /**
  * Reprocesses every input of the command line, several at a time. One that fails does not stop the

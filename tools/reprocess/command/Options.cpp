@@ -417,7 +417,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
                  "Take the pictures in folders, and below them");
     app.add_flag("--skip-existing", options.skipExisting, "Leave inputs whose output is there");
     app.add_option("--jobs", options.jobs,
-                   "Inputs in work at a time, as far as memory allows; as\nmany as there are "
+                   "Inputs in work at a time, as far as memory allows; one\nmore than there are "
                    "processors unless given")
             ->check(range(1, 64))
             ->type_name("N");

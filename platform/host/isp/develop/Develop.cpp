@@ -8,7 +8,7 @@
 namespace quen::host::isp {
 
 void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration const& calibration,
-             YuvPicture const& target, int mostThreads) {
+             YuvPicture const& target) {
     BayerOrder const order = calibration.bayerOrder;
     bool const bayer = source.isBayer();
     DevelopPlan const plan{
@@ -26,7 +26,7 @@ void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration 
         auto const developer = std::make_shared<BandDeveloper>(plan);
         return [developer](int band) { developer->develop(band); };
     };
-    inParallel(bands, makeWorker, mostThreads);
+    inParallel(bands, makeWorker);
 }
 
 }  // namespace quen::host::isp

@@ -13,9 +13,8 @@ namespace quen::host::isp {
  * @param source width and height of 8 or more; a packed image's width is a multiple of four
  * @param crop within the source, not empty; its corner may lie on any pixel
  * @param target of the crop's size; planar, NV12 or NV21
- * @param mostThreads to use; 0 for one a processor
  */
 void develop(RawPicture const& source, PixelRect const& crop, SensorCalibration const& calibration,
-             YuvPicture const& target, int mostThreads = 0);
+             YuvPicture const& target);
 
 }  // namespace quen::host::isp

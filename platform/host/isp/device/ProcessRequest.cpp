@@ -125,7 +125,7 @@ void developInto(Request& request, IspReport& report, YuvPicture const& target) 
     raw.stride = input.raw.stride;
     raw.layout = input.stream.rawLayout;
     raw.bits = request.rawBits;
-    develop(raw, request.crop, report.calibration, target, request.developThreads);
+    develop(raw, request.crop, report.calibration, target);
 }
 
 /** Encodes a picture into a JPEG output, scaled to its size where it differs. */

@@ -34,9 +34,8 @@ struct Request {
     uint32_t number = 0;
     std::shared_ptr<IspConfiguration const> configuration;
     RequestSettings settings;
-    PixelRect crop;          ///< within the input
-    int rawBits = 0;         ///< depth of the samples of a Raw input
-    int developThreads = 0;  ///< most to use; 0 for one a processor
+    PixelRect crop;   ///< within the input
+    int rawBits = 0;  ///< depth of the samples of a Raw input
     RequestImage input;
     std::vector<RequestImage> outputs;
     std::chrono::steady_clock::time_point submitted;

@@ -101,7 +101,6 @@ SoftwareIspDevice::Status SoftwareIspDevice::submit(hidl_vec<ISPRequest> const& 
         if (status != Status::OK) {
             return status;
         }
-        request->developThreads = mOptions.developThreads;
         request->submitted = std::chrono::steady_clock::now();
         accepted.push_back(std::make_unique<RequestWork>(std::move(request), mOptions));
     }

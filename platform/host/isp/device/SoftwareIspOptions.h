@@ -15,12 +15,6 @@ struct SoftwareIspOptions {
      */
     std::chrono::milliseconds minimumLatency{5};
 
-    /**
-     * Most threads that develop a picture; 0 for one a processor. With fewer, requests to several
-     * devices get more of the processors.
-     */
-    int developThreads = 0;
-
     /** Observes the devices; may be null. */
     std::shared_ptr<IspObserver> observer;
 };

@@ -1,0 +1,70 @@
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/gralloc/MemoryPages.h"
+
+namespace {
+
+using quen::host::makePages;
+using quen::host::MappedPages;
+using quen::host::mapShared;
+
+/** The address space in use, reserved ranges included, in kB. */
+size_t addressSpace() {
+    std::ifstream file("/proc/self/status");
+    std::string word;
+    size_t kilobytes = 0;
+    while (file >> word && word != "VmSize:") {
+    }
+    file >> kilobytes;
+    return kilobytes;
+}
+
+/** Whether every page of memory is there. */
+bool isPresent(MappedPages const& pages, size_t bytes) {
+    size_t const page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    std::vector<unsigned char> present((bytes + page - 1) / page);
+    return mincore(pages.address, bytes, present.data()) == 0 &&
+           std::all_of(present.begin(), present.end(), [](unsigned char p) { return p & 1; });
+}
+
+}  // namespace
+
+// A page, some, one huge page or nearly, several and a rest that is worth one more, or is not.
+TEST(MemoryPages, AreAllThereKeepWhatIsInThemAndGoWithoutRemains) {
+    for (size_t const bytes : {4096u, 100'000u, 2'000'000u, 2u << 20, 5'000'000u, 6'400'000u}) {
+        int const memory = memfd_create("pages", MFD_CLOEXEC);
+        ASSERT_EQ(ftruncate(memory, static_cast<off_t>(bytes)), 0);
+        std::string const text = "kept";
+        off_t const end = static_cast<off_t>(bytes - text.size());
+        ASSERT_EQ(pwrite(memory, text.data(), text.size(), end), 4);
+        size_t const before = addressSpace();
+
+        MappedPages const pages = mapShared(memory, bytes);
+        ASSERT_NE(pages.address, nullptr);
+        EXPECT_GE(pages.bytes, bytes);
+        makePages(pages, bytes);
+        EXPECT_TRUE(isPresent(pages, bytes)) << bytes;
+        EXPECT_EQ(std::string(pages.address + end, pages.address + bytes), text) << bytes;
+        EXPECT_EQ(std::count(pages.address, pages.address + end, 0), end) << bytes;
+        std::copy(text.begin(), text.end(), pages.address);
+        std::string read(text.size(), '\0');
+        EXPECT_EQ(pread(memory, read.data(), read.size(), 0), 4);
+        EXPECT_EQ(read, text);
+
+        EXPECT_EQ(munmap(pages.address, pages.bytes), 0);
+        EXPECT_EQ(addressSpace(), before) << bytes;
+        close(memory);
+    }
+    size_t const before = addressSpace();
+    EXPECT_EQ(mapShared(-1, 5'000'000).address, nullptr);
+    EXPECT_EQ(addressSpace(), before);
+}
