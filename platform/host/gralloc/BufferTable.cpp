@@ -27,9 +27,8 @@ uint8_t* ImportedBuffer::map() {
         // A client that locks a picture accesses all of it. A BLOB may be larger than what is ever
         // written to it.
         bool const isBlock = mFacts.layout == Layout::Blob;
-        mMapping = MemoryMapping::of(
-                memory(), mIdentity, mappedSize(),
-                isBlock ? MemoryMapping::Pages::WhenTouched : MemoryMapping::Pages::AtOnce);
+        mMapping = MemoryMapping::of(memory(), mIdentity, mappedSize(),
+                                     isBlock ? PagesMade::WhenTouched : PagesMade::AtOnce);
     }
     return mMapping == nullptr ? nullptr : mMapping->address();
 }

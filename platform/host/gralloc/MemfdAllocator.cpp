@@ -1,6 +1,7 @@
 #include "host/gralloc/MemfdAllocator.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -26,10 +27,23 @@ namespace {
 
 constexpr size_t kLongestName = 200;  // of a memfd; the kernel takes a little more
 
+std::atomic<pid_t> gProcess{0};
+
+/** This process's number; the system is asked once, and again by a child. */
+uint64_t processNumber() {
+    static bool const gAsksInChild =
+            pthread_atfork(nullptr, nullptr, [] { gProcess = getpid(); }) == 0;
+    pid_t process = gProcess;
+    if (process == 0 || !gAsksInChild) {
+        gProcess = process = getpid();
+    }
+    return static_cast<uint64_t>(process);
+}
+
 /** Unlike in every process that this one may share buffers with. */
 uint64_t nextBufferId() {
     static std::atomic<uint32_t> gLatest{0};
-    return static_cast<uint64_t>(getpid()) << 32 | ++gLatest;
+    return processNumber() << 32 | ++gLatest;
 }
 
 /** Memory that nobody may shrink under a mapping. -1 when there is none. */

@@ -13,9 +13,6 @@ namespace quen::host {
 
 namespace {
 
-// An encoded picture seldom fills more of the memory that its client allows it.
-constexpr size_t kLikelyShare = 16;
-
 using Key = std::tuple<dev_t, ino_t, size_t>;
 
 /** A place for one mapping. Its lock is held while the mapping is made: no other waits for it. */
@@ -66,29 +63,22 @@ std::optional<MemoryIdentity> MemoryIdentity::of(int descriptor) {
 }
 
 std::shared_ptr<MemoryMapping> MemoryMapping::of(int descriptor, MemoryIdentity const& memory,
-                                                 size_t bytes, Pages pages) {
+                                                 size_t bytes, PagesMade made) {
     static Slots* const slots = new Slots;  // buffers may be mapped until the process has ended
     std::shared_ptr<Slot> const slot = slots->find({memory.device, memory.inode, bytes});
     MutexLock const guard(slot->lock);
     std::shared_ptr<MemoryMapping> mapping = slot->mapping.lock();
     if (mapping == nullptr) {
-        mapping = make(descriptor, bytes, pages);
+        mapping = make(descriptor, bytes, made);
         slot->mapping = mapping;
     }
     return mapping;
 }
 
-std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, Pages when) {
-    MappedPages const pages = mapShared(descriptor, bytes);
-    if (pages.address == nullptr) {
-        return nullptr;
-    }
-    if (when == Pages::AtOnce) {
-        makePages(pages, bytes);
-    } else {
-        makeHugePages(pages, bytes / kLikelyShare);
-    }
-    return std::shared_ptr<MemoryMapping>(new MemoryMapping(pages));
+std::shared_ptr<MemoryMapping> MemoryMapping::make(int descriptor, size_t bytes, PagesMade made) {
+    MappedPages const pages = mapShared(descriptor, bytes, made);
+    return pages.address == nullptr ? nullptr
+                                    : std::shared_ptr<MemoryMapping>(new MemoryMapping(pages));
 }
 
 MemoryMapping::~MemoryMapping() {

@@ -27,12 +27,6 @@ struct MemoryIdentity {
  */
 class MemoryMapping {
   public:
-    /** When the pages of a mapping are made. */
-    enum class Pages {
-        AtOnce,       ///< with it
-        WhenTouched,  ///< each when it is first touched; the first ones with it, if huge
-    };
-
     /**
      * The mapping of a descriptor's memory, made when there is none of that size. Any thread.
      *
@@ -40,7 +34,7 @@ class MemoryMapping {
      * @return null when it cannot be mapped
      */
     static std::shared_ptr<MemoryMapping> of(int descriptor, MemoryIdentity const& memory,
-                                             size_t bytes, Pages pages);
+                                             size_t bytes, PagesMade made);
 
     ~MemoryMapping();
     MemoryMapping(MemoryMapping const&) = delete;
@@ -51,7 +45,7 @@ class MemoryMapping {
   private:
     explicit MemoryMapping(MappedPages const& pages) : mPages(pages) {}
 
-    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, Pages when);
+    static std::shared_ptr<MemoryMapping> make(int descriptor, size_t bytes, PagesMade made);
 
     MappedPages const mPages;
 };

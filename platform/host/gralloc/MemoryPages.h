@@ -5,6 +5,13 @@
 
 namespace quen::host {
 
+/** When the pages of mapped memory are made. */
+enum class PagesMade {
+    AtOnce,       ///< with the mapping
+    WhenTouched,  ///< each when it is first touched; huge ones of the first sixteenth with the
+                  ///< mapping
+};
+
 /** Shared memory in the address space: where, and how many bytes munmap takes. */
 struct MappedPages {
     uint8_t* address;  ///< null when it could not be mapped
@@ -12,22 +19,10 @@ struct MappedPages {
 };
 
 /**
- * Maps memory readable and writable, without its pages. Memory that is worth huge pages is mapped
- * at an address where it can have them, up to the end of the last one. Any thread.
+ * Maps memory readable and writable. Where that is worth it and the system lets, its pages are
+ * huge: to make and to clear small ones takes longer than most of what is done with a picture. What
+ * the memory holds stays. Any thread.
  */
-MappedPages mapShared(int descriptor, size_t bytes);
-
-/**
- * Makes huge pages for the first bytes of mapped memory, where they are worth it and the system
- * lets. What the memory holds stays. Any thread.
- *
- * @param pages from mapShared
- * @param bytes within the memory
- * @return bytes that have huge pages now, maybe more than asked for; 0 when the system makes none
- */
-size_t makeHugePages(MappedPages const& pages, size_t bytes);
-
-/** As makeHugePages, and makes small pages for what has no huge ones. */
-void makePages(MappedPages const& pages, size_t bytes);
+MappedPages mapShared(int descriptor, size_t bytes, PagesMade made);
 
 }  // namespace quen::host
