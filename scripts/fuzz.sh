@@ -7,8 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 # target, longest input in bytes, whether it is handed in as a file
-readonly targets='
-    isp_metadata_decoder   512  memory
+targets='    isp_metadata_decoder   512  memory
     isp_metadata_reader    512  memory
     metadata_converter    1024  memory
     camera_blob             64  memory
@@ -36,9 +35,9 @@ readonly found=$built/found
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
 
-# Runs a target; its executions and what stopped it ("-" for nothing) go to standard output.
+# Runs a target. Leaves its executions, its seconds and what stopped it ("-" for nothing) in a file.
 run() {
-    local target=$1 longest=$2 log=$found/$1.log flags=() stopped=-
+    local target=$1 longest=$2 log=$found/$1.log flags=() stopped=- begin=$SECONDS
     mkdir -p "$found/$target" "fuzz/corpus/$target"
     if [ -e "fuzz/dictionaries/$target.dict" ]; then
         flags+=("-dict=fuzz/dictionaries/$target.dict")
@@ -52,19 +51,27 @@ run() {
     fi
     local executions
     executions=$(sed -n 's/^stat::number_of_executed_units: //p' "$log")
-    echo "${executions:-0} $stopped"
+    echo "${executions:-0} $((SECONDS > begin ? SECONDS - begin : 1)) $stopped" >"$found/$target.result"
 }
+
+if [ "$wanted" != all ]; then
+    targets=$(grep -E "^ *$wanted " <<<"$targets")
+fi
+rm -f "$found"/*.result
+while read -r target longest kind; do
+    if [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; then
+        wait -n
+    fi
+    run "$target" "$longest" &
+done <<<"$targets"
+wait
 
 declare -A sums=([memory]=0 [file]=0)
 findings=0
 printf '%-22s %14s %10s %9s\n' target executions 'a second' findings
 while read -r target longest kind; do
-    if [ -z "$target" ] || { [ "$wanted" != all ] && [ "$wanted" != "$target" ]; }; then
-        continue
-    fi
-    begin=$SECONDS
-    read -r executions stopped < <(run "$target" "$longest")
-    took=$((SECONDS > begin ? SECONDS - begin : 1))
+    # A target without a result was not run to its end.
+    read -r executions took stopped < <(cat "$found/$target.result" || echo "0 1 $found/$target.log")
     sums[$kind]=$((sums[$kind] + executions))
     printf '%-22s %14d %10d ' "$target" "$executions" $((executions / took))
     if [ "$stopped" = - ]; then
