@@ -357,4 +357,25 @@ TEST_F(CliInputsTest, AWrongCommandLineDoesNothingAndOptionsWithoutUseAreTold) {
     EXPECT_THAT(some.err, HasSubstr("shot.jpg: is a JPEG, which makes no use of --wb"));
 }
 
+TEST_F(CliInputsTest, HeaderlessYuvIsTakenInEachLayoutFromAPipeToo) {
+    std::string const luma(9 * 9, 'y'), u(5 * 5, 'u'), v(5 * 5, 'v');
+    std::string const uv = "uvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuv";
+    std::string const vu = "v" + uv.substr(0, 48) + "u";
+    put("in.nv21", luma + vu);
+    run("in.nv21 -o should.jpg --size 9x9");
+    std::pair<std::string, std::string> const layouts[] = {
+            {"nv21", vu}, {"nv12", uv}, {"i420", u + v}, {"yv12", v + u}};
+    for (auto const& [layout, chroma] : layouts) {
+        put("frame.yuv", luma + chroma);
+        for (std::string const input : {"frame.yuv", "- <frame.yuv"}) {
+            ASSERT_EQ(0, run(input + " -o made.jpg --size 9x9 --yuv " + layout).exitCode);
+            EXPECT_TRUE(get("should.jpg") == get("made.jpg")) << layout;
+        }
+    }
+    expectErrors(2, {{"- -o x.jpg --size 9x9 <in.nv21", "--yuv LAYOUT if it is YUV"},
+                     {"- -o x.jpg --yuv nv12 <in.nv21", "--yuv: needs --size"},
+                     {"x -o x.jpg --size 9x9 --yuv nv12 --bayer rggb", "contradicts --bayer"},
+                     {"in.nv21 -o x.jpg --size 9x9 --yuv nv12", "in.nv21: contradicts --yuv"}});
+}
+
 }  // namespace

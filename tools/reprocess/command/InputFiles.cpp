@@ -87,7 +87,7 @@ void addPictures(std::string const& folder, Options& options) {
     options.problems.merge(findings.problems);
     if (options.inputs.size() == before) {
         throw Failure(folder + ": has no picture that can be taken",
-                      "headerless ones need --size and --bayer");
+                      "headerless ones need --size, and --bayer or --yuv");
     }
 }
 

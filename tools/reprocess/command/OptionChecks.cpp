@@ -59,11 +59,26 @@ void checkSizes(Options const& options, std::vector<std::string> const& inputs,
     if (options.input.size && guessed != kinds.end()) {
         std::string const& input = inputs[static_cast<size_t>(guessed - kinds.begin())];
         throw Failure("--size: " + input + " is neither a JPEG nor named .nv21 or .yuv",
-                      "add --bayer ORDER if it is a headerless mosaic, leave --size out if it is "
-                      "a camera's raw file");
+                      "add --bayer ORDER if it is a headerless mosaic, --yuv LAYOUT if it is YUV, "
+                      "leave --size out if it is a camera's raw file");
     }
-    if (options.input.bayer && !options.input.size) {
-        throw Failure("--bayer: needs --size, for a headerless file does not tell its own");
+    if ((options.input.bayer || options.input.yuv) && !options.input.size) {
+        throw Failure(std::string(options.input.bayer ? "--bayer" : "--yuv") +
+                      ": needs --size, for a headerless file does not tell its own");
+    }
+}
+
+/** Throws when it is said twice what the headerless inputs are, and not the same. */
+void checkContradictions(InputOptions const& options, std::vector<std::string> const& inputs) {
+    if (options.bayer && options.yuv) {
+        throw Failure("--yuv: contradicts --bayer", "leave one of them out");
+    }
+    for (std::string const& input : inputs) {
+        if (options.yuv.value_or(YuvLayout::Nv21) != YuvLayout::Nv21 &&
+            lowerExtension(input) == ".nv21") {
+            throw Failure(input + ": contradicts --yuv",
+                          "leave --yuv out or change the name's ending");
+        }
     }
 }
 
@@ -134,6 +149,7 @@ void checkOptions(Options const& options) {
             kinds.push_back(inputKind(input, options.input));
         }
     }
+    checkContradictions(options.input, inputs);
     if (!inputs.empty()) {
         checkSizes(options, inputs, kinds);
         checkUse(options, inputs, kinds);

@@ -31,8 +31,9 @@ constexpr char kDescription[] =
 constexpr char kFooter[] = R"(Inputs, by name:
   *.jpg *.jpeg *.jpe  JPEG
   *.nv21 *.yuv        packed NV21 or planar I420, full range; needs --size
-  anything else       headerless Bayer when --bayer is given; otherwise, by what is in
-                      it, JPEG or a camera's raw file (DNG and the makers' own)
+  anything else       headerless Bayer when --bayer is given, headerless YUV when --yuv
+                      is; otherwise, by what is in it, JPEG or a camera's raw file (DNG
+                      and the makers' own)
   -                   standard input, as "anything else"
   a folder, with -r   the files in it and below it that are any of these by their name
                       or content; not hidden ones, and not those in OUT
@@ -66,13 +67,21 @@ Examples:
                  --wb 1.8,1,1.3 --black 64
   quen-reprocess card/*.dng -o developed/ --log warning
   quen-reprocess -r card -o developed/ --format tif --depth 16 --skip-existing
-  quen-reprocess - -o - --format png <shot.dng >shot.png)";
+  quen-reprocess - -o - --format png <shot.dng >shot.png
+  quen-reprocess - -o frame.jpg --size 1920x1080 --yuv nv12 <frame)";
 
 std::map<std::string, BayerOrder> const kBayerNames = {
         {"rggb", BayerOrder::RGGB},
         {"grbg", BayerOrder::GRBG},
         {"gbrg", BayerOrder::GBRG},
         {"bggr", BayerOrder::BGGR},
+};
+
+std::map<std::string, YuvLayout> const kYuvNames = {
+        {"nv21", YuvLayout::Nv21},
+        {"nv12", YuvLayout::Nv12},
+        {"i420", YuvLayout::I420},
+        {"yv12", YuvLayout::Yv12},
 };
 
 std::map<std::string, SampleLayout> const kLayoutNames = {
@@ -249,6 +258,12 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
                "Colours of a headerless mosaic's top left 2 x 2 pixels")
             ->transform(oneOf(kBayerNames))
             ->type_name("rggb|grbg|gbrg|bggr")
+            ->group(kGroup);
+    app.add_option_function<std::string>(
+               "--yuv", [&](std::string const& text) { options.yuv = kYuvNames.at(text); },
+               "Layout of headerless 4:2:0 YUV whose name does not\ntell it, and of *.yuv")
+            ->transform(oneOf(kYuvNames))
+            ->type_name("nv21|nv12|i420|yv12")
             ->group(kGroup);
     app.add_option("--bits", options.bits, "Depth of headerless Bayer samples; 10 unless given")
             ->check(range(8, 16))

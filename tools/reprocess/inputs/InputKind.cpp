@@ -44,6 +44,9 @@ InputKind inputKind(std::string const& path, InputOptions const& options) {
     if (options.bayer) {
         return InputKind::HeaderlessBayer;
     }
+    if (options.yuv) {
+        return InputKind::Yuv;
+    }
     return beginsAsJpeg(path) ? InputKind::Jpeg : InputKind::CameraRaw;
 }
 

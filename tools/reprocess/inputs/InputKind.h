@@ -10,8 +10,8 @@ namespace quen::reprocess {
 enum class InputKind { Jpeg, Yuv, HeaderlessBayer, CameraRaw };
 
 /**
- * The format of a file: by its extension, else by whether a Bayer order was given, else by how it
- * begins. A file that cannot be read is taken for a camera's raw file.
+ * The format of a file: by its extension, else by whether a Bayer order or a layout of YUV was
+ * given, else by how it begins. A file that cannot be read is taken for a camera's raw file.
  */
 InputKind inputKind(std::string const& path, InputOptions const& options);
 

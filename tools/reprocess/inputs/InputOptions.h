@@ -12,10 +12,19 @@ namespace quen::reprocess {
 /** How the samples of a headerless mosaic lie in its file. */
 enum class SampleLayout { Words, BigEndianWords, Raw10, Raw12, Raw14 };
 
+/** How the chroma of a headerless 4:2:0 picture lies behind its luma. */
+enum class YuvLayout {
+    Nv21,  ///< interleaved, V first
+    Nv12,  ///< interleaved, U first
+    I420,  ///< the U plane, the V plane
+    Yv12   ///< the V plane, the U plane
+};
+
 /** The format of a headerless file, and corrections to what a file says. */
 struct InputOptions {
     std::optional<std::array<uint32_t, 2>> size;  ///< width, height
     std::optional<BayerOrder> bayer;
+    std::optional<YuvLayout> yuv;               ///< by the file's name unless given
     std::optional<int> bits;                    ///< 10 for words unless given
     std::optional<SampleLayout> layout;         ///< by the file's size unless given
     std::optional<size_t> stride;               ///< bytes from row to row

@@ -11,13 +11,13 @@
 namespace quen::reprocess {
 namespace {
 
-constexpr char const* kHeaderlessNames[] = {".raw",   ".raw10", ".raw12", ".raw14",
-                                            ".raw16", ".bayer", ".bin"};
+constexpr char const* kBayerNames[] = {".raw",   ".raw10", ".raw12", ".raw14",
+                                       ".raw16", ".bayer", ".bin"};
+constexpr char const* kYuvNames[] = {".nv21", ".yuv", ".nv12", ".i420", ".yv12", ".bin"};
 
-bool isNamedHeaderless(std::string const& path) {
-    std::string const extension = lowerExtension(path);
-    return std::find(std::begin(kHeaderlessNames), std::end(kHeaderlessNames), extension) !=
-           std::end(kHeaderlessNames);
+template <typename Names>
+bool isNamedOneOf(Names const& names, std::string const& path) {
+    return std::find(std::begin(names), std::end(names), lowerExtension(path)) != std::end(names);
 }
 
 bool isCameraRaw(std::string const& path) {
@@ -36,9 +36,9 @@ bool isPictureToTake(std::string const& path, InputOptions const& options, bool 
         case InputKind::Jpeg:
             return !mosaicsOnly;
         case InputKind::Yuv:
-            return !mosaicsOnly && options.size.has_value();
+            return !mosaicsOnly && options.size.has_value() && isNamedOneOf(kYuvNames, path);
         case InputKind::HeaderlessBayer:
-            return isNamedHeaderless(path);
+            return isNamedOneOf(kBayerNames, path);
         case InputKind::CameraRaw:
             break;
     }

@@ -20,6 +20,7 @@ struct OptionUse {
 OptionUse const kUses[] = {
         {"--size", [](InputOptions const& o) { return o.size.has_value(); }, {kYuv, kHeaderless}},
         {"--bayer", [](InputOptions const& o) { return o.bayer.has_value(); }, {kHeaderless}},
+        {"--yuv", [](InputOptions const& o) { return o.yuv.has_value(); }, {kYuv}},
         {"--bits", [](InputOptions const& o) { return o.bits.has_value(); }, {kHeaderless}},
         {"--layout", [](InputOptions const& o) { return o.layout.has_value(); }, {kHeaderless}},
         {"--stride", [](InputOptions const& o) { return o.stride.has_value(); }, {kHeaderless}},

@@ -11,7 +11,7 @@ namespace quen::reprocess {
 namespace {
 
 constexpr unsigned kUncompressed = 1;
-constexpr char kHeaderlessAdvice[] = "a headerless frame needs --size and --bayer";
+constexpr char kHeaderlessAdvice[] = "a headerless frame needs --size, and --bayer or --yuv";
 
 /** A file that seems to be a byte longer than it is. */
 class LongerFile : public LibRaw_bigfile_datastream {
