@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the release build into an empty prefix, moves that elsewhere and works from there: quen-reprocess,
-# its man pages and completions, every installed header, and the example built outside the source tree with
-# CMake and with pkg-config. Then makes the Debian package, installs it, runs the demo, and removes it.
+# its man pages and completions, every installed header, and the examples built outside the source tree with
+# CMake and with pkg-config, of which one records a session that quen-replay plays. Then makes the Debian
+# package, installs it, runs the demo, and removes it.
 # Usage: scripts/check_install.sh [root]    root: installs the package into a fresh minimal Debian instead
 #        of on this machine; downloads about 100 MB
 set -euo pipefail
@@ -52,16 +53,29 @@ env -i "$prefix/bin/quen-replay" --help >/dev/null || fail "quen-replay does not
 [ -s "$prefix/share/man/man1/quen-reprocess.1" ] || fail "there is no man page"
 
 # The example, by either way, makes the same JPEG.
-cp -r examples/reprocess "$work/example"
-cmake -G Ninja -S "$work/example" -B "$work/example/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build "$work/example/build" >/dev/null
-"$work/example/build/reprocess-example" "$work/cmake.jpg"
+cp -r examples "$work/examples"
+cmake -G Ninja -S "$work/examples/reprocess" -B "$work/examples/reprocess/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/examples/reprocess/build" >/dev/null
+"$work/examples/reprocess/build/reprocess-example" "$work/cmake.jpg"
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 read -ra flags < <(pkg-config --cflags --libs quenOfflineDevice)
-g++ -Wall -Wextra -Werror "$work/example/main.cpp" "${flags[@]}" -Wl,-rpath,"$prefix/lib" -o "$work/by-pkg-config"
+g++ -Wall -Wextra -Werror "$work/examples/reprocess/main.cpp" "${flags[@]}" -Wl,-rpath,"$prefix/lib" -o "$work/by-pkg-config"
 "$work/by-pkg-config" "$work/pkg-config.jpg"
 cmp "$work/cmake.jpg" "$work/pkg-config.jpg" || fail "the two builds of the example differ in their JPEGs"
 "$prefix/bin/quen-reprocess" "$work/cmake.jpg" -o "$work/again.jpg" >/dev/null
+
+# A client that records, by either way: what it writes is played by the installed quen-replay.
+cmake -G Ninja -S "$work/examples/record" -B "$work/record" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/record" >/dev/null
+read -ra recorder_flags < <(pkg-config --cflags --libs quenRecorder)
+g++ -Wall -Wextra -Werror "$work/examples/record/main.cpp" "${recorder_flags[@]}" -Wl,-rpath,"$prefix/lib" \
+    -o "$work/record/by-pkg-config"
+for client in record-example by-pkg-config; do
+    "$work/record/$client" "$work/$client.rec" >/dev/null
+    replayed=$(env -i "$prefix/bin/quen-replay" "$work/$client.rec") || fail "the recording of $client: $replayed"
+    grep -qE '^[1-9][0-9]+ crossings, 0 differences$' <<<"$replayed" || fail "the recording of $client: $replayed"
+done
+echo "install: a client's recording, played: $(tail -n 1 <<<"$replayed")"
 
 (cd "$prefix/include/quenOfflineDevice" && find . -name '*.h' -path './api/*' -printf '%P\n' | sed 's|^api/||' &&
     find . -name '*.h' -not -path './api/*' -printf '%P\n') | sed 's/.*/#include <&>/' >"$work/headers.cpp"
@@ -78,7 +92,7 @@ while read -r file; do
     grep -qxF "./usr/${file#"$prefix/"}" <<<"$content" || fail "$deb lacks ${file#"$prefix/"}"
 done < <(find "$prefix" -type f)
 depends=$(dpkg-deb -f "$deb" Depends)
-for library in libc6 libexiv2 libjpeg62-turbo libpng16 libraw libstdc++6 libtiff libturbojpeg libyuv; do
+for library in libc6 libexiv2 libjpeg62-turbo libpng16 libprotobuf-lite32 libraw libstdc++6 libtiff libturbojpeg libyuv; do
     grep -qF "$library" <<<"$depends" || fail "$deb does not depend on $library: $depends"
 done
 echo "install: $(basename "$deb"), $(du -h "$deb" | cut -f1), depends on $depends"

@@ -7,6 +7,7 @@
 #include <vendor/quen/hardware/camera/quenpostproc/1.0/IQuenPostProcCallback.h>
 
 #include "quenRecorder/Recorder.h"
+#include "recording.pb.h"
 
 namespace quen::recorder {
 

@@ -4,6 +4,7 @@
 
 #include "quenRecorder/CallScope.h"
 #include "quenRecorder/RecordedIspDevice.h"
+#include "recording.pb.h"
 
 using android::sp;
 using android::status_t;

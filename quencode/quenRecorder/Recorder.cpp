@@ -10,6 +10,8 @@
 
 #include <google/protobuf/io/coded_stream.h>
 
+#include "recording.pb.h"
+
 namespace quen::recorder {
 namespace {
 

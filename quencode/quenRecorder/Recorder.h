@@ -8,7 +8,11 @@
 #include <vector>
 
 #include "quenCommon/Mutex.h"
-#include "recording.pb.h"
+
+// Not included: a client of the recorder builds without Protocol Buffers.
+namespace quen::recording {
+class Crossing;
+}
 
 namespace quen::recorder {
 
