@@ -3,6 +3,8 @@
 #include <png.h>
 #include <tiffio.h>
 #include <turbojpeg.h>
+#include <exiv2/exif.hpp>
+#include <exiv2/image.hpp>
 
 #include <cstdio>
 #include <string>
@@ -192,4 +194,23 @@ TEST_F(CliOutputsTest, PicturesComeAndGoThroughStandardStreams) {
                      {"shot.dng -o x.png --format tif", "contradicts"}});
     EXPECT_EQ(1, run("shot.jpg -o x.png").exitCode);
     EXPECT_EQ(0u, names().count("x.jpg") + names().count("x.png"));
+}
+
+TEST_F(CliOutputsTest, ATiffSaysOfItsCaptureWhatAJpegSays) {
+    put("shot.dng", asDng(kBrick, "rggb"));
+    std::map<std::string, Exiv2::ExifData> said;
+    for (std::string const name : {"shot.jpg", "shot.tif"}) {
+        ASSERT_EQ(0, run("shot.dng -o " + name).exitCode) << get("err.txt");
+        auto const image = Exiv2::ImageFactory::open(path(name));
+        image->readMetadata();
+        said[name] = image->exifData();
+    }
+    for (char const* const field :
+         {"Exif.Image.Make", "Exif.Image.Model", "Exif.Photo.ExposureTime",
+          "Exif.Photo.FocalLength", "Exif.Photo.ISOSpeedRatings", "Exif.Photo.DateTimeOriginal",
+          "Exif.Photo.LensModel", "Exif.GPSInfo.GPSLatitude"}) {
+        EXPECT_NE("", said["shot.jpg"][field].toString()) << field;
+        EXPECT_EQ(said["shot.jpg"][field].toString(), said["shot.tif"][field].toString()) << field;
+    }
+    EXPECT_EQ("1", said["shot.tif"]["Exif.Image.Orientation"].toString());
 }

@@ -14,8 +14,9 @@ class LibraryRgbFiles final : public RgbFileModule {
         return writePng(rows, exif, problem);
     }
 
-    std::vector<uint8_t> tiff(PixelRows& rows, std::string& problem) const override {
-        return writeTiff(rows, problem);
+    std::vector<uint8_t> tiff(PixelRows& rows, std::vector<uint8_t> const& exif,
+                              std::string& problem) const override {
+        return writeTiff(rows, exif, problem);
     }
 };
 

@@ -48,7 +48,7 @@ std::vector<uint8_t> write(PixelRows& rows, OutputKind kind, std::vector<uint8_t
     }
     std::string problem;
     std::vector<uint8_t> file = kind == OutputKind::Png ? module->png(rows, exif, problem)
-                                                        : module->tiff(rows, problem);
+                                                        : module->tiff(rows, exif, problem);
     if (file.empty()) {
         throw Failure("cannot be made: " + problem);
     }

@@ -25,8 +25,9 @@ class RgbFileModule {
     virtual std::vector<uint8_t> png(PixelRows& rows, std::vector<uint8_t> const& exif,
                                      std::string& problem) const = 0;
 
-    /** As png, without EXIF. */
-    virtual std::vector<uint8_t> tiff(PixelRows& rows, std::string& problem) const = 0;
+    /** As png. */
+    virtual std::vector<uint8_t> tiff(PixelRows& rows, std::vector<uint8_t> const& exif,
+                                      std::string& problem) const = 0;
 };
 
 /** The module, loaded by the first call; null when it cannot be. Thread-safe. */

@@ -9,6 +9,8 @@
 #include <new>
 #include <utility>
 
+#include "outputs/ExifDirectory.h"
+
 namespace quen::reprocess {
 namespace {
 
@@ -94,7 +96,8 @@ Tiff open(MemoryFile& file, std::string& problem) {
     }
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &problem);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &problem);
-    return Tiff(TIFFClientOpenExt("picture", "w", &file, read, write, seek, close, sizeOf, nullptr,
+    // Little-endian, as blocks of EXIF are.
+    return Tiff(TIFFClientOpenExt("picture", "wl", &file, read, write, seek, close, sizeOf, nullptr,
                                   nullptr, options.get()));
 }
 
@@ -114,13 +117,35 @@ void setFields(TIFF* tiff, PixelRows const& rows) {
                  std::max(uint32_t{1}, static_cast<uint32_t>((1 << 18) / rows.rowBytes())));
 }
 
-/** @return whether the file is whole */
-bool writeWhole(MemoryFile& file, PixelRows& rows, std::string& problem) {
+/** Says what is known of the capture. @param exif the block that stands at the file's begin */
+void setExif(TIFF* tiff, std::vector<uint8_t> const& exif) {
+    ExifDirectory const directory = readExifDirectory(exif);
+    for (auto const& [tag, text] : directory.texts) {
+        TIFFSetField(tiff, tag, text.c_str());
+    }
+    if (directory.exifOffset != 0) {
+        TIFFSetField(tiff, TIFFTAG_EXIFIFD, uint64_t{directory.exifOffset});
+    }
+    if (directory.gpsOffset != 0) {
+        TIFFSetField(tiff, TIFFTAG_GPSIFD, uint64_t{directory.gpsOffset});
+    }
+}
+
+/**
+ * Writes behind the EXIF that the file begins with: a block of EXIF is a TIFF without a picture, of
+ * which libtiff replaces the header. So its directories are the file's without a change.
+ *
+ * @return whether the file is whole
+ */
+bool writeWhole(MemoryFile& file, PixelRows& rows, std::vector<uint8_t> const& exif,
+                std::string& problem) {
+    file.bytes = exif;
     Tiff const tiff = open(file, problem);
     if (!tiff) {
         return false;
     }
     setFields(tiff.get(), rows);
+    setExif(tiff.get(), exif);
     std::vector<uint8_t> bytes(rows.rowBytes());
     for (uint32_t row = 0; row < rows.height(); ++row) {
         rows.read(row, bytes.data());
@@ -133,9 +158,10 @@ bool writeWhole(MemoryFile& file, PixelRows& rows, std::string& problem) {
 
 }  // namespace
 
-std::vector<uint8_t> writeTiff(PixelRows& rows, std::string& problem) {
+std::vector<uint8_t> writeTiff(PixelRows& rows, std::vector<uint8_t> const& exif,
+                               std::string& problem) {
     MemoryFile file;
-    if (!writeWhole(file, rows, problem)) {
+    if (!writeWhole(file, rows, exif, problem)) {
         problem = problem.empty() ? "memory has run out" : problem;
         return {};
     }

@@ -9,6 +9,7 @@
 namespace quen::reprocess {
 
 /** Writes a TIFF of one picture, compressed without loss; see RgbFileModule::tiff. */
-std::vector<uint8_t> writeTiff(PixelRows& rows, std::string& problem);
+std::vector<uint8_t> writeTiff(PixelRows& rows, std::vector<uint8_t> const& exif,
+                               std::string& problem);
 
 }  // namespace quen::reprocess
