@@ -214,3 +214,9 @@ TEST_F(CliOutputsTest, ATiffSaysOfItsCaptureWhatAJpegSays) {
     }
     EXPECT_EQ("1", said["shot.tif"]["Exif.Image.Orientation"].toString());
 }
+
+TEST_F(CliOutputsTest, WhatWasToBePrintedIsToldWhereStandardOutputIsClosed) {
+    put("shot.dng", asDng(kGrey, "rggb"));
+    expectErrors(1, {{"shot.dng -o x.jpg --info=json >&- 2>err.txt #", "it is closed"},
+                     {"--help >&- 2>err.txt #", "it is closed"}});
+}

@@ -1,8 +1,5 @@
 #include "Replay.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <deque>
 #include <exception>
 #include <map>
@@ -22,13 +19,6 @@
 
 namespace quen::replay {
 namespace {
-
-/** The handle of a 3A buffer has 0 in its descriptor slot, and copies of it duplicate that. */
-void openStandardInput() {
-    if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
-        static_cast<void>(::open("/dev/null", O_RDONLY));
-    }
-}
 
 /** The crossings of each thread, by their indices. */
 std::map<uint32_t, std::vector<size_t>> byThread(Recording const& recording) {
@@ -103,7 +93,6 @@ class Stage {
 }  // namespace
 
 Outcome replay(Recording const& recording, std::chrono::seconds patience) {
-    openStandardInput();
     auto stage = std::make_unique<Stage>(recording, host::registerGraphicsServices(),
                                          byThread(recording));
     Outcome outcome = stage->run(patience);

@@ -19,7 +19,8 @@ struct Outcome {
 
 /**
  * Plays the client and the ISP of a recording against the library, and compares what it says to
- * either. Once in a process: it registers the platform's services.
+ * either. Once in a process: it registers the platform's services. Descriptor 0 has to be open: the
+ * handle of a 3A buffer has 0 in its descriptor slot, and copies of it duplicate that.
  *
  * @param patience for a call that the library does not make
  */

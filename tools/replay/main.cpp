@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -53,6 +56,21 @@ struct Options {
     int patience = 10;
     size_t most = 50;
 };
+
+/**
+ * Opens /dev/null for standard streams that are closed: a buffer of the replay would take their
+ * place, and what is printed end up in it. For reading, so that what is printed is known to be
+ * lost.
+ */
+void occupyStandardStreams() {
+    int fd = 0;
+    do {
+        fd = ::open("/dev/null", O_RDONLY);
+    } while (fd >= 0 && fd <= STDERR_FILENO);
+    if (fd > STDERR_FILENO) {
+        ::close(fd);
+    }
+}
 
 /** @return -1 for options that can be used; else the exit code */
 int parse(int argc, char** argv, Options& options) {
@@ -184,5 +202,6 @@ int run(int argc, char** argv) {
 }  // namespace quen::replay
 
 int main(int argc, char** argv) {
+    quen::replay::occupyStandardStreams();
     return quen::replay::checkPrinted(quen::replay::run(argc, argv));
 }

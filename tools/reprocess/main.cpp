@@ -113,12 +113,21 @@ std::vector<Job> plan(Options const& options) {
     return std::move(plan.jobs);
 }
 
+/** The exit code of a run that was asked to print something: one that tells where that is lost. */
+int checkNotClosed(int exitCode) {
+    if (!isStandardOutputClosed()) {
+        return exitCode;
+    }
+    std::fprintf(stderr, "quen-reprocess: standard output cannot be written: it is closed\n");
+    return exitCode == kAllGood ? kSomeFailed : exitCode;
+}
+
 /** Runs the tool. @return the exit code */
 int run(int argc, char** argv) {
     int exitCode = kAllGood;
     std::optional<Options> const options = parseOptions(argc, argv, exitCode);
     if (!options) {
-        return exitCode;
+        return exitCode == kAllGood ? checkNotClosed(exitCode) : exitCode;
     }
     std::vector<Job> jobs;
     try {
@@ -141,6 +150,9 @@ int run(int argc, char** argv) {
             exitCode = work(*options, jobs, *report, trace.get());
         }
         exitCode = writeTrace(options->trace, *trace, exitCode);
+    }
+    if (options->info != InfoFormat::None && options->output != kStandardOutput) {
+        exitCode = checkNotClosed(exitCode);
     }
     Interruption::follow();
     return exitCode;

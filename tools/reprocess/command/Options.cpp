@@ -53,8 +53,8 @@ when that is what the file's size amounts to; --layout says so where it does not
 
 Exit codes:
   0  everything was reprocessed, or skipped
-  1  at least one input was not, the others are there; or the timeline or the
-     recording is not whole
+  1  at least one input was not, the others are there; or the timeline, the
+     recording or what was to be printed is not whole
   2  the command line is wrong, or a file of --trace or --record cannot be written;
      nothing was done
   3  the demo's picture differs too much from its scene (below 30 dB)
