@@ -148,6 +148,19 @@ void describeResult(isphal::ISPResult const& result, recording::ResultCall& call
     call.set_metadata(result.resultMetadata.data(), result.resultMetadata.size());
 }
 
+void describeNotification(recording::NotifyCall::Kind kind, uint64_t processCall, uint32_t number,
+                          vendor::quen::hardware::camera::quenpostproc::V1_0::Status status,
+                          android::hardware::hidl_vec<uint8_t> const* metadata,
+                          recording::NotifyCall& call) {
+    call.set_kind(kind);
+    call.set_process_call(processCall);
+    call.set_number(number);
+    call.set_status(static_cast<uint32_t>(status));
+    if (metadata != nullptr) {
+        call.set_metadata(metadata->data(), metadata->size());
+    }
+}
+
 void describeOutput(native_handle const* picture, native_handle const* tuning, bool holdsPictures,
                     recording::IspOutput& output) {
     if (picture != nullptr) {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
+#include <hidl/HidlSupport.h>
 #include <system/camera_metadata.h>
 #include <vendor/mediatek/hardware/camera/isphal/1.0/types.h>
+#include <vendor/quen/hardware/camera/quenpostproc/1.0/types.h>
 
 #include "quenOfflineDevice/ClientRecords.h"
 #include "recording.pb.h"
@@ -52,6 +55,17 @@ void describeRequest(isphal::ISPRequest const& from, recording::IspRequest& requ
 
 /** A result, without what the ISP left in the outputs. */
 void describeResult(isphal::ISPResult const& result, recording::ResultCall& call);
+
+/**
+ * A notification of the client.
+ *
+ * @param processCall that gave the callback
+ * @param metadata null when it has none
+ */
+void describeNotification(recording::NotifyCall::Kind kind, uint64_t processCall, uint32_t number,
+                          vendor::quen::hardware::camera::quenpostproc::V1_0::Status status,
+                          android::hardware::hidl_vec<uint8_t> const* metadata,
+                          recording::NotifyCall& call);
 
 /** What the ISP left in an output. */
 void describeOutput(native_handle const* picture, native_handle const* tuning, bool holdsPictures,

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "quenRecorder/CrossingRecord.h"
+
 using android::sp;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
@@ -29,14 +31,8 @@ Return<void> RecordedCallback::record(NotifyCall::Kind kind, uint32_t number, St
     Crossing crossing;
     crossing.set_session(mSession);
     crossing.set_call(mRecorder->newCall());
-    NotifyCall& call = *crossing.mutable_notify_call();
-    call.set_kind(kind);
-    call.set_process_call(mProcessCall);
-    call.set_number(number);
-    call.set_status(static_cast<uint32_t>(status));
-    if (metadata != nullptr) {
-        call.set_metadata(metadata->data(), metadata->size());
-    }
+    describeNotification(kind, mProcessCall, number, status, metadata,
+                         *crossing.mutable_notify_call());
     mRecorder->write(crossing);
     Return<void> told = forward();
     Crossing answer;

@@ -138,14 +138,8 @@ class ReplayClient::Callback final : public IQuenPostProcCallback {
     Return<void> take(NotifyCall::Kind kind, uint32_t number, PostProcStatus status,
                       hidl_vec<uint8_t> const* metadata) const {
         Crossing crossing;
-        NotifyCall& call = *crossing.mutable_notify_call();
-        call.set_kind(kind);
-        call.set_process_call(mProcessCall);
-        call.set_number(number);
-        call.set_status(static_cast<uint32_t>(status));
-        if (metadata != nullptr) {
-            call.set_metadata(metadata->data(), metadata->size());
-        }
+        recorder::describeNotification(kind, mProcessCall, number, status, metadata,
+                                       *crossing.mutable_notify_call());
         ThreadReplay& thread = ThreadReplay::current();
         auto const& answer = thread.answerOf(thread.meet(crossing, 0)).notify_return();
         if (answer.has_transport_error()) {
