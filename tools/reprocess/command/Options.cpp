@@ -1,23 +1,18 @@
 #include "command/Options.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "command/ExitCode.h"
 #include "command/InputFiles.h"
 #include "command/OptionChecks.h"
-#include "host/isp/buffers/IspLimits.h"
+#include "command/OptionValues.h"
 #include "support/Failure.h"
-#include "support/Numbers.h"
 #include "support/Text.h"
 
 namespace quen::reprocess {
@@ -95,14 +90,6 @@ std::map<std::string, OutputKind> const kOutputNames = {
         {"png", OutputKind::Png},  {"tif", OutputKind::Tiff},  {"ppm", OutputKind::Ppm},
 };
 
-// By the value of --info; CLI11 gives "true" when it has none.
-std::map<std::string, InfoFormat> const kInfoNames = {
-        {"", InfoFormat::None},
-        {"true", InfoFormat::Text},
-        {"text", InfoFormat::Text},
-        {"json", InfoFormat::Json},
-};
-
 /** CLI11's help, with both usage lines and without double empty lines. */
 class HelpFormatter : public CLI::Formatter {
   public:
@@ -145,112 +132,25 @@ CLI::Validator named() {
     return CLI::Validator(check, "");
 }
 
-/** Parses a text that is one number and nothing else. */
-template <typename T>
-bool parseNumber(std::string_view text, T& value) {
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
-/** Parses numbers with a separator between them; empty when the text is anything else. */
-template <typename T>
-std::vector<T> parseList(std::string_view text, char separator) {
-    std::vector<T> values;
-    for (size_t begin = 0; begin <= text.size();) {
-        size_t const end = std::min(text.find(separator, begin), text.size());
-        T value;
-        if (!parseNumber(text.substr(begin, end - begin), value)) {
-            return {};
+/** An option whose value a function reads from its text; it throws Failure. */
+template <typename Read>
+CLI::Option* addRead(CLI::App& app, char const* name, Read const& read, char const* description) {
+    auto const checked = [name, read](std::string const& text) {
+        try {
+            read(text);
+        } catch (Failure const& failure) {
+            throw CLI::ValidationError(name, failure.what());
         }
-        values.push_back(value);
-        begin = end + 1;
-    }
-    return values;
-}
-
-/** Parses --size. */
-void setSize(std::string const& text, InputOptions& options) {
-    auto const values = parseList<uint32_t>(text, 'x');
-    if (values.size() != 2) {
-        throw CLI::ValidationError("--size", "expects WIDTHxHEIGHT in pixels, not '" + text + "'");
-    }
-    for (uint32_t const value : values) {
-        if (value < host::isp::kSmallestInputSide || value > host::isp::kLargestSide) {
-            throw CLI::ValidationError(
-                    "--size", format("the ISP takes sides of %d to %d",
-                                     host::isp::kSmallestInputSide, host::isp::kLargestSide));
-        }
-    }
-    options.size = {values[0], values[1]};
-}
-
-/** Parses --shard. */
-void setShard(std::string const& text, Shard& shard) {
-    auto const values = parseList<uint32_t>(text, '/');
-    if (values.size() != 2) {
-        throw CLI::ValidationError("--shard", "expects I/N, for instance 2/8, not '" + text + "'");
-    }
-    if (values[0] < 1 || values[0] > values[1]) {
-        throw CLI::ValidationError("--shard",
-                                   "shards go from 1/N to N/N; there is no '" + text + "'");
-    }
-    shard = {values[0], values[1]};
-}
-
-/** Parses --wb. */
-void setWhiteBalance(std::string const& text, InputOptions& options) {
-    auto const values = parseList<float>(text, ',');
-    if (values.size() != 3) {
-        throw CLI::ValidationError("--wb", "expects three gains R,G,B, not '" + text + "'");
-    }
-    for (float const value : values) {
-        if (!(value > 0 && value <= 64)) {
-            throw CLI::ValidationError("--wb", "gains must be above 0 and at most 64");
-        }
-    }
-    options.wb = {values[0], values[1], values[2]};
-}
-
-/** Parses --black: one level for all channels, or four. */
-void setBlack(std::string const& text, InputOptions& options) {
-    auto values = parseList<float>(text, ',');
-    if (values.size() == 1) {
-        values.resize(4, values[0]);
-    }
-    if (values.size() != 4) {
-        throw CLI::ValidationError("--black",
-                                   "expects one level or four (R,Gr,Gb,B), not '" + text + "'");
-    }
-    for (float const value : values) {
-        if (!(value >= 0 && value <= 65535)) {
-            throw CLI::ValidationError("--black", "levels must lie in 0 to 65535");
-        }
-    }
-    options.black = {values[0], values[1], values[2], values[3]};
-}
-
-/** Parses --matrix. */
-void setMatrix(std::string const& text, InputOptions& options) {
-    auto const values = parseList<float>(text, ',');
-    std::array<float, 9> matrix;
-    bool const usable = values.size() == matrix.size() &&
-                        std::all_of(values.begin(), values.end(), [](float value) {
-                            return std::abs(value) <= 64;  // false for what is no number
-                        });
-    if (!usable) {
-        throw CLI::ValidationError(
-                "--matrix", "expects nine numbers of -64 to 64, row by row, not '" + text + "'");
-    }
-    std::copy(values.begin(), values.end(), matrix.begin());
-    options.matrix = matrix;
+    };
+    return app.add_option_function<std::string>(name, checked, description);
 }
 
 /** Adds the options about headerless inputs and corrections. */
 void addInputOptions(CLI::App& app, InputOptions& options) {
     constexpr char kGroup[] = "What the input is";
-    app.add_option_function<std::string>(
-               "--size", [&](std::string const& text) { setSize(text, options); },
-               "Size of a headerless Bayer or YUV picture in pixels")
+    addRead(
+            app, "--size", [&](std::string const& text) { options.size = parseSize(text); },
+            "Size of a headerless Bayer or YUV picture in pixels")
             ->type_name("WxH")
             ->group(kGroup);
     app.add_option_function<std::string>(
@@ -284,14 +184,14 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
             ->check(range(0, 1 << 30))
             ->type_name("BYTES")
             ->group(kGroup);
-    app.add_option_function<std::string>(
-               "--wb", [&](std::string const& text) { setWhiteBalance(text, options); },
-               "White-balance gains, in place of a raw file's own;\n1,1,1 when headerless")
+    addRead(
+            app, "--wb", [&](std::string const& text) { options.wb = parseWhiteBalance(text); },
+            "White-balance gains, in place of a raw file's own;\n1,1,1 when headerless")
             ->type_name("R,G,B")
             ->group(kGroup);
-    app.add_option_function<std::string>(
-               "--black", [&](std::string const& text) { setBlack(text, options); },
-               "Black level, one or R,Gr,Gb,B, in place of a raw\nfile's own; 0 when headerless")
+    addRead(
+            app, "--black", [&](std::string const& text) { options.black = parseBlack(text); },
+            "Black level, one or R,Gr,Gb,B, in place of a raw\nfile's own; 0 when headerless")
             ->type_name("N")
             ->group(kGroup);
     app.add_option("--white", options.white,
@@ -300,10 +200,10 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
             ->check(range(1, 65535))
             ->type_name("N")
             ->group(kGroup);
-    app.add_option_function<std::string>(
-               "--matrix", [&](std::string const& text) { setMatrix(text, options); },
-               "White-balanced camera RGB to linear sRGB, nine\nnumbers row by row, in place of a "
-               "raw file's own")
+    addRead(
+            app, "--matrix", [&](std::string const& text) { options.matrix = parseMatrix(text); },
+            "White-balanced camera RGB to linear sRGB, nine\nnumbers row by row, in place of a "
+            "raw file's own")
             ->type_name("M,...")
             ->group(kGroup);
     app.add_option("--rotate", options.rotate,
@@ -316,30 +216,21 @@ void addInputOptions(CLI::App& app, InputOptions& options) {
 
 constexpr char kRequestGroup[] = "What the request carries";
 
-/** An option that takes any bit pattern of its type, which CLI11 itself does not. */
+/** An option that takes any bit pattern of its type. */
 template <typename T>
-CLI::Option* addWhole(CLI::App& app, char const* name, T& value, char const* description) {
-    auto const read = [name, &value](std::string const& text) {
-        auto const number = parseWholeAs<T>(text);
-        if (!number) {
-            throw CLI::ValidationError(name, "'" + text + "' is not a whole number of " +
-                                                     std::to_string(8 * sizeof(T)) + " bits");
-        }
-        value = *number;
-    };
-    return app.add_option_function<std::string>(name, read, description)
-            ->default_str("0")
-            ->group(kRequestGroup);
+CLI::Option* addBits(CLI::App& app, char const* name, T& value, char const* description) {
+    auto const read = [&value](std::string const& text) { value = parseBits<T>(text); };
+    return addRead(app, name, read, description)->default_str("0")->group(kRequestGroup);
 }
 
 /** Adds the options about the contents of requests. */
 void addRequestOptions(CLI::App& app, RequestOptions& options) {
     constexpr auto& kGroup = kRequestGroup;
-    addWhole(app, "--mode", options.mode, "currentMode, a set of 64 bits; 0x... is hexadecimal")
+    addBits(app, "--mode", options.mode, "currentMode, a set of 64 bits; 0x... is hexadecimal")
             ->type_name("BITS");
-    addWhole(app, "--ui-mode", options.uiMode, "currentUiMode; 16 turns the 14-bit path off")
+    addBits(app, "--ui-mode", options.uiMode, "currentUiMode; 16 turns the 14-bit path off")
             ->type_name("N");
-    addWhole(app, "--scene", options.scene, "sceneMode; 0x... is hexadecimal")->type_name("CODE");
+    addBits(app, "--scene", options.scene, "sceneMode; 0x... is hexadecimal")->type_name("CODE");
     app.add_option("--quality", options.quality, "JPEG quality")
             ->check(range(1, 100))
             ->type_name("1..100")
@@ -393,15 +284,6 @@ void addReportOptions(CLI::App& app, Options& options, std::string& infoName) {
             ->group(kGroup);
 }
 
-/** The format that --info names. */
-InfoFormat infoFormat(std::string const& name) {
-    auto const found = kInfoNames.find(name);
-    if (found == kInfoNames.end()) {
-        throw Failure("--info: prints text, or JSON with --info=json; '" + name + "' is neither");
-    }
-    return found->second;
-}
-
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
@@ -436,10 +318,10 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
                    "processors unless given")
             ->check(range(1, 64))
             ->type_name("N");
-    app.add_option_function<std::string>(
-               "--shard", [&](std::string const& text) { setShard(text, options.shard); },
-               "Take the I-th of every N inputs, as listed: shards 1/N\nto N/N of one list take "
-               "each input once")
+    addRead(
+            app, "--shard", [&](std::string const& text) { options.shard = parseShard(text); },
+            "Take the I-th of every N inputs, as listed: shards 1/N\nto N/N of one list take "
+            "each input once")
             ->type_name("I/N");
     addInputOptions(app, options.input);
     addRequestOptions(app, options.request);
@@ -460,7 +342,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
         options.demo = demo->parsed();
         options.setsQuality = app.count("--quality") != 0;
         options.setsDepth = app.count("--depth") != 0;
-        options.info = infoFormat(infoName);
+        options.info = parseInfo(infoName);
         findInputFiles(options);
         checkOptions(options);
     } catch (CLI::ParseError const& error) {
