@@ -39,7 +39,8 @@ std::vector<SideFile> sideFiles(Options const& options) {
 /** What a file is to the run. */
 struct Use {
     std::string what;
-    std::string const* input;  // its name, when it is one
+    Job const* reader;  // the job that it is the input of
+    Job const* writer;  // the job that it is the output of
 };
 
 /** The place of a path, without links, whether a file is there or not. */
@@ -66,40 +67,70 @@ class RunFiles {
 
   private:
     /** Empty for what is no file: standard streams, devices and pipes serve several uses. */
-    std::string identityOf(std::string const& path) const {
+    std::string identityOf(std::string const& path) {
         if (path.empty() || path == kStandardInput) {
             return {};
         }
         struct stat status;
         if (::stat(path.c_str(), &status) != 0) {
-            return mComparesPlaces ? placeOf(path) : std::string();
+            return mComparesPlaces ? placeInFolder(path) : std::string();
         }
         return S_ISREG(status.st_mode)
                        ? format("%ju:%ju", uintmax_t{status.st_dev}, uintmax_t{status.st_ino})
                        : std::string();
     }
 
+    /** The place of a file that is not there. Folders have many: each is looked at once. */
+    std::string placeInFolder(std::string const& path) {
+        fs::path const target = outputTarget(path);
+        std::string const folder = target.parent_path().string();
+        auto const [at, isNew] = mPlaces.try_emplace(folder);
+        if (isNew) {
+            at->second = placeOf(folder.empty() ? "." : folder);
+        }
+        return at->second + "/" + target.filename().string();
+    }
+
     bool const mComparesPlaces;
-    std::map<std::string, Use> mUses;  // by identity
+    std::map<std::string, Use> mUses;            // by identity
+    std::map<std::string, std::string> mPlaces;  // of folders
 };
+
+/** Whether paths of one file are two of its names: a file that is written takes one of them. */
+bool areNames(std::string const& path, std::string const& other) {
+    std::error_code ignored;
+    return fs::hard_link_count(path, ignored) > 1 && placeOf(path) != placeOf(other);
+}
+
+/** Throws when a job's output is a file that another job reads or writes. */
+void checkOutput(Job const& job, Use const& taken) {
+    bool const isRead = taken.reader != nullptr && taken.reader->problem.empty();
+    if (isRead && taken.reader->input != job.input) {
+        throw Failure(taken.reader->input + ": would be overwritten by the picture of " + job.input,
+                      "choose another output");
+    }
+    if (taken.writer != nullptr && !areNames(job.output, taken.writer->output)) {
+        throw Failure(
+                job.output + ": is the same file as " + taken.writer->output + ", through a link",
+                "remove the link or choose another output");
+    }
+}
 
 /** Throws when a file would take the place of another. */
 void checkApart(std::vector<Job> const& jobs, std::vector<SideFile> const& side) {
-    RunFiles files(!side.empty());
+    RunFiles files(jobs.size() > 1 || !side.empty());
     for (Job const& job : jobs) {
-        files.add(job.input, {"an input", &job.input});
+        files.add(job.input, {"an input", &job, nullptr});
     }
     for (Job const& job : jobs) {
-        Use const* const taken = files.add(job.output, {"an output", nullptr});
-        bool const isOther = taken && taken->input && *taken->input != job.input;
-        if (isOther && !job.isSkipped) {
-            throw Failure(*taken->input + ": would be overwritten by the picture of " + job.input,
-                          "choose another output");
+        Use const* const taken = files.add(job.output, {"an output", nullptr, &job});
+        if (taken != nullptr && !job.isSkipped) {
+            checkOutput(job, *taken);
         }
     }
     for (SideFile const& file : side) {
-        if (Use const* const taken =
-                    files.add(file.path, {std::string("the file of ") + file.option, nullptr})) {
+        Use const use = {std::string("the file of ") + file.option, nullptr, nullptr};
+        if (Use const* const taken = files.add(file.path, use)) {
             throw Failure(std::string(file.option) + ": " + file.path + " is " + taken->what,
                           "name another file");
         }
