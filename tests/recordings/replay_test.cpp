@@ -9,6 +9,8 @@
 
 #include <google/protobuf/io/coded_stream.h>
 
+#include "Comparison.h"
+#include "CrashReport.h"
 #include "Recording.h"
 #include "support/Cli.h"
 
@@ -295,6 +297,17 @@ TEST_F(ReplayTest, ChangedBytesCrashNothing) {
         EXPECT_TRUE(outcome.exitCode <= 2 && outcome.err.find("crashed") == std::string::npos)
                 << at;
     }
+}
+
+TEST_F(ReplayTest, ACrashLosesNoDifferenceThatWasFound) {
+    auto const crash = [] {
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+        quen::replay::reportCrashes(1, 1);
+        quen::replay::Comparison comparison(false);
+        comparison.add(4, Crossing(), "found");
+        std::abort();
+    };
+    EXPECT_EXIT(crash(), testing::ExitedWithCode(1), "no. 5.*: found\nquen-replay: .* signal 6");
 }
 
 TEST_F(ReplayTest, WhatIsNoRecordingIsRefused) {

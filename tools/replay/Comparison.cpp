@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "CrashReport.h"
 #include "Fields.h"
 
 namespace quen::replay {
@@ -53,8 +54,10 @@ void Comparison::compare(size_t index, recording::Crossing const& recorded,
 
 void Comparison::add(size_t index, recording::Crossing const& recorded,
                      std::string const& difference) {
+    std::string const line = placeOf(index, recorded) + difference;
+    noteDifference(line);
     host::MutexLock const lock(mLock);
-    mDifferences.emplace(index, placeOf(index, recorded) + difference);
+    mDifferences.emplace(index, line);
 }
 
 std::vector<std::string> Comparison::differences() const {

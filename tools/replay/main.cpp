@@ -150,7 +150,8 @@ int checkPrinted(int exitCode) {
 
 /** Plays a recording and prints what differs. Does not return when threads are left blocked. */
 int play(Recording const& recording, Options const& options) {
-    reportCrashes(kDifferent);
+    std::fflush(stdout);  // what is told in a crash comes after it
+    reportCrashes(kDifferent, options.most);
     Outcome const outcome = replay(recording, std::chrono::seconds(options.patience));
     size_t const count = outcome.differences.size();
     for (size_t i = 0; i < count && i < options.most; ++i) {
