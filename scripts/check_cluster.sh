@@ -100,7 +100,7 @@ kill_task() {
 # Each file with its time and its place on the disk, which a file made anew has not.
 files_of() { find "$1" -type f -printf '%p %T@ %i\n' | sort; }
 
-scripts/setup.sh parallel
+scripts/setup.sh parallel procps
 cmake --preset release >/dev/null
 cmake --build --preset release --target quen-reprocess >/dev/null
 mkdir "$work/captures"

@@ -378,4 +378,20 @@ TEST_F(CliInputsTest, HeaderlessYuvIsTakenInEachLayoutFromAPipeToo) {
                      {"in.nv21 -o x.jpg --size 9x9 --yuv nv12", "in.nv21: contradicts --yuv"}});
 }
 
+TEST_F(CliInputsTest, AFolderThatCannotBeSearchedFailsAndStopsNoOther) {
+    fs::create_directories(path("card/locked"));
+    put("card/a.dng", asDng(kGrey, "rggb"));
+    fs::permissions(path("card/locked"), fs::perms::none);
+    // Root searches any folder, unless it has given up the right to.
+    std::string const rightless = "setpriv --inh-caps=-all --bounding-set=-all ";
+    std::string const user = shell(rightless + "true 2>/dev/null") == 0 ? rightless : "";
+    if (shell(user + "ls card/locked >/dev/null 2>&1") == 0) {
+        GTEST_SKIP() << "no right can be given up here";
+    }
+    EXPECT_EQ(1, shell(user + QUEN_REPROCESS " -r card -o made >out.txt 2>err.txt"));
+    EXPECT_THAT(get("err.txt"), HasSubstr("card/locked/: cannot be searched: Permission denied"));
+    EXPECT_TRUE(fs::exists(path("made/a.jpg")));
+    fs::permissions(path("card/locked"), fs::perms::owner_all);
+}
+
 }  // namespace
