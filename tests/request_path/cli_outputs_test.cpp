@@ -182,7 +182,7 @@ TEST_F(CliOutputsTest, PicturesComeAndGoThroughStandardStreams) {
     EXPECT_EQ(0, shell("cat shot.jpg | " QUEN_REPROCESS " - -o made/ >out.txt"));
     EXPECT_EQ("\xff\xd8", get("made/stdin.jpg").substr(0, 2));
 
-    expectErrors(1, {{"- -o x.jpg </dev/null", "-: is empty"}});
+    expectErrors(1, {{"- -o x.jpg </dev/null", "-: is empty; nothing came"}});
     EXPECT_EQ(1, run("shot.dng -o - --format png >/dev/full 2>err.txt #").exitCode);
     EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written"));
     expectErrors(2, {{"shot.dng -o -", "give --format"},

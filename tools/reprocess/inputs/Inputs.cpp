@@ -1,5 +1,8 @@
 #include "inputs/Inputs.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "inputs/CameraRaw.h"
 #include "inputs/HeaderlessBayer.h"
 #include "inputs/InputKind.h"
@@ -7,6 +10,7 @@
 #include "inputs/OptionUse.h"
 #include "inputs/StandardInput.h"
 #include "inputs/YuvFile.h"
+#include "support/Failure.h"
 
 namespace quen::reprocess {
 namespace {
@@ -26,9 +30,18 @@ Capture readKind(InputKind kind, std::string const& path, InputOptions const& op
     return readCameraRaw(path, options);
 }
 
+/** Throws for an empty standard input: whoever should have written to it knows why. */
+void checkNotEmpty(std::string const& path) {
+    std::error_code ignored;
+    if (path == kStandardInput && std::filesystem::file_size(readablePath(path), ignored) == 0) {
+        throw Failure("is empty", "nothing came through standard input");
+    }
+}
+
 }  // namespace
 
 Capture readCapture(std::string const& path, InputOptions const& options) {
+    checkNotEmpty(path);
     InputKind const kind = inputKind(path, options);
     Capture capture = readKind(kind, readablePath(path), options);
     for (std::string const& option : unusedOptions(options, {kind})) {
