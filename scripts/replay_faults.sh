@@ -23,7 +23,7 @@ declare -rA options=(
 )
 # The test programs of each build, by their names without "_test".
 programs() { find "tests/$1" -name '*_test.cpp' -printf "$1_%f " | sed 's/_test\.cpp//g'; }
-readonly slow_programs="request_path_load request_path_endurance request_path_cli" # for what all the others miss
+readonly slow_programs="request_path_load request_path_endurance request_path_cli_commands" # for what all the others miss
 readonly request_programs="library_hal_interface library_lock_scope library_result_dispatch \
     request_path_process request_path_transcripts"
 declare -rA all_programs=(
@@ -35,8 +35,8 @@ declare -rA all_programs=(
 # The tests of what a fault's name begins with.
 declare -rA first_programs=(
     [allocator]=library_allocator_helper
-    [cli]="request_path_cli request_path_cli_batch request_path_cli_exif request_path_cli_inputs \
-        request_path_cli_report request_path_cli_outputs request_path_cli_folders"
+    [cli]="request_path_cli_commands request_path_cli_batch request_path_cli_inputs \
+        request_path_cli_report request_path_cli_outputs"
     [convert]=library_buffer_conversion
     [decode]=library_isp_metadata
     [device]=library_device_buffer

@@ -125,13 +125,6 @@ TEST_F(ReplayTest, NewRecordingsAreEqualTooWholeOrNot) {
     }
 }
 
-TEST_F(ReplayTest, RecordingChangesNoPicture) {
-    putMosaic("f.raw");
-    ASSERT_EQ(0, run("f.raw -o plain.jpg" + std::string(kHeaderless)).exitCode);
-    ASSERT_EQ(0, run("f.raw -o told.jpg --record a.rec" + std::string(kHeaderless)).exitCode);
-    EXPECT_EQ(get("plain.jpg"), get("told.jpg"));
-}
-
 TEST_F(ReplayTest, ChangeIsToldByTagNameAndField) {
     Change const changes[] = {
             {"modes",
@@ -310,53 +303,6 @@ TEST_F(ReplayTest, ACrashLosesNoDifferenceThatWasFound) {
     EXPECT_EXIT(crash(), testing::ExitedWithCode(1), "no. 5.*: found\nquen-replay: .* signal 6");
 }
 
-TEST_F(ReplayTest, WhatIsNoRecordingIsRefused) {
-    put("text.rec", "once upon a time");
-    put("empty.rec", "");
-    std::vector<Crossing> later(1);
-    later[0].mutable_header()->set_version(2);
-    put("later.rec", bytesOf(later));
-    std::string const whole = get(kept("raw_to_jpeg"));
-    put("behind.rec", whole + "garbage");
-    put("header.rec", whole.substr(0, static_cast<size_t>(whole[0]) + 1));
-    put("metadata.rec", std::string(whole).replace(529, 1, "\x3c"));
-    put("damaged.rec", std::string(whole).replace(7978, 1, "\x33"));
-    std::pair<char const*, char const*> const cases[] = {
-            {"text.rec", "text.rec: is no recording"},
-            {"empty.rec", "empty.rec: is no recording"},
-            {"later.rec", "is a recording of version 2, and this program reads 1"},
-            {"behind.rec", "behind.rec: is damaged: 7 bytes follow its end"},
-            {"header.rec", "header.rec: holds no crossing"},
-            {"metadata.rec", "bytes is no sound camera_metadata"},
-            {"damaged.rec", "damaged.rec: is damaged: no. 10, at byte 7065, is no crossing"},
-            {"absent.rec", "absent.rec: cannot be read: No such file"},
-            {".", "cannot be read"},
-            {"", "FILE is required"},
-            {"--patience 0 text.rec", "--patience"},
-    };
-    for (auto const& [arguments, says] : cases) {
-        Outcome const outcome = replay(arguments);
-        EXPECT_EQ(2, outcome.exitCode) << arguments;
-        EXPECT_THAT(outcome.err, HasSubstr(says)) << arguments;
-    }
-    EXPECT_EQ(1, shell(QUEN_REPLAY " " + kept("lost_signal") + " >/dev/full 2>err.txt"));
-    EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written: No space left"));
-}
-
-TEST_F(ReplayTest, ShowsALineForEachCrossingWithTagNames) {
-    Outcome const outcome = replay("--show " + kept("modes"));
-    EXPECT_EQ(0, outcome.exitCode);
-    auto const lines = std::count(outcome.out.begin(), outcome.out.end(), '\n');
-    EXPECT_EQ(readRecording(kept("modes")).crossings.size(), static_cast<size_t>(lines));
-    for (char const* const says :
-         {"client: process: frameNumber = 1", "input.buffer = 1 descriptors, 0 integers",
-          "request[0].settings.tuningMode (0x800b000e) = int32[1] 6003",
-          "metadata.QUEN_FEEDBACK_TUNNINGMODE (0xc00e0032) = int32[1] 9",
-          "request[0].output[0].tuningData = of the 3A store"}) {
-        EXPECT_THAT(outcome.out, HasSubstr(says));
-    }
-}
-
 TEST_F(ReplayTest, FullDiskEndsTheRecordingAndNothingElse) {
     // The largest file that is allowed has room for the 3A buffers, which are files too.
     std::string const options = " --size 640x480 --bayer rggb --jobs 1";
@@ -384,11 +330,4 @@ TEST_F(ReplayTest, FullDiskEndsTheRecordingAndNothingElse) {
     size_t const told = outcome.out.find("after its ") + 10;
     std::string const taken = outcome.out.substr(told, outcome.out.find(' ', told) - told);
     EXPECT_THAT(recorded, HasSubstr("its file took " + taken + " crossings"));
-
-    expectErrors(2, {{"a.raw -o a.nv21 --record absent/a.rec" + options,
-                      "--record: absent/a.rec cannot be written: No such file"},
-                     {"a.raw -o a.nv21 --record /dev/full" + options,
-                      "--record: /dev/full cannot be written: No space left"},
-                     {"a.raw -o a.nv21 --record-pictures" + options,
-                      "--record-pictures requires --record"}});
 }

@@ -116,40 +116,6 @@ TEST_F(CliBatchTest, JpegsOfAllKindsOfInputsComeBesideEachOther) {
     EXPECT_EQ(0, run("wide.dng tall.dng wide.dng tall.dng --jobs 1 -o shapes").exitCode);
 }
 
-TEST_F(CliBatchTest, ShardsTakeEveryInputOnceUnderTheNamesOfTheWholeList) {
-    std::string inputs;
-    for (int i = 0; i < 5; ++i) {
-        inputs += putFrame(i);
-    }
-    fs::create_directory(path("twin"));
-    fs::copy_file(path("f3.raw"), path("twin/f0.raw"));
-    inputs += " twin/f0.raw";
-    std::string const command = inputs + kHeaderless + "--format nv21 -o ";
-    ASSERT_EQ(0, run(command + "whole").exitCode);
-    for (int const count : {2, 4, 7}) {
-        std::map<std::string, std::string> made;
-        for (int number = 1; number <= count; ++number) {
-            std::string const shard = std::to_string(number) + "/" + std::to_string(count);
-            Outcome const outcome = run(command + shard + " --shard " + shard);
-            EXPECT_EQ(0, outcome.exitCode) << shard;
-            EXPECT_NE(outcome.out + outcome.err, "") << shard;
-            for (auto const& file : files(shard)) {
-                EXPECT_TRUE(made.insert(file).second) << shard << ": " << file.first;
-            }
-        }
-        EXPECT_EQ(made, files("whole")) << count;
-    }
-    // What is not there fails in every shard; what is there goes on.
-    std::string const lost = "-r nowhere" + command + "lost --shard ";
-    expectErrors(1, {{lost + "1/9", "nowhere: cannot be opened: No such"},
-                     {lost + "9/9", "nowhere: cannot be opened: No such"}});
-    EXPECT_THAT(run(lost + "2/3").out, HasSubstr("2 of 3 reprocessed, 1 failed"));
-    expectErrors(2, {{command + "x --shard 0/2", "there is no '0/2'"},
-                     {command + "x --shard 3/2", "there is no '3/2'"},
-                     {command + "x --shard 2", "expects I/N"},
-                     {"demo --shard 1/2", "--shard: the demo renders one capture"}});
-}
-
 TEST_F(CliBatchTest, AnInterruptedBatchEndsWhatIsInWork) {
     std::string inputs;
     for (int i = 0; i < 300; ++i) {

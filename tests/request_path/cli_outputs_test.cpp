@@ -1,94 +1,18 @@
-// quen-reprocess: RGB files, and pictures through standard input and output.
+// quen-reprocess: RGB files beside the planes that they are made of.
 
-#include <png.h>
-#include <tiffio.h>
 #include <turbojpeg.h>
 #include <exiv2/exif.hpp>
 #include <exiv2/image.hpp>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "support/Cli.h"
+#include "support/FileText.h"
 
 namespace {
 
 using namespace quentest;
-using testing::HasSubstr;
-
-// Samples of 16 bits, those of 8 scaled: red, green, blue, row by row.
-struct Rgb {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    int bits = 0;
-    std::vector<int> samples;
-
-    void add(uint8_t const* row) {
-        for (uint32_t i = 0; i < 3 * width; ++i) {
-            samples.push_back(bits == 8 ? 257 * row[i] : reinterpret_cast<uint16_t const*>(row)[i]);
-        }
-    }
-};
-
-Rgb readPng(std::string const& path) {
-    Rgb rgb;
-    std::FILE* const file = std::fopen(path.c_str(), "rb");
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_init_io(png, file);
-    png_read_png(png, info, PNG_TRANSFORM_SWAP_ENDIAN, nullptr);
-    EXPECT_EQ(PNG_COLOR_TYPE_RGB, png_get_color_type(png, info));
-    EXPECT_NE(0u, png_get_valid(png, info, PNG_INFO_sRGB));
-    EXPECT_NE(0u, png_get_valid(png, info, PNG_INFO_eXIf));
-    rgb.width = png_get_image_width(png, info);
-    rgb.height = png_get_image_height(png, info);
-    rgb.bits = png_get_bit_depth(png, info);
-    for (uint32_t y = 0; y < rgb.height; ++y) {
-        rgb.add(png_get_rows(png, info)[y]);
-    }
-    png_destroy_read_struct(&png, &info, nullptr);
-    std::fclose(file);
-    return rgb;
-}
-
-Rgb readTiff(std::string const& path) {
-    Rgb rgb;
-    TIFF* const tiff = TIFFOpen(path.c_str(), "r");
-    uint16_t bits = 0;
-    uint16_t orientation = 0;
-    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &rgb.width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &rgb.height);
-    TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &orientation);
-    EXPECT_EQ(ORIENTATION_TOPLEFT, orientation);
-    rgb.bits = bits;
-    std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff)));
-    for (uint32_t y = 0; y < rgb.height; ++y) {
-        EXPECT_EQ(1, TIFFReadScanline(tiff, row.data(), y));
-        rgb.add(row.data());
-    }
-    TIFFClose(tiff);
-    return rgb;
-}
-
-Rgb readPpm(std::string const& path) {
-    Rgb rgb;
-    std::ifstream file(path, std::ios::binary);
-    std::string magic;
-    int white = 0;
-    file >> magic >> rgb.width >> rgb.height >> white;
-    file.get();
-    EXPECT_EQ("P6", magic);
-    rgb.bits = white == 255 ? 8 : 16;
-    for (uint32_t i = 0; i < 3 * rgb.width * rgb.height; ++i) {
-        int const high = file.get();
-        rgb.samples.push_back(rgb.bits == 8 ? 257 * high : 256 * high + file.get());
-    }
-    EXPECT_FALSE(file.eof());
-    EXPECT_EQ(EOF, file.get());
-    return rgb;
-}
 
 // What a decoder of JPEGs makes of planes.
 std::vector<uint8_t> decodedYuv(std::string const& planes) {
@@ -139,10 +63,9 @@ TEST_F(CliOutputsTest, RgbFilesHoldTheUprightPictureInTheirBits) {
                         run("in.dng -o " + name + " --depth " + std::to_string(bits));
                 ASSERT_EQ(0, outcome.exitCode) << outcome.err;
                 EXPECT_EQ("", outcome.err);
-                auto* const read = name == "out.png"   ? readPng
-                                   : name == "out.tif" ? readTiff
-                                                       : readPpm;
-                Rgb const rgb = read(path(name));
+                Rgb const rgb = name == "out.png"   ? readPng(path(name))
+                                : name == "out.tif" ? readTiff(path(name))
+                                                    : readPpm(path(name));
                 ASSERT_EQ(bits, rgb.bits);
                 ASSERT_EQ(turn.exchanged ? kHeight : kWidth, rgb.width);
                 ASSERT_EQ(3 * kWidth * kHeight, rgb.samples.size());
@@ -164,36 +87,6 @@ TEST_F(CliOutputsTest, RgbFilesHoldTheUprightPictureInTheirBits) {
             }
         }
     }
-}
-
-TEST_F(CliOutputsTest, PicturesComeAndGoThroughStandardStreams) {
-    put("shot.dng", asDng(kBrick, "rggb"));
-    put("words.raw", bytesOf(mosaic(kBrick, "gbrg", 10, 64)));
-    ASSERT_EQ(0, run("shot.dng -o shot.png").exitCode);
-    ASSERT_EQ(0, run("shot.dng -o shot.jpg").exitCode);
-    // Whatever kind, from a pipe; the picture alone comes out.
-    EXPECT_EQ(0, shell("cat shot.dng | " QUEN_REPROCESS
-                       " - -o - --format png --info 2>told.txt >piped.png"));
-    EXPECT_EQ(get("shot.png"), get("piped.png"));
-    EXPECT_THAT(get("told.txt"), HasSubstr("RAW2YUV"));
-    EXPECT_EQ(0, shell(QUEN_REPROCESS " - -o out.nv21 --size 64x48 --bayer gbrg --black 64 "
-                                      "--wb 2,1,1.5 <words.raw >out.txt"));
-    expectColour("out.nv21", kBrick);
-    EXPECT_EQ(0, shell("cat shot.jpg | " QUEN_REPROCESS " - -o made/ >out.txt"));
-    EXPECT_EQ("\xff\xd8", get("made/stdin.jpg").substr(0, 2));
-
-    expectErrors(1, {{"- -o x.jpg </dev/null", "-: is empty; nothing came"}});
-    EXPECT_EQ(1, run("shot.dng -o - --format png >/dev/full 2>err.txt #").exitCode);
-    EXPECT_THAT(get("err.txt"), HasSubstr("standard output cannot be written"));
-    expectErrors(2, {{"shot.dng -o -", "give --format"},
-                     {"shot.dng shot.dng -o - --format jpg", "takes one picture"},
-                     {"shot.dng -o - --format jpg --info=json", "--info=json"},
-                     {"- - -o made <shot.dng", "once"},
-                     {"shot.dng -o x.jpg --depth 16", "--depth"},
-                     {"shot.dng -o x.png --quality 9", "--quality"},
-                     {"shot.dng -o x.png --format tif", "contradicts"}});
-    EXPECT_EQ(1, run("shot.jpg -o x.png").exitCode);
-    EXPECT_EQ(0u, names().count("x.jpg") + names().count("x.png"));
 }
 
 TEST_F(CliOutputsTest, ATiffSaysOfItsCaptureWhatAJpegSays) {

@@ -1,8 +1,7 @@
-// quen-reprocess: what it tells of its work as JSON, the timeline of --trace and the --info=json.
+// quen-reprocess: the timeline of --trace.
 
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <utility>
@@ -16,8 +15,6 @@ namespace {
 
 using namespace quentest;
 using nlohmann::json;
-using testing::HasSubstr;
-using testing::IsSubsetOf;
 using testing::IsSupersetOf;
 
 constexpr double kRounding = 0.01;  // microseconds
@@ -74,36 +71,6 @@ std::set<std::string> around(json const& event, std::map<int, std::vector<Span>>
         }
     }
     return names;
-}
-
-// What --info tells of tags: "0xc0030014 currentMode int64[1] 2".
-std::multiset<std::string> tagLines(std::string const& text) {
-    static std::regex const tag(R"(0x[0-9a-f]{8} \S+ \w+\[\d+\][^\n]*)");
-    return {std::sregex_token_iterator(text.begin(), text.end(), tag),
-            std::sregex_token_iterator()};
-}
-
-// The same of all tags in a document.
-void addTagLines(json const& value, std::multiset<std::string>& lines) {
-    if (!value.is_object() || !value.contains("tag")) {
-        for (json const& part : value) {
-            if (part.is_structured()) {
-                addTagLines(part, lines);
-            }
-        }
-        return;
-    }
-    json const& values = value.at("values");
-    std::string line = value.at("tag").get<std::string>() + " " +
-                       (value.at("name").is_null() ? "?" : value.at("name").get<std::string>()) +
-                       " " + value.at("type").get<std::string>() + "[" +
-                       std::to_string(values.size()) + "]";
-    for (size_t i = 0; i < std::min<size_t>(values.size(), 16); ++i) {
-        char text[40];
-        std::snprintf(text, sizeof(text), " %.6g", values[i].get<double>());
-        line += values[i].is_number_float() ? text : " " + values[i].dump();
-    }
-    lines.insert(line + (values.size() > 16 ? " ..." : ""));
 }
 
 class CliReportTest : public CliTest {
@@ -186,20 +153,8 @@ TEST_F(CliReportTest, TheTimelineShowsThreadsRequestsAndTheWorkOnThem) {
     }
 }
 
-TEST_F(CliReportTest, TheTimelineIsWholeOrToldToBeMissingAndChangesNoOtherWord) {
+TEST_F(CliReportTest, AnInterruptedRunHasATimelineOfWhatWasDone) {
     putInputs();
-    expectErrors(1, {{"a.dng -o x.jpg --trace /dev/full", "timeline /dev/full cannot be written"}});
-    EXPECT_EQ(get("d.jpg"), get("x.jpg"));
-    // The library logs its operations for the timeline; the words of its errors alone are shown.
-    std::string const failing = "a.dng -o x.jpg --log error --set 0x000d0000=0,0,-5,9";
-    Outcome const plain = run(failing);
-    Outcome const traced = run(failing + " --trace t.json");
-    EXPECT_EQ(std::count(plain.err.begin(), plain.err.end(), '\n'),
-              std::count(traced.err.begin(), traced.err.end(), '\n'));
-    EXPECT_THAT(get("t.json"), HasSubstr("refused request"));
-    EXPECT_THAT(run("a.dng -o x.jpg --log info --trace t.json").err, HasSubstr("process() "));
-
-    // An interrupted run has one as well, of what was done.
     std::string inputs;
     for (int i = 0; i < 200; ++i) {
         inputs += " a.dng b.dng";
@@ -215,66 +170,4 @@ TEST_F(CliReportTest, TheTimelineIsWholeOrToldToBeMissingAndChangesNoOtherWord) 
     }
     EXPECT_EQ(summary.at("reprocessed"), written);
     EXPECT_GT(summary.at("not_begun"), 0);
-}
-
-TEST_F(CliReportTest, NoFileOfARunTakesThePlaceOfAnother) {
-    putInputs();
-    put("kept.rec", "kept");
-    fs::create_symlink("a.dng", path("link"));
-    std::string const capture = get("a.dng");
-    std::string const one = "a.dng -o x.jpg ";
-    expectErrors(2, {{one + "--record a.dng", "--record: a.dng is an input; name another"},
-                     {one + "--record link", "is an input"},
-                     {one + "--trace a.dng", "--trace: a.dng is an input"},
-                     {one + "--trace ./x.jpg", "is an output"},
-                     {"a.dng b.dng -o made --record made/b.jpg", "is an output"},
-                     {"a.dng b.dng -o made --trace made", "made is a folder"},
-                     {one + "--trace t --record ./t", "./t is the file of --trace"},
-                     {one + "--record ''", "--record: the file's name is empty"},
-                     {one + "--trace nowhere/t", "nowhere/t cannot be written"},
-                     {"a.dng -o x.bmp --record kept.rec", "does not tell what to make"}});
-    EXPECT_EQ(capture, get("a.dng"));
-    EXPECT_EQ("kept", get("kept.rec"));
-    EXPECT_FALSE(fs::exists(path("x.jpg")) || fs::exists(path("made")));
-    EXPECT_EQ(0, run("a.dng b.dng -o new/made --trace new/t --record new/r").exitCode);
-    EXPECT_TRUE(fs::exists(path("new/t")) && fs::exists(path("new/r")));
-}
-
-TEST_F(CliReportTest, InfoSaysTheSameInJsonAsInText) {
-    putInputs();
-    std::string const options = " --mode 0x2 --set 0x800b000e=7 -o made --info";
-    Outcome const text = run("a.dng d.jpg" + options);
-    Outcome const both = run("a.dng d.jpg broken.dng" + options + "=json");
-    EXPECT_EQ(1, both.exitCode);
-    EXPECT_THAT(both.err, HasSubstr("a.dng -> made/a.jpg"));
-    json const whole = json::parse(both.out);
-    json const& inputs = whole.at("inputs");
-    ASSERT_EQ(3u, inputs.size());
-    std::multiset<std::string> lines;
-    addTagLines(inputs, lines);
-    EXPECT_EQ(tagLines(text.out), lines);
-    EXPECT_LT(30u, lines.size());
-
-    json const& first = inputs[0];
-    EXPECT_EQ("a.dng", first.at("input"));
-    EXPECT_EQ("made/a.jpg", first.at("output"));
-    EXPECT_EQ(64, first.at("width_px"));
-    EXPECT_EQ(fs::file_size(path("made/a.jpg")), first.at("output_bytes"));
-    EXPECT_EQ("RAW2YUV", first.at("configurations")[0].at("stage"));
-    EXPECT_EQ("YUV2JPEG", first.at("configurations")[1].at("stage"));
-    EXPECT_EQ(14, first.at("results")[0].at("sample_bits"));
-    json const& facts = first.at("results")[0].at("capture_facts");
-    EXPECT_THAT(text.out, HasSubstr("Bayer order " + facts.at("bayer_order").get<std::string>()));
-    EXPECT_EQ(9u, facts.at("colour_matrix").size());
-    EXPECT_EQ(facts, first.at("client_results")[0].at("three_a_buffer").at("capture_facts"));
-    for (json const& leg : first.at("legs")) {
-        EXPECT_THAT(text.out, HasSubstr("\n  " + leg.at("name").get<std::string>()));
-        EXPECT_GE(leg.at("duration_ms"), 0);
-    }
-    EXPECT_THAT(inputs[2].at("error").get<std::string>(), HasSubstr("not even all of its header"));
-    EXPECT_TRUE(inputs[2].at("requests").empty());
-    EXPECT_EQ(2, whole.at("summary").at("reprocessed"));
-    EXPECT_EQ(1, whole.at("summary").at("failed"));
-    EXPECT_EQ(2, run("a.dng -o x.jpg --info=xml").exitCode);
-    EXPECT_EQ(1, run("a.dng -o x.jpg --info=json >/dev/full 2>err.txt #").exitCode);
 }

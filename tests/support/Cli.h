@@ -30,14 +30,19 @@ struct Outcome {
     std::string err;
 };
 
-// A colour in linear light, and as full-range YUV of its sRGB.
+// A colour in linear light, and as full-range YUV of its sRGB; how it grows from left to right and
+// from top to bottom.
 struct Colour {
     double linear[3];
     int y, cb, cr;
+    double across[3] = {};
+    double down[3] = {};
 };
 
 constexpr Colour kGrey = {{0.18, 0.18, 0.18}, 118, 128, 128};
 constexpr Colour kBrick = {{0.5, 0.05, 0.05}, 100, 107, 190};
+// Looks different however it is turned.
+constexpr Colour kScene = {{0.1, 0.1, 0.1}, 0, 0, 0, {4, 0.5, 0.3}, {0.5, 2, 6}};
 constexpr double kGains[3] = {2.0, 1.0, 1.5};
 constexpr uint32_t kWidth = 64;
 constexpr uint32_t kHeight = 48;
@@ -53,7 +58,9 @@ inline std::vector<uint16_t> mosaic(Colour const& colour, std::string const& ord
     double const range = (1 << bits) - 1 - black;
     for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
         uint32_t const channel = channelOf(order, i % kWidth, i / kWidth);
-        double const light = colour.linear[channel] / kGains[channel];
+        double const growth = 1 + colour.across[channel] * (i % kWidth) / kWidth +
+                              colour.down[channel] * (i / kWidth) / kHeight;
+        double const light = colour.linear[channel] * growth / kGains[channel];
         samples.push_back(static_cast<uint16_t>(std::lround(black + range * light)));
     }
     return samples;
