@@ -196,6 +196,18 @@ TEST_F(ReplayTest, ChangeIsToldByTagNameAndField) {
                  return true;
              },
              "request[0].input[0].buffer.content.hash: recorded "},
+            {"modes",
+             [](Crossing& crossing) {
+                 if (crossing.isp_call().requests_size() == 0) {
+                     return false;
+                 }
+                 crossing.mutable_isp_call()
+                         ->mutable_requests(0)
+                         ->mutable_outputs(0)
+                         ->clear_tuning();
+                 return true;
+             },
+             "3A buffers that the ISP was not given: recorded none, now 1"},
             {"errors",
              [](Crossing& crossing) {
                  if (!crossing.has_notify_call()) {
@@ -215,6 +227,124 @@ TEST_F(ReplayTest, ChangeIsToldByTagNameAndField) {
         Outcome const outcome = replay("changed.rec");
         EXPECT_EQ(1, outcome.exitCode) << change.says;
         EXPECT_THAT(outcome.out.substr(0, outcome.out.find('\n')), HasSubstr(change.says));
+    }
+}
+
+TEST_F(ReplayTest, NoMoreDifferencesAreToldThanAskedFor) {
+    std::vector<Crossing> crossings = wholeOf(kept("lost_signal"));
+    auto& stream = *crossings[6].mutable_isp_call()->mutable_output_streams(0);
+    stream.set_stride(0, 1);
+    stream.set_width(2);
+    stream.set_height(3);
+    put("changed.rec", bytesOf(crossings));
+    std::string const all = replay("changed.rec").out;
+    auto const count = static_cast<size_t>(std::count(all.begin(), all.end(), '\n')) - 1;
+    ASSERT_GE(count, 3u);
+    EXPECT_THAT(all, HasSubstr("20 crossings, " + std::to_string(count) + " differences\n"));
+    EXPECT_EQ(replay("changed.rec --differences " + std::to_string(count)).out, all);
+    std::string const first = all.substr(0, all.find('\n', all.find('\n') + 1) + 1);
+    EXPECT_EQ(replay("changed.rec --differences 2").out,
+              first + "and " + std::to_string(count - 2) + " more\n" +
+                      all.substr(all.rfind("20 crossings")));
+}
+
+// What no library can have been asked or have answered; "lost_signal" has one request.
+TEST_F(ReplayTest, UnsoundRecordingIsRefusedWithItsPlace) {
+    using Crossings = std::vector<Crossing>;
+    auto const input = [](Crossings& all) {
+        return all[9].mutable_client_call()->mutable_input()->mutable_buffer();
+    };
+    struct {
+        std::function<void(Crossings&)> change;
+        char const* says;
+    } const cases[] = {
+            {[](Crossings& all) { all[5].mutable_header(); },
+             "no. 5, something that this program "
+             "does not know: another recording "
+             "begins"},
+            {[](Crossings& all) { all[5].clear_isp_return(); },
+             "no. 5, something that this program does not know: is of no kind that"},
+            {[](Crossings& all) { all.erase(all.begin() + 2); },
+             "no. 2, client: create: comes on a thread that is inside call 1 of the library"},
+            {[](Crossings& all) { all[4].set_thread(2); },
+             "no. 4, library to ISP: openISPDevice: has no call of the library before it on its"},
+            {[](Crossings& all) { all[6].mutable_isp_call()->set_has_callback(false); },
+             "no. 11, ISP to library: processResult: there is no receiver for this result"},
+            {[](Crossings& all) {
+                 Crossings const twice(all.begin() + 1, all.begin() + 3);
+                 all.insert(all.begin() + 3, twice.begin(), twice.end());
+             },
+             "no. 3, client: constructs: its device object is there already"},
+            {[](Crossings& all) { all.erase(all.begin() + 1, all.begin() + 3); },
+             "no. 1, client: create: its device object was not constructed"},
+            {[](Crossings& all) {
+                 all[19].set_thread(2);
+                 std::swap(all[18], all[19]);
+             },
+             "no. 18, client: destructs: its device object is inside another call"},
+            {[](Crossings& all) { all[5].set_call(99); },
+             "no. 5, ISP returns: answers no call that is open on its thread"},
+            {[](Crossings& all) { all[5].set_session(2); }, "no. 5, ISP returns: answers no call"},
+            {[](Crossings& all) { all[5].mutable_notify_return(); },
+             "no. 5, client returns: answers no call"},
+            {[&](Crossings& all) { input(all)->mutable_content()->set_size(1153); },
+             "no. 9, client: process: its input: 1153 bytes of content are more than its 1152"},
+            {[&](Crossings& all) { input(all)->mutable_content()->set_head_size(1153); },
+             "its input: 1153 bytes at its begin and 0 at its end are more than its 1152 bytes"},
+            {[&](Crossings& all) { input(all)->mutable_content()->set_tail("twelve bytes"); },
+             "its input: 1152 bytes at its begin and 12 at its end are more than its 1152 bytes"},
+            {[&](Crossings& all) { input(all)->mutable_content()->mutable_head()->pop_back(); },
+             "its input: it holds 1151 bytes of 1152 bytes"},
+            {[](Crossings& all) {
+                 auto& output = *all[11].mutable_result_call()->mutable_outputs(0);
+                 output.mutable_picture()->set_size((1u << 30) + 1);
+             },
+             "processResult: its output 0: 1073741825 bytes of content are more than a buffer has"},
+            {[](Crossings& all) {
+                 auto& output = *all[11].mutable_result_call()->mutable_outputs(0);
+                 output.mutable_tuning()->set_head_size(1);
+             },
+             "processResult: its output 0: 1 bytes at its begin and 0 at its end are more than"},
+            {[&](Crossings& all) { input(all)->set_descriptors(1025); },
+             "its input: 1025 descriptors and 0 integers are more than a handle has"},
+            {[&](Crossings& all) { input(all)->set_integers(1025); },
+             "its input: 1 descriptors and 1025 integers are more than a handle has"},
+            {[&](Crossings& all) {
+                 auto& graphic = *input(all)->mutable_graphic();
+                 graphic.set_width(1 << 14);
+                 graphic.set_height(1 << 14);
+                 graphic.set_layers(2);
+             },
+             "its input: 16384 x 16384 pixels in 2 layers are more than a picture has"},
+            {[](Crossings& all) {
+                 auto& output = *all[9].mutable_client_call()->mutable_outputs(0);
+                 output.mutable_buffer()->mutable_graphic()->set_allocation_size((1u << 30) + 1);
+             },
+             "its output 0: its 1073741825 bytes are more than a buffer has"},
+            {[](Crossings& all) { all[3].mutable_client_call()->set_metadata("short"); },
+             "no. 3, client: create: its metadata of 5 bytes is no sound camera_metadata"},
+            {[](Crossings& all) { all[14].mutable_client_return()->set_metadata("short"); },
+             "no. 14, library returns to the client: its metadata of 5 bytes is no sound"},
+            {[](Crossings& all) {
+                 Crossings const object(all.begin() + 1, all.begin() + 3);
+                 for (uint32_t i = 2; i <= 1025; ++i) {
+                     for (Crossing crossing : object) {
+                         crossing.set_thread(i);
+                         crossing.set_session(i);
+                         all.insert(all.end() - 1, crossing);
+                     }
+                 }
+             },
+             "client: constructs: there are too many threads"},
+    };
+    for (auto const& c : cases) {
+        std::vector<Crossing> crossings = wholeOf(kept("lost_signal"));
+        c.change(crossings);
+        put("unsound.rec", bytesOf(crossings));
+        Outcome const outcome = replay("unsound.rec --patience 1");
+        EXPECT_EQ(2, outcome.exitCode) << c.says;
+        EXPECT_THAT(outcome.err, HasSubstr(c.says));
+        EXPECT_THAT(outcome.err, HasSubstr("unsound.rec: cannot be played: no. "));
     }
 }
 
