@@ -171,3 +171,48 @@ TEST_F(CliReportTest, AnInterruptedRunHasATimelineOfWhatWasDone) {
     EXPECT_EQ(summary.at("reprocessed"), written);
     EXPECT_GT(summary.at("not_begun"), 0);
 }
+
+TEST_F(CliReportTest, TimesOfTheDocumentAreThoseOfTheTimeline) {
+    putInputs();
+    ASSERT_EQ(0, run("a.dng d.jpg -o made --jobs 1 --info=json --trace t.json").exitCode);
+    std::map<std::string, double> spans;  // sums in ms, by source, input and name
+    json const trace = document("t.json");
+    for (json const& event : trace.at("traceEvents")) {
+        if (event.at("ph") == "X" && event.at("cat") != "library") {
+            json const& notes = event.at("args");
+            std::string const input = notes.value("frame", notes.value("request", json())).dump();
+            spans[event.at("cat").get<std::string>() + input +
+                  event.at("name").get<std::string>()] += event.at("dur").get<double>() / 1000;
+        }
+    }
+    json const whole = document("out.txt");
+    double all = 0;
+    size_t legs = 0;
+    for (size_t i = 0; i < 2; ++i) {
+        json const& input = whole.at("inputs")[i];
+        std::map<std::string, double> told;
+        auto const add = [&](std::string const& source, json const& from) {
+            for (json const& leg : from) {
+                told[source + std::to_string(i + 1) + leg.at("name").get<std::string>()] +=
+                        leg.at("duration_ms").get<double>();
+            }
+        };
+        add("tool", input.at("legs"));
+        double sum = 0;
+        for (auto const& [name, time] : told) {
+            sum += time;
+        }
+        EXPECT_LE(sum, 1000 * input.at("duration_s").get<double>());
+        for (json const& result : input.at("results")) {
+            add("isp", result.at("legs"));
+        }
+        for (auto const& [name, time] : told) {
+            bool const waits = name.find("queue") != std::string::npos;  // on no thread
+            EXPECT_NEAR(time, waits ? time : spans.at(name), 0.005) << name;
+        }
+        legs += told.size();
+        all += input.at("duration_s").get<double>();
+    }
+    EXPECT_GE(legs, 20u);
+    EXPECT_LE(all, whole.at("summary").at("duration_s").get<double>());
+}

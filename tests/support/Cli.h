@@ -94,7 +94,7 @@ struct DngField {
 };
 
 // The smallest DNG there is: one strip of 14-bit samples, with the calibration and the EXIF that a
-// camera would give. Further fields replace those of the same tag.
+// camera would give. Further fields replace those of the same tag; those of no type take them out.
 inline std::string asDng(Colour const& colour, std::string const& order,
                          std::vector<DngField> const& further = {}) {
     // From XYZ to sRGB, and white.
@@ -124,6 +124,9 @@ inline std::string asDng(Colour const& colour, std::string const& order,
     }
     for (DngField const& field : further) {
         fields[field.tag] = field;
+        if (field.type == 0) {
+            fields.erase(field.tag);
+        }
     }
     std::string file("II*\0\10\0\0\0", 8);
     auto const at = [&file](size_t offset, std::string const& bytes) {
