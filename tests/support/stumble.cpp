@@ -2,7 +2,8 @@
 //
 // STUMBLES names them, as in "linkat=18 write=4@2": every linkat fails with errno 18, the second
 // write with errno 4. tmpfile is the open of a file without a name; write=0 writes half of the
-// bytes; isatty=0 calls everything a terminal.
+// bytes; isatty=0 calls everything a terminal; dlopen=0 finds no library. isp=0 has the software
+// ISP take a second and a half more, when it looks whether its client waits.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 namespace {
 
@@ -44,6 +46,7 @@ STUMBLE(linkat, -1, (int a, char const* b, int c, char const* d, int e), (a, b, 
 STUMBLE(rename, -1, (char const* from, char const* to), (from, to))
 STUMBLE(fchmod, -1, (int fd, unsigned mode), (fd, mode))
 STUMBLE(memfd_create, -1, (char const* name, unsigned flags), (name, flags))
+STUMBLE(dlopen, 0, (char const* name, int flags), (name, flags))
 STUMBLE(isatty, 1, (int fd), (fd))
 STUMBLE(read, -1, (int fd, void* bytes, size_t size), (fd, bytes, size))
 STUMBLE(write, errno == 0 ? next(fd, bytes, size / 2) : -1,
@@ -55,6 +58,11 @@ extern "C" int stumble_open(char const* path, int flags, unsigned mode) {
     static int times = 0;
     using Open = int (*)(char const*, int, ...);
     static auto const next = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
+    constexpr char kTasks[] = "/proc/self/task/";
+    if (std::strncmp(path, kTasks, sizeof(kTasks) - 1) == 0 && failure("isp=", times) >= 0) {
+        timespec const time = {1, 500000000};
+        nanosleep(&time, nullptr);
+    }
     bool const isNameless = (flags & O_TMPFILE) == O_TMPFILE;
     return isNameless && failure("tmpfile=", times) >= 0 ? -1 : next(path, flags, mode);
 }

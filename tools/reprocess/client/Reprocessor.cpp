@@ -139,13 +139,19 @@ void Reprocessor::preparePicture(Frame& frame, Capture const& capture) {
     });
 }
 
-void Reprocessor::fail(Frame const& frame, char const* problem) const {
-    std::string reason = mReport.problem(frame.number);
-    if (reason.empty() && mReport.outcome(frame.number) == Report::Outcome::Finished) {
-        reason = "the ISP answered, but no usable picture came back";
-    }
-    if (!reason.empty()) {
-        throw Failure(std::string(problem) + ": " + reason,
+/** Whether the ISP has refused the frame's request, or has answered it. */
+bool Reprocessor::isAnswered(Frame const& frame) const {
+    Report::Outcome const outcome = mReport.outcome(frame.number);
+    return outcome == Report::Outcome::Refused || outcome == Report::Outcome::Finished;
+}
+
+/** @param isAnswered when the wait ended: a late answer comes until the device object has ended */
+void Reprocessor::fail(Frame const& frame, char const* problem, bool isAnswered) const {
+    if (isAnswered) {
+        std::string const reason = mReport.problem(frame.number);
+        throw Failure(std::string(problem) + ": " +
+                              (reason.empty() ? "the ISP answered, but no usable picture came back"
+                                              : reason),
                       "see what the ISP was given with --info");
     }
     throw Failure(std::string(problem) + " within " + std::to_string(mOptions.timeoutSeconds) +
@@ -201,10 +207,11 @@ void Reprocessor::awaitDeveloped(Frame& frame) {
     if (mReport.outcome(frame.number) != Report::Outcome::Refused) {
         result = frame.developing->wait(mOptions.timeoutSeconds);
     }
+    bool const hasAnswer = isAnswered(frame);
     frame.developing = nullptr;
     mPool->give(std::move(frame.input));
     if (!result || result->status != ResultWaiter::Status::OK) {
-        fail(frame, "was not developed");
+        fail(frame, "was not developed", hasAnswer);
     }
     mReport.addClientResult(frame.number, result->metadata.get(),
                             findInt32(result->metadata.get(), kTagThreeAIndex).value_or(-1));
@@ -222,16 +229,18 @@ Product Reprocessor::encode(Frame& frame, std::unique_ptr<ClientBuffer> picture)
     ImageBuffer const output =
             imageBuffer(kOutputStream, HAL_PIXEL_FORMAT_BLOB, size, capture, *jpeg);
     int made = 0;
+    bool hasAnswer = false;
     mReport.begin(frame.number);
     {
         DeviceSession session(input, output, frame.metadata, frame.watch);
         made = session.processAndWait(static_cast<int32_t>(frame.number));
+        hasAnswer = isAnswered(frame);
     }
     mPool->give(std::move(picture));
     auto const held = std::make_shared<HeldJpeg>(mPool, std::move(jpeg));
     uint8_t* const bytes = held->data();
     if (made < 4 || static_cast<uint32_t>(made) > size || bytes[0] != 0xff || bytes[1] != 0xd8) {
-        fail(frame, "was not encoded");
+        fail(frame, "was not encoded", hasAnswer);
     }
     size_t const finished = frame.watch.time(
             "EXIF", [&] { return finishJpeg(bytes, static_cast<size_t>(made), size, capture); });

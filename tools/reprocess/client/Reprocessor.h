@@ -55,7 +55,8 @@ class Reprocessor {
     Product finish(Frame& frame);
 
   private:
-    [[noreturn]] void fail(Frame const& frame, char const* problem) const;
+    bool isAnswered(Frame const& frame) const;
+    [[noreturn]] void fail(Frame const& frame, char const* problem, bool isAnswered) const;
     void prepareMosaic(Frame& frame, Capture const& capture);
     void preparePicture(Frame& frame, Capture const& capture);
     void awaitDeveloped(Frame& frame);
