@@ -105,8 +105,9 @@ inline Rgb readPpm(std::string const& path) {
     return rgb;
 }
 
-// The means of red, green and blue in the cells of a grid, of at most 255.
-inline std::string cellsText(Rgb const& rgb) {
+// The means of red, green and blue in the cells of a grid, of at most 255. Those of a JPEG depend
+// on how a machine rounds: whole ones.
+inline std::string cellsText(Rgb const& rgb, int decimals = 1) {
     uint32_t const scale = rgb.width > 1000 ? 4 : 1;
     uint32_t const columns = 4 * scale;
     uint32_t const rows = 3 * scale;
@@ -123,8 +124,9 @@ inline std::string cellsText(Rgb const& rgb) {
     }
     std::vector<std::string> cells;
     for (size_t i = 0; i < counts.size(); ++i) {
-        cells.push_back(formatted("~%.1f ~%.1f ~%.1f", sums[3 * i] / counts[i],
-                                  sums[3 * i + 1] / counts[i], sums[3 * i + 2] / counts[i]));
+        cells.push_back(formatted("~%.*f ~%.*f ~%.*f", decimals, sums[3 * i] / counts[i], decimals,
+                                  sums[3 * i + 1] / counts[i], decimals,
+                                  sums[3 * i + 2] / counts[i]));
     }
     std::string text = isFine ? "finer than 8 bits\n" : "";
     if (std::all_of(cells.begin(), cells.end(), [&](auto const& one) { return one == cells[0]; })) {
@@ -276,7 +278,7 @@ inline std::string jpegText(std::string const& bytes) {
         }
         text += formatted("profile of %zu bytes, sum %08x\n", profile.size(), sum);
     }
-    return text + cellsText(rgb);
+    return text + cellsText(rgb, 0);
 }
 
 inline std::string fileText(std::string const& path, std::string const& bytes) {
