@@ -63,16 +63,25 @@ TEST(IspMetadata, ReaderFindsTheLastRecordOfATag) {
     auto buffer = bufferOf(1, 6003);
     float gains[] = {1.5F, 2.5F};
     ASSERT_EQ(add_isp_metadata_entry(buffer, 7, 3, gains, 8, nullptr), 0);
+    int64_t times[] = {-5, 1LL << 40};
+    ASSERT_EQ(add_isp_metadata_entry(buffer, 9, 2, times, 16, nullptr), 0);
+    char letters[] = "abc";
+    ASSERT_EQ(add_isp_metadata_entry(buffer, 10, 0, letters, 3, nullptr), 0);
+    EXPECT_THAT(quen::host::ispMetadataText(buffer.data(), buffer.size()),
+                EndsWith("float[2] 1.5 2.5\n0x00000009 ? int64[2] -5 1099511627776\n"
+                         "0x0000000a ? byte[3] 97 98 99\n"));
     // Records may begin anywhere behind the header.
     buffer.insert(buffer.begin() + 20, 3, 0xff);
     buffer[16] = 23;
     IspMetadataReader reader;
     ASSERT_TRUE(reader.parse(buffer.data(), buffer.size())) << reader.error();
-    EXPECT_EQ(reader.count(), 3u);
+    EXPECT_EQ(reader.count(), 5u);
     EXPECT_EQ(reader.int32Of(0x800b000e), 6003);
     EXPECT_EQ(reader.int32Of(0x800b000e, 1), std::nullopt);
     EXPECT_EQ(reader.int64Of(0x800b000e), std::nullopt);
     EXPECT_EQ(reader.floatOf(7, 1), 2.5F);
+    EXPECT_EQ(reader.int64Of(9, 1), 1LL << 40);
+    EXPECT_EQ(reader.byteOf(10, 2), 'c');
     EXPECT_EQ(reader.find(8), std::nullopt);
     EXPECT_TRUE(reader.parse(nullptr, 0));
     EXPECT_EQ(reader.count(), 0u);
