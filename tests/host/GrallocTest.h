@@ -16,7 +16,7 @@
 
 namespace quentest {
 
-/** A mapper and an allocator of their own; their calls, with the outcome that is expected. */
+// A mapper and an allocator of their own; their calls, with the outcome that is expected.
 class GrallocTest : public testing::Test {
   protected:
     using PixelFormat = android::hardware::graphics::common::V1_2::PixelFormat;
@@ -24,7 +24,7 @@ class GrallocTest : public testing::Test {
 
     static constexpr IMapper::Rect kWhole = {0, 0, 0, 0};
 
-    /** Calls the mapper, expects an outcome and gives what comes with it. */
+    // Calls the mapper, expects an outcome and gives what comes with it.
     template <typename T, typename... Parameters, typename... Arguments>
     T call(Error expected, Return<void> (MemfdMapper::*function)(Parameters...),
            Arguments const&... arguments) {
@@ -78,7 +78,7 @@ class GrallocTest : public testing::Test {
         EXPECT_EQ(decode(get(buffer, type, Error::NONE), &result), android::OK);
         return result;
     }
-    /** Each plane: "type:offset+bits ... @offset/stride widthxheight increment =size 1:x:y". */
+    // Each plane: "type:offset+bits ... @offset/stride widthxheight increment =size 1:x:y".
     std::vector<std::string> planes(void* buffer) {
         std::vector<std::string> texts;
         for (auto const& plane : get(buffer, android::gralloc4::MetadataType_PlaneLayouts,

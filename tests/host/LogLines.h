@@ -7,7 +7,7 @@
 
 namespace quentest {
 
-/** Collects what is logged as "<kind> <tag> <level> <text>". Its end leaves the log as it was. */
+// Collects what is logged as "<kind> <tag> <level> <text>". Its end leaves the log as it was.
 class LogLines : public quen::host::LogSink {
   public:
     LogLines() { quen::host::setLogSink(this); }

@@ -1,17 +1,21 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <set>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gralloctypes/Gralloc4.h>
 #include <nscam/Format.h>
-#include <system/graphics.h>
 
 #include "host/GrallocTest.h"
+#include "host/gralloc/MemoryReserve.h"
+#include "support/Golden.h"
 
 namespace {
 
@@ -23,60 +27,40 @@ using quentest::hidl_handle;
 using quentest::hidl_vec;
 using GrallocAllocator = quentest::GrallocTest;
 
+// golden/layouts.txt was looked through: rows of 64 bytes, packed samples in whole groups, chroma
+// for the last row and column of odd pictures in rows that reach as far as luma's.
 TEST_F(GrallocAllocator, LaysOutEveryFormat) {
-    using Strings = std::vector<std::string>;
-    struct Expected {
-        PixelFormat format;
-        uint32_t width, height, stride;
-        Strings planes;
-        uint64_t size;
-        std::string code;  // FourCC
-    };
+    std::vector<std::string> lines;
     std::set<uint64_t> ids;
-    auto const expectLayout = [&](Expected const& expected) {
-        SCOPED_TRACE(static_cast<int>(expected.format));
-        hidl_handle const made = allocate(expected.width, expected.height, expected.format);
-        EXPECT_EQ(stride, expected.stride);
+    auto const note = [&](PixelFormat format, uint32_t width, uint32_t height) {
+        hidl_handle const made = allocate(width, height, format);
         void* const buffer = import(made);
-        EXPECT_EQ(planes(buffer), expected.planes);
-        EXPECT_EQ(get(buffer, MetadataType_AllocationSize, decodeAllocationSize), expected.size);
-        EXPECT_EQ(lseek(made->data[0], 0, SEEK_END), static_cast<off_t>(expected.size));
+        uint64_t const size = get(buffer, MetadataType_AllocationSize, decodeAllocationSize);
+        EXPECT_EQ(lseek(made->data[0], 0, SEEK_END), static_cast<off_t>(size));
         EXPECT_NE(ftruncate(made->data[0], 1), 0) << "shrunk under a mapping";
-        uint32_t const code = get(buffer, MetadataType_PixelFormatFourCC, decodePixelFormatFourCC);
-        EXPECT_EQ(code == 0 ? "" : std::string(reinterpret_cast<char const*>(&code), 4),
-                  expected.code);
-        bool const isYuv = expected.planes.size() > 1;
-        EXPECT_EQ(get(buffer, MetadataType_ChromaSiting, decodeChromaSiting).value,
-                  (isYuv ? ChromaSiting_SitedInterstitial : ChromaSiting_None).value);
         EXPECT_TRUE(ids.insert(get(buffer, MetadataType_BufferId, decodeBufferId)).second);
+        uint32_t const code = get(buffer, MetadataType_PixelFormatFourCC, decodePixelFormatFourCC);
+        std::ostringstream line;
+        line << std::hex << "0x" << static_cast<int>(format) << std::dec << ' ' << width << 'x'
+             << height << ": row of " << stride << ", " << size << " bytes, code "
+             << (code == 0 ? "none" : std::string(reinterpret_cast<char const*>(&code), 4))
+             << ", siting " << get(buffer, MetadataType_ChromaSiting, decodeChromaSiting).value;
+        lines.push_back(line.str());
+        for (std::string const& plane : planes(buffer)) {
+            lines.push_back("  " + plane);
+        }
     };
-    // Odd pictures have chroma for the last row and column, and chroma rows reach as far as luma's.
-    std::string const luma = "1:0+8 @0/128 65x3 8 =384 1:1:1";
-    Strings const nv12 = {luma, "2:0+8 4:8+8 @384/128 33x2 16 =256 1:2:2"};
-    Strings const nv21 = {luma, "4:0+8 2:8+8 @384/128 33x2 16 =256 1:2:2"};
-    Strings const i420 = {luma, "2:0+8 @384/64 33x2 8 =128 1:2:2",
-                          "4:0+8 @512/64 33x2 8 =128 1:2:2"};
-    Strings const yv12 = {luma, "4:0+8 @384/64 33x2 8 =128 1:2:2",
-                          "2:0+8 @512/64 33x2 8 =128 1:2:2"};
-    Strings const blob = {"1048576:0+8 @0/1001 1001x1 8 =1001 1:1:1"};
-    Strings const raw16 = {"1048576:0+16 @0/128 33x2 16 =256 1:1:1"};
-    Strings const rgba = {"1024:0+8 2048:8+8 4096:16+8 1073741824:24+8 @0/128 17x2 32 =256 1:1:1"};
-    std::vector<Expected> const usual = {
-            {PixelFormat::YCRCB_420_SP, 65, 3, 128, nv21, 640, "NV21"},
-            {PixelFormat::IMPLEMENTATION_DEFINED, 65, 3, 128, nv12, 640, "NV12"},
-            {PixelFormat::YCBCR_420_888, 65, 3, 128, nv21, 640, "NV21"},
-            {PixelFormat::YV12, 65, 3, 128, yv12, 640, "YV12"},
-            {PixelFormat::BLOB, 1001, 1, 1001, blob, 1001, ""},
-            {PixelFormat::RAW10, 49, 2, 102, {"1048576:0+-1 @0/128 49x2 0 =256 1:1:1"}, 256, ""},
-            {PixelFormat::RAW12, 85, 2, 128, {"1048576:0+-1 @0/192 85x2 0 =384 1:1:1"}, 384, ""},
-            {PixelFormat::RAW16, 33, 2, 64, raw16, 256, "R16 "},
-            {PixelFormat::RGBA_8888, 17, 2, 32, rgba, 256, "AB24"},
-    };
-    for (Expected const& expected : usual) {
-        expectLayout(expected);
+    for (PixelFormat const format :
+         {PixelFormat::RGBA_8888, PixelFormat::YCRCB_420_SP, PixelFormat::RAW16,
+          PixelFormat::IMPLEMENTATION_DEFINED, PixelFormat::YCBCR_420_888, PixelFormat::RAW10,
+          PixelFormat::RAW12, PixelFormat::YV12}) {
+        note(format, 65, 3);
+        note(format, 128, 2);
     }
+    note(PixelFormat::BLOB, 1001, 1);
     EXPECT_TRUE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::I420));
-    expectLayout({PixelFormat::YCBCR_420_888, 65, 3, 128, i420, 640, "YU12"});
+    note(PixelFormat::YCBCR_420_888, 65, 3);
+    quentest::expectGolden("layouts", lines);
     EXPECT_FALSE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::Raw16));
     EXPECT_FALSE(allocator->setLayout(PixelFormat::YV12, Layout::I420));
 }
@@ -118,28 +102,51 @@ TEST_F(GrallocAllocator, RefusesWhatCannotBeAllocated) {
     EXPECT_EQ(mapper->counts().imports, 0u);
 }
 
+// The caller's thread makes memory when none was made ahead for that size, and when no more is to
+// be.
+TEST(MemoryReserve, MakesMemoryAheadAsOftenAsItMay) {
+    static std::vector<uint64_t> byCaller;
+    static std::thread::id const caller = std::this_thread::get_id();
+    auto const make = [](uint64_t size) {
+        if (std::this_thread::get_id() == caller) {
+            byCaller.push_back(size);
+        }
+        int const memory = memfd_create("test", MFD_CLOEXEC);
+        EXPECT_EQ(ftruncate(memory, static_cast<off_t>(size)), 0);
+        return memory;
+    };
+    quen::host::MemoryReserve reserve(make, 3);
+    for (uint64_t const size : {8192, 8192, 4096, 4096, 4096}) {
+        int const memory = reserve.take(size);
+        EXPECT_EQ(lseek(memory, 0, SEEK_END), static_cast<off_t>(size));
+        close(memory);
+    }
+    EXPECT_EQ(byCaller, (std::vector<uint64_t>{8192, 4096, 4096}));
+}
+
+TEST_F(GrallocAllocator, ReservesMemoryForLargePictures) {
+    allocator->keepReserve(1);
+    auto const nameOf = [&](uint32_t width, PixelFormat format) {
+        return get(import(allocate(width, 1, format)), MetadataType_Name, decodeName);
+    };
+    EXPECT_EQ(nameOf(4 << 20, PixelFormat::BLOB), "test picture");
+    EXPECT_EQ(nameOf((2 << 20) - 32, PixelFormat::RAW16), "test picture");
+    EXPECT_EQ(nameOf(2 << 20, PixelFormat::RAW16), "reserve");
+}
+
 TEST(PixelFormats, AreTakenApartIntoPlanes) {
     using namespace NSCam::Utils::Format;
-    struct Expected {
-        int format;
-        size_t bits, planes, lastWidth, lastBits;  // of a picture 65 pixels wide
-    };
-    for (Expected const& expected : {Expected{HAL_PIXEL_FORMAT_RGBA_8888, 32, 1, 65, 32},
-                                     {HAL_PIXEL_FORMAT_RAW10, 10, 1, 65, 10},
-                                     {HAL_PIXEL_FORMAT_RAW16, 16, 1, 65, 16},
-                                     {HAL_PIXEL_FORMAT_YCRCB_420_SP, 12, 2, 33, 16},
-                                     {HAL_PIXEL_FORMAT_IMPLEMENTATION_DEFINED, 12, 2, 33, 16},
-                                     {HAL_PIXEL_FORMAT_YCBCR_420_888, 12, 3, 33, 8},
-                                     {HAL_PIXEL_FORMAT_YV12, 12, 3, 33, 8},
-                                     {0x7777, 0, 0, 0, 0}}) {
-        SCOPED_TRACE(expected.format);
-        EXPECT_EQ(queryImageBitsPerPixel(expected.format), expected.bits);
-        ASSERT_EQ(queryPlaneCount(expected.format), expected.planes);
-        size_t const last = expected.planes - 1;
-        EXPECT_EQ(queryPlaneWidthInPixels(expected.format, last, 65), expected.lastWidth);
-        EXPECT_EQ(queryPlaneBitsPerPixel(expected.format, last), expected.lastBits);
-        EXPECT_EQ(queryPlaneWidthInPixels(expected.format, expected.planes, 65), 0u);
+    std::vector<std::string>
+            lines;  // bits of the picture; by plane its width, of 65 pixels, and bits
+    for (int const format : {1, 0x11, 0x20, 0x21, 0x22, 0x23, 0x25, 0x26, 0x32315659, 0x7777}) {
+        lines.push_back(std::to_string(format) + ": " +
+                        std::to_string(queryImageBitsPerPixel(format)));
+        for (size_t i = 0; i < queryPlaneCount(format) + 1; ++i) {
+            lines.back() += ' ' + std::to_string(queryPlaneWidthInPixels(format, i, 65)) + 'x' +
+                            std::to_string(queryPlaneBitsPerPixel(format, i));
+        }
     }
+    quentest::expectGolden("formats", lines);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <hidl/HidlSupport.h>
 #include <hidl/Status.h>
+
+#include "support/Golden.h"
 
 using android::hardware::hidl_handle;
 using android::hardware::hidl_vec;
@@ -96,6 +99,9 @@ TEST(NativeHandle, RefusesSizesAlignmentAndVersionsThatAreNotIts) {
     handle->version = sizeof(native_handle_t);
     EXPECT_EQ(native_handle_close(handle), 0);
     EXPECT_FALSE(isOpen(handle->data[0]));
+    errno = ENOENT;
+    EXPECT_EQ(native_handle_close(handle), 0);
+    EXPECT_EQ(errno, ENOENT) << "that of the close";
 }
 
 TEST(HidlHandleDeathTest, AbortsWhenACloneFails) {
@@ -157,6 +163,24 @@ TEST(TransportReturn, CarriesAValueOrAStatus) {
     for (auto const& [status, text] : texts) {
         EXPECT_EQ(status.description(), text);
     }
+}
+
+// golden/errors.txt was compared with utils/Errors.h and hidl/Status.h, code by code.
+TEST(TransportReturn, NamesEveryErrorAndException) {
+    std::vector<std::string> lines;
+    for (int const error : {-1, -2, -11, -12, -17, -19, -22, -32, -38, -61, -74, -75, -110}) {
+        lines.push_back(std::to_string(error) + ' ' + Status::fromStatusT(error).description());
+    }
+    for (int code = 0; code < 10; ++code) {
+        lines.push_back(std::to_string(code) + ' ' +
+                        Status::fromStatusT(android::UNKNOWN_ERROR + code).description());
+    }
+    for (int const code : {-128, -8, -7, -6, -5, -4, -3, -2, -1, 0, 1}) {
+        std::ostringstream text;
+        text << code << ' ' << Status::fromExceptionCode(code, nullptr);
+        lines.push_back(text.str());
+    }
+    quentest::expectGolden("errors", lines);
 }
 
 TEST(TransportReturnDeathTest, AbortsOnAFailureNobodyLookedAt) {

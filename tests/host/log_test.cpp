@@ -22,7 +22,7 @@ namespace {
 
 LogLevel const kLevelAtStart = quen::host::logLevel();
 
-/** The letters that the enable test allows. */
+// The letters that the enable test allows.
 std::string allowed(char const* tag) {
     std::string letters;
     for (char const letter : {'E', 'W', 'I', 'D', 'X'}) {
@@ -33,7 +33,7 @@ std::string allowed(char const* tag) {
     return letters;
 }
 
-/** A digit for each of Android's priorities: whether it is wanted. */
+// A digit for each of Android's priorities: whether it is wanted.
 std::string loggablePriorities() {
     std::string digits;
     for (int priority = ANDROID_LOG_UNKNOWN; priority < ANDROID_LOG_SILENT; ++priority) {
@@ -111,6 +111,7 @@ TEST(LogTest, StandardErrorGetsWholeLinesFromEveryThread) {
     std::string const cut = testing::internal::GetCapturedStderr();
     EXPECT_TRUE(cut.size() == 4096 && cut.back() == '\n');
     EXPECT_STREQ(get_filename("a/b/c.cpp"), "c.cpp");
+    EXPECT_STREQ(get_filename("c.cpp"), "c.cpp");
 }
 
 TEST(LogTest, StandardErrorGetsTheLetterOfTheLevel) {
@@ -144,5 +145,6 @@ TEST(LogDeathTest, AnAssertionSpeaksAndEndsTheProcess) {
     EXPECT_DEATH(__android_log_assert("1", "quen", "(%s){#%d}\r\n", "init", 7),
                  "[0-9:.]+ +[0-9]+ F quen: \\(init\\)\\{#7\\}");
     EXPECT_DEATH(__android_log_assert("x == 1", "quen", nullptr), "Assertion failed: x == 1");
+    EXPECT_DEATH(__android_log_assert(nullptr, "quen", nullptr), "quen: Unspecified assertion");
     quen::host::setLogLevel(LogLevel::Warning);
 }

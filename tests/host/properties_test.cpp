@@ -64,6 +64,7 @@ TEST(Properties, ReadAsNumbersAndTruthValues) {
             {"4 seconds", 4, 4, 9},
             {"2147483648", -7, 2147483648, 9},
             {"9223372036854775808", -7, -8, 9},
+            {"-2147483648", INT32_MIN, INT32_MIN, 9},
             {"false", -7, -8, 0},
             {"off", -7, -8, 0},
             {"on", -7, -8, 1},

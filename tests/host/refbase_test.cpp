@@ -108,8 +108,7 @@ TEST(WeakReference, TellsAnObjectFromItsSuccessorAtTheSameAddress) {
     EXPECT_NE(weak < successor, successor < weak);
 }
 
-/** Binds the calling thread to one of the processors it may use: threads left alone may share one.
- */
+// Binds the calling thread to one of the processors it may use: threads left alone may share one.
 void bindToProcessor(int which) {
     cpu_set_t allowed;
     ASSERT_EQ(sched_getaffinity(0, sizeof(allowed), &allowed), 0);
@@ -123,7 +122,7 @@ void bindToProcessor(int which) {
     }
 }
 
-/** Runs the steps of two threads, neither of which gets more than a step ahead of the other. */
+// Runs the steps of two threads, neither of which gets more than a step ahead of the other.
 template <typename First, typename Second>
 void runSideBySide(int steps, First const& first, Second const& second) {
     std::atomic<int> begun[2] = {{-1}, {-1}};
@@ -145,7 +144,7 @@ void runSideBySide(int steps, First const& first, Second const& second) {
     other.join();
 }
 
-/** A promotion gives an object that lives until the promoted reference goes, or none. */
+// A promotion gives an object that lives until the promoted reference goes, or none.
 TEST(WeakReference, PromotesSafelyWhateverAnotherThreadDoes) {
     constexpr int kRounds = 20000;
     enum Race { WithTheFirstReference, WithAnotherPromotion, WithTheLastRelease };

@@ -14,6 +14,7 @@ using android::sp;
 using android::wp;
 using android::hardware::hidl_death_recipient;
 using android::hardware::Return;
+using android::hidl::base::V1_0::DebugInfo;
 using android::hidl::base::V1_0::IBase;
 using testing::ElementsAre;
 using testing::Pair;
@@ -64,8 +65,14 @@ TEST(Service, HasTheChainOfItsInterfaces) {
                           ASSERT_EQ(chain.size(), 1u);
                           EXPECT_EQ(chain[0], IBase::descriptor);
                       }).isOk());
-    EXPECT_TRUE(
-            module->getDebugInfo([](auto const& info) { EXPECT_EQ(info.pid, getpid()); }).isOk());
+    EXPECT_TRUE(module->getDebugInfo([](DebugInfo const& info) {
+                          EXPECT_EQ(info.pid, getpid());
+                          EXPECT_EQ(info.arch, DebugInfo::Architecture::IS_64BIT);
+                      }).isOk());
+    EXPECT_FALSE(module->isRemote());
+    EXPECT_TRUE(module->interfaceDescriptor([](auto const& name) {
+                          EXPECT_EQ(name, IBase::descriptor);
+                      }).isOk());
 }
 
 TEST(ServiceRegistry, TellsOfADeathOnce) {

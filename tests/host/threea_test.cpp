@@ -2,6 +2,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <memory>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -77,18 +78,23 @@ TEST_F(ThreeA, FullPoolTakesTheBufferLeastRecentlyHandedOut) {
     int descriptor = -1;
     ASSERT_EQ(Quen3AInfoManager::GetTuningData(&descriptor, 1), 0);
     EXPECT_EQ(get().bufferIndex, 2);
+    EXPECT_EQ(Quen3AInfoManager::GetTuningData(&descriptor, SharedMemoryThreeAStore::kBuffers), 0);
     EXPECT_EQ(descriptors.count(get().fd), 1u);
 
     setThreeAStore(nullptr);
     for (int closed : descriptors) {
         EXPECT_EQ(fcntl(closed, F_GETFD), -1);
     }
+    auto const own = std::make_shared<SharedMemoryThreeAStore>();
+    setThreeAStore(own);
+    EXPECT_EQ(setThreeAStore(nullptr), own);
 }
 
 TEST_F(ThreeA, DescriptorsStayClearOfTheStandardStreams) {
     int const kept = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
     close(STDERR_FILENO);
     int const descriptor = get().fd;
+    EXPECT_EQ(fcntl(STDERR_FILENO, F_GETFD), -1) << "left open";
     int const restored = dup2(kept, STDERR_FILENO);
     close(kept);
     EXPECT_GE(descriptor, 3);
