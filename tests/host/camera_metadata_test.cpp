@@ -341,7 +341,7 @@ TEST(CameraMetadata, IsDumpedAsText) {
     add(ANDROID_SENSOR_NOISE_PROFILE, TYPE_DOUBLE, noise, 5);
     add(0x80ff0001, TYPE_BYTE, unknown.data(), 18);
     add(0x80ff0002, TYPE_INT64, times, 3);
-    add(kCurrentMode, TYPE_INT64, times, 1);
+    add(ANDROID_SENSOR_TIMESTAMP, TYPE_INT64, times, 1);
     add(ANDROID_JPEG_QUALITY, TYPE_BYTE, "_", 1);
     std::unique_ptr<FILE, int (*)(FILE*)> const file(tmpfile(), fclose);
     for (int const verbosity : {0, 1, 2}) {

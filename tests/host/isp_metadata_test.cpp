@@ -65,11 +65,11 @@ TEST(IspMetadata, ReaderFindsTheLastRecordOfATag) {
     ASSERT_EQ(add_isp_metadata_entry(buffer, 7, 3, gains, 8, nullptr), 0);
     int64_t times[] = {-5, 1LL << 40};
     ASSERT_EQ(add_isp_metadata_entry(buffer, 9, 2, times, 16, nullptr), 0);
-    char letters[] = "abc";
-    ASSERT_EQ(add_isp_metadata_entry(buffer, 10, 0, letters, 3, nullptr), 0);
+    char letters[40] = "abc";  // the most that a record holds
+    ASSERT_EQ(add_isp_metadata_entry(buffer, 10, 0, letters, 40, nullptr), 0);
     EXPECT_THAT(quen::host::ispMetadataText(buffer.data(), buffer.size()),
                 EndsWith("float[2] 1.5 2.5\n0x00000009 ? int64[2] -5 1099511627776\n"
-                         "0x0000000a ? byte[3] 97 98 99\n"));
+                         "0x0000000a ? byte[40] 97 98 99 0 0 0 0 0 0 0 0 0 0 0 0 0 ...\n"));
     // Records may begin anywhere behind the header.
     buffer.insert(buffer.begin() + 20, 3, 0xff);
     buffer[16] = 23;
