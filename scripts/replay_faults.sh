@@ -14,7 +14,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-readonly hang_seconds=60 # a test program that runs longer counts as failed
+readonly hang_seconds=180 # a test program that runs longer counts as failed
 readonly race_runs=3     # a race does not show in every run
 readonly jobs=${JOBS:-2}
 declare -rA options=(

@@ -63,7 +63,7 @@ std::string steady(std::string text) {
 #ifdef __x86_64__
 constexpr double kTenths = 2.1;
 #else
-constexpr double kTenths = 8.1;
+constexpr double kTenths = 12.1;
 #endif
 
 // Whether lines are the same but for numbers that may differ a little.

@@ -118,17 +118,20 @@ TEST_F(CliReportTest, TheTimelineShowsThreadsRequestsAndTheWorkOnThem) {
             }
         }
         std::set<std::string> kinds;
-        std::set<std::string> names;
+        std::set<std::string> names, onThreads;
         for (auto const& [thread, all] : spans) {
             expectNested(all);
             kinds.insert(threads.at(thread));
             for (Span const& span : all) {
                 names.insert(span.category + " " + span.name);
+                onThreads.insert(span.name + " on " + threads.at(thread).substr(0, 6));
             }
         }
         EXPECT_THAT(kinds, IsSupersetOf({"client", "ISP 1"}));
         if (jobs == 2) {
             EXPECT_THAT(kinds, IsSupersetOf({"reader 1", "writer 1"}));
+            EXPECT_THAT(onThreads, IsSupersetOf({"read on reader", "write on writer"}));
+            EXPECT_EQ(0u, onThreads.count("write on reader") + onThreads.count("read on writer"));
         }
         EXPECT_THAT(names,
                     IsSupersetOf({"tool read", "tool write", "library create", "library config",
