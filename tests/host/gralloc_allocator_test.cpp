@@ -7,14 +7,12 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gralloctypes/Gralloc4.h>
 #include <nscam/Format.h>
 
 #include "host/GrallocTest.h"
-#include "host/gralloc/MemoryReserve.h"
 #include "support/Golden.h"
 
 namespace {
@@ -100,38 +98,6 @@ TEST_F(GrallocAllocator, RefusesWhatCannotBeAllocated) {
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(made.getNativeHandle(), nullptr);
     EXPECT_EQ(mapper->counts().imports, 0u);
-}
-
-// The caller's thread makes memory when none was made ahead for that size, and when no more is to
-// be.
-TEST(MemoryReserve, MakesMemoryAheadAsOftenAsItMay) {
-    static std::vector<uint64_t> byCaller;
-    static std::thread::id const caller = std::this_thread::get_id();
-    auto const make = [](uint64_t size) {
-        if (std::this_thread::get_id() == caller) {
-            byCaller.push_back(size);
-        }
-        int const memory = memfd_create("test", MFD_CLOEXEC);
-        EXPECT_EQ(ftruncate(memory, static_cast<off_t>(size)), 0);
-        return memory;
-    };
-    quen::host::MemoryReserve reserve(make, 3);
-    for (uint64_t const size : {8192, 8192, 4096, 4096, 4096}) {
-        int const memory = reserve.take(size);
-        EXPECT_EQ(lseek(memory, 0, SEEK_END), static_cast<off_t>(size));
-        close(memory);
-    }
-    EXPECT_EQ(byCaller, (std::vector<uint64_t>{8192, 4096, 4096}));
-}
-
-TEST_F(GrallocAllocator, ReservesMemoryForLargePictures) {
-    allocator->keepReserve(1);
-    auto const nameOf = [&](uint32_t width, PixelFormat format) {
-        return get(import(allocate(width, 1, format)), MetadataType_Name, decodeName);
-    };
-    EXPECT_EQ(nameOf(4 << 20, PixelFormat::BLOB), "test picture");
-    EXPECT_EQ(nameOf((2 << 20) - 32, PixelFormat::RAW16), "test picture");
-    EXPECT_EQ(nameOf(2 << 20, PixelFormat::RAW16), "reserve");
 }
 
 TEST(PixelFormats, AreTakenApartIntoPlanes) {
