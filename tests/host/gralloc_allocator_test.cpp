@@ -53,7 +53,7 @@ TEST_F(GrallocAllocator, LaysOutEveryFormat) {
           PixelFormat::IMPLEMENTATION_DEFINED, PixelFormat::YCBCR_420_888, PixelFormat::RAW10,
           PixelFormat::RAW12, PixelFormat::YV12}) {
         note(format, 65, 3);
-        note(format, 128, 2);
+        note(format, 85, 2);
     }
     note(PixelFormat::BLOB, 1001, 1);
     EXPECT_TRUE(allocator->setLayout(PixelFormat::YCBCR_420_888, Layout::I420));

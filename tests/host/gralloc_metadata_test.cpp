@@ -73,9 +73,6 @@ TEST_F(GrallocMetadata, TellsEveryPropertyInAndroidsForm) {
         EXPECT_EQ(mapper->set(buffer, type, encoded), Error::NONE) << type.value;
         EXPECT_EQ(get(other, type, Error::NONE), encoded) << type.value;
     };
-    encoded = hidl_vec<uint8_t>();  // unset
-    expectShared(MetadataType_Cta861_3);
-    expectShared(MetadataType_Smpte2086);
     encodeDataspace(Dataspace::JFIF, &encoded);
     expectShared(MetadataType_Dataspace);
     encodeCta861_3(Cta861_3{500, 200}, &encoded);
@@ -143,6 +140,9 @@ TEST_F(GrallocMetadata, TellsEveryPropertyInAndroidsForm) {
     EXPECT_EQ(lines, quentest::goldenLines("properties"));
     encodeSmpte2094_40(std::vector<uint8_t>{1, 2}, &encoded);
     EXPECT_EQ(codecs[20](encoded), encoded);
+    encoded = hidl_vec<uint8_t>();  // unset
+    expectShared(MetadataType_Cta861_3);
+    expectShared(MetadataType_Smpte2086);
 
     char* regions[2] = {};
     for (size_t i = 0; i < 2; ++i) {
@@ -155,6 +155,8 @@ TEST_F(GrallocMetadata, TellsEveryPropertyInAndroidsForm) {
     strcpy(regions[0], "shared");
     memset(lock(buffer), 0, 640);  // the whole picture
     EXPECT_STREQ(regions[1], "shared");
+    encodeBlendMode(BlendMode::COVERAGE, &encoded);
+    EXPECT_EQ(get(other, MetadataType_BlendMode, Error::NONE), encoded);
 }
 #undef C
 

@@ -176,7 +176,7 @@ DEVELOPMENTS = {
     "rgb of another order": {"layout": RGB48, "bits": 16, "range": 65536, "order": 3, "crop": [3, 2, 8, 7]},
     # Depths; words above the depth's maximum; levels of another depth than the samples.
     "eight bits": {"bits": 8, "range": 256, "levelBits": 8, "white": 255},
-    "words beyond their depth": {"bits": 12, "base": 3000, "range": 3000, "levelBits": 12, "white": 4095},
+    "words beyond their depth": {"size": [15, 12], "bits": 12, "base": 3000, "range": 3000, "levelBits": 12, "white": 4095},
     "fourteen bits, levels of twelve": {"bits": 14, "base": 700, "range": 15600, **LEVELS},
     "ten bits, levels of twelve": {"order": 2, "gains": [2.1, 1, 1.1, 1.6], **LEVELS},
     "rgb, levels of twelve": {
