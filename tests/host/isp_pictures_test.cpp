@@ -148,8 +148,8 @@ TEST(Develop, GivesWhatAPlainComputationGives) {
                                    raw[0], raw[1]};
         EXPECT_LE(rawRowBytes(source.layout, source.width), source.stride);
         PixelRect const crop = rectOf(golden["crop"]);
-        Arranged found(golden["target"][0], crop.width, crop.height);
-        Arranged expected(golden["target"][0], crop.width, crop.height);
+        Arranged found(golden["target"], crop.width, crop.height);
+        Arranged expected(golden["target"], crop.width, crop.height);
         develop(source, crop, calibration, found.view);
         expectAlike(found, expected.set(golden), {found.lumaBytes / 200, found.bytes.size()});
     }

@@ -156,7 +156,7 @@ PLAIN = {
     "layout": WORDS16, "bits": 10, "size": [16, 12], "padding": 0, "base": 0, "range": 1024,
     "crop": None, "order": 0, "levelBits": 10, "black": [0, 0, 0, 0], "white": 1023,
     "gains": [1, 1, 1, 1], "matrix": IDENTITY, "exposure": 1, "shot": 1e-4, "read": 1e-6,
-    "denoise": 0, "sharpening": 0, "target": NV12, "threads": 0,
+    "denoise": 0, "sharpening": 0, "target": NV12,
 }  # fmt: skip
 LEVELS = {"levelBits": 12, "black": [256, 260, 272, 250], "white": 4000}
 DEVELOPMENTS = {
@@ -208,7 +208,7 @@ DEVELOPMENTS = {
         "size": [8, 70], "base": 12, "range": 6, "denoise": 0.3, "shot": 1e-5, "gains": [30, 1, 1, 20],
     },
     "no noise to reduce": {"sharpening": 0.02, "denoise": 0.1, "order": 1},
-    "one thread": {"size": [8, 70], "threads": 1, "order": 2},
+    "narrow and high": {"size": [8, 70], "order": 2},
 }  # fmt: skip
 
 
@@ -467,7 +467,7 @@ def develop_cases():
                 0x4E555451, 1, case["order"], case["levelBits"], *case["black"], case["white"], *case["gains"],
                 *case["matrix"], case["exposure"], case["shot"], case["read"], case["denoise"], case["sharpening"],
             ],
-            "target": [case["target"], case["threads"]],
+            "target": case["target"],
             "refinement": refinement(case),
             **planes(developed(case)),
         }  # fmt: skip
