@@ -203,7 +203,9 @@ class CliCommandsTest : public CliTest, public testing::WithParamInterface<std::
 
     void addChanges(std::vector<std::string>& to) {
         Files const now = files();
-        for (auto const& [name, state] : now) {
+        for (auto const& entry : now) {
+            std::string const& name = entry.first;
+            std::string const& state = entry.second;
             auto const before = mFiles.find(name);
             if (before != mFiles.end() && before->second == state) {
                 continue;
