@@ -2,7 +2,6 @@
 
 // What is in a picture's file, as text that is the same on every machine.
 
-#include <jpeglib.h>
 #include <png.h>
 #include <tiffio.h>
 #include <turbojpeg.h>
