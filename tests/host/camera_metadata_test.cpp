@@ -185,6 +185,9 @@ TEST(CameraMetadata, CopiesCarryTheSameEntries) {
     EXPECT_EQ(get_camera_metadata_compact_size(spare.get()), 48u);
     EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 2 * 16 + 16);
     EXPECT_NE(append_camera_metadata(owned(allocate_camera_metadata(2, 15)).get(), clone.get()), 0);
+    Metadata const narrow = owned(allocate_camera_metadata(9, 24));
+    EXPECT_EQ(append_camera_metadata(narrow.get(), clone.get()), 0);
+    EXPECT_NE(append_camera_metadata(narrow.get(), clone.get()), 0);
     ASSERT_EQ(append_camera_metadata(metadata.get(), clone.get()), 0);
     EXPECT_EQ(get_camera_metadata_data_count(metadata.get()), 32u);
     EXPECT_EQ(append_camera_metadata(clone.get(), owned(allocate_camera_metadata(1, 8)).get()), 0);

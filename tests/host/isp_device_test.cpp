@@ -19,6 +19,7 @@
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -535,6 +536,23 @@ TEST_F(SoftwareIsp, FlushAnswersEverythingThatIsNotBegun) {
     submitSome(4, 4);
     goOn.set_value();
     EXPECT_EQ(results->told(4), "1 OK 2 REQUEST_ERROR 3 REQUEST_ERROR 4 OK ");
+}
+
+TEST_F(SoftwareIsp, CloseAnswersEverythingThatIsNotBegun) {
+    ASSERT_EQ(configure(rawStream, {yuvStream}), Status::OK);
+    std::promise<void> begun;
+    results->onResult = [&](ISPResult const& result) {
+        if (result.reqNumber == 1) {
+            begun.set_value();
+            while (Status(device->processISPRequest(hidl_vec<ISPRequest>())) == Status::OK) {
+                std::this_thread::yield();  // until it is closed
+            }
+        }
+    };
+    submitSome(1, 3);
+    begun.get_future().wait();
+    EXPECT_EQ(Status(device->closeISPDevice()), Status::OK);
+    EXPECT_EQ(results->told(3), "1 OK 2 REQUEST_ERROR 3 REQUEST_ERROR ");
 }
 
 TEST_F(SoftwareIsp, CanBeClosedAndDroppedWithinAResult) {
