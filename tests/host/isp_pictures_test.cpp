@@ -56,11 +56,12 @@ struct Arranged {
 
     // A sample of a plane, 0 luma, 1 Cb, 2 Cr, by the place of its pixel.
     uint8_t& at(int plane, int x, int y) const {
-        if (plane == 0) {
-            return view.y[static_cast<size_t>(y) * view.lumaStride + static_cast<size_t>(x)];
-        }
-        return (plane == 1 ? view.cb : view.cr)[static_cast<size_t>(y / 2) * view.chromaStride +
-                                                static_cast<size_t>(x / 2) * view.chromaStep];
+        bool const isLuma = plane == 0;
+        uint8_t* const samples = isLuma ? view.y : plane == 1 ? view.cb : view.cr;
+        auto const row = static_cast<size_t>(isLuma ? y : y / 2);
+        auto const column = static_cast<size_t>(isLuma ? x : x / 2);
+        return samples[row * (isLuma ? view.lumaStride : view.chromaStride) +
+                       column * (isLuma ? 1 : view.chromaStep)];
     }
 
     // Sets each sample of a plane by its place in that.
