@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <random>
+#include <set>
 #include <vector>
 
 #include <system/camera_metadata.h>
@@ -17,6 +18,9 @@
 namespace {
 
 using Random = std::mt19937;
+
+/** Before the entries: sizes, counts, places and flags. */
+constexpr size_t kHeaderBytes = 48;
 
 /** Uniform in [0, limit); the same with every standard library. */
 uint32_t below(Random& random, uint32_t limit) {
@@ -33,8 +37,7 @@ std::vector<uint32_t> knownTags() {
     return tags;
 }
 
-std::vector<uint8_t> randomItems(Random& random, uint32_t tag, size_t& count) {
-    count = below(random, 8) == 0 ? 0 : below(random, 12);
+std::vector<uint8_t> randomItems(Random& random, uint32_t tag, size_t count) {
     int const type = get_camera_metadata_tag_type(tag);
     // A byte more: the data of an entry without items must not be null.
     std::vector<uint8_t> items(count * camera_metadata_type_size[type] + 1);
@@ -44,25 +47,40 @@ std::vector<uint8_t> randomItems(Random& random, uint32_t tag, size_t& count) {
     return items;
 }
 
+/** Whether a sort leaves nothing open: of two entries with one tag, either may come first. */
+bool hasOneOrder(camera_metadata_t* metadata) {
+    std::set<uint32_t> tags;
+    size_t const entries = get_camera_metadata_entry_count(metadata);
+    for (size_t i = 0; i < entries; ++i) {
+        camera_metadata_entry_t entry;
+        get_camera_metadata_entry(metadata, i, &entry);
+        tags.insert(entry.tag);
+    }
+    return tags.size() == entries;
+}
+
 /** One change: mostly a further entry, sometimes another value, a removal or a sort. */
 void change(Random& random, std::vector<uint32_t> const& tags, camera_metadata_t* metadata) {
     uint32_t const what = below(random, 10);
     size_t const entries = get_camera_metadata_entry_count(metadata);
-    size_t count = 0;
     if (what < 7 || entries == 0) {
         uint32_t const tag = tags[below(random, static_cast<uint32_t>(tags.size()))];
+        size_t const count = below(random, 8) == 0 ? 0 : below(random, 12);
         std::vector<uint8_t> const items = randomItems(random, tag, count);
         add_camera_metadata_entry(metadata, tag, items.data(), count);
     } else if (what == 7) {
         size_t const index = below(random, static_cast<uint32_t>(entries));
         camera_metadata_entry_t entry;
         if (get_camera_metadata_entry(metadata, index, &entry) == 0) {
+            // Not to no items: Android's library keeps the offset of those there were and then
+            // finds its own buffer invalid.
+            size_t const count = 1 + below(random, 11);
             std::vector<uint8_t> const items = randomItems(random, entry.tag, count);
             update_camera_metadata_entry(metadata, index, items.data(), count, nullptr);
         }
     } else if (what == 8) {
         delete_camera_metadata_entry(metadata, below(random, static_cast<uint32_t>(entries)));
-    } else {
+    } else if (hasOneOrder(metadata)) {
         sort_camera_metadata(metadata);
     }
 }
@@ -89,20 +107,27 @@ int writeBuffers(uint32_t seed, int count) {
     return EXIT_SUCCESS;
 }
 
+void printBytes(uint8_t const* bytes, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        printf(" %02x", bytes[i]);
+    }
+    printf("\n");
+}
+
 void printEntries(camera_metadata_t const* metadata) {
+    auto const* const begin = reinterpret_cast<uint8_t const*>(metadata);
+    printf("  header");
+    printBytes(begin, kHeaderBytes);
     for (size_t i = 0; i < get_camera_metadata_entry_count(metadata); ++i) {
         camera_metadata_ro_entry_t entry;
         if (get_camera_metadata_ro_entry(metadata, i, &entry) != 0) {
             printf("  %zu: unreadable\n", i);
             continue;
         }
-        printf("  %zu: %08" PRIx32 " %s.%s type %d", i, entry.tag,
+        printf("  %zu: %08" PRIx32 " %s.%s type %d at %td", i, entry.tag,
                get_camera_metadata_section_name(entry.tag), get_camera_metadata_tag_name(entry.tag),
-               int{entry.type});
-        for (size_t byte = 0; byte < entry.count * camera_metadata_type_size[entry.type]; ++byte) {
-            printf(" %02x", entry.data.u8[byte]);
-        }
-        printf("\n");
+               int{entry.type}, entry.data.u8 - begin);
+        printBytes(entry.data.u8, entry.count * camera_metadata_type_size[entry.type]);
     }
 }
 
