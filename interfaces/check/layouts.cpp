@@ -2,6 +2,7 @@
 // fields, every status code, every operation's slot. Built once with the headers that hidl-gen
 // makes and once with the project's own; scripts/check_interfaces.sh compares the two.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -33,7 +34,7 @@ template <typename T>
 std::string nameOf() {
     std::string const text = __PRETTY_FUNCTION__;
     size_t const begin = text.find("T = ") + 4;
-    return text.substr(begin, text.find(';', begin) - begin);
+    return text.substr(begin, std::min(text.find(';', begin), text.size() - 1) - begin);
 }
 
 template <typename T>
