@@ -122,6 +122,7 @@ class CliCommandsTest : public CliTest, public testing::WithParamInterface<std::
         ::setenv("RECORDINGS", QUEN_RECORDINGS, 1);
         ::setenv("STUMBLE", QUEN_STUMBLE, 1);
         ::setenv("TZ", "CET-1", 1);
+        ::setenv("LC_ALL", "C.UTF-8", 1);
     }
 
     // Follows the commands of a transcript. @return it, with what they do now
