@@ -17,6 +17,7 @@
 #include "command/ExitCode.h"
 #include "command/FileNames.h"
 #include "command/Interruption.h"
+#include "command/OpenFiles.h"
 #include "command/Options.h"
 #include "command/OutputFile.h"
 #include "command/RunFiles.h"
@@ -133,6 +134,7 @@ int run(int argc, char** argv) {
     try {
         RequestMetadata const any(options->request, 0, 0);  // checks the assignments once for all
         jobs = plan(*options);
+        raiseOpenFiles();
     } catch (Failure const& failure) {
         std::fprintf(stderr, "quen-reprocess: %s\n", printable(failure.what()).c_str());
         return kUsage;

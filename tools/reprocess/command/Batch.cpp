@@ -13,6 +13,7 @@
 #include "command/BatchFrame.h"
 #include "command/ExitCode.h"
 #include "command/Interruption.h"
+#include "command/OpenFiles.h"
 #include "command/Pipeline.h"
 #include "command/Progress.h"
 #include "report/InfoDocument.h"
@@ -164,7 +165,8 @@ std::vector<Job> jobsOfShard(std::vector<Job> const& planned, Shard const& shard
  */
 size_t jobsOf(Options const& options) {
     size_t const processors = std::max(1u, std::thread::hardware_concurrency());
-    return std::min(options.jobs != 0 ? options.jobs : processors + 1, options.inputs.size());
+    size_t const wanted = options.jobs != 0 ? options.jobs : processors + 1;
+    return std::min({wanted, jobsByOpenFiles(), options.inputs.size()});
 }
 
 }  // namespace
