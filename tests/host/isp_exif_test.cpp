@@ -69,12 +69,12 @@ TEST(Exif, SaysWhatIsKnownOfAPictureAndItsCapture) {
     facts = {"", "Camera", "", mktime(&local), 0.3, 1e7, 65536, 1e-7};
     note(lines, "facts alone", module.ofCapture(nullptr, 0, false, facts));
     EXPECT_TRUE(module.ofCapture(nullptr, 0, false, {}).empty());
-    note(lines, "merged", module.merged(picture.data(), picture.size(), ofJpeg, false));
+    note(lines, "merged", module.merged(picture.data(), picture.size(), ofJpeg, false, true));
     for (int orientation = 0; orientation < 10; ++orientation) {
         Block const block = blockOf({"Image.Orientation " + std::to_string(orientation)});
         note(lines, "read as " + std::to_string(module.orientation(block.data(), block.size())),
              block);
-        note(lines, "mirrored", module.merged(block.data(), block.size(), {}, true));
+        note(lines, "mirrored", module.merged(block.data(), block.size(), {}, true, false));
     }
     quentest::expectGolden("exif", lines);
     EXPECT_EQ(module.orientation(nullptr, 0), 1);

@@ -62,7 +62,7 @@ std::vector<uint8_t> mergedExif(uint8_t const* segment, size_t segmentBytes,
     std::vector<uint8_t> exif;
     if (module && segmentBytes > kBefore) {
         exif = module->merged(segment + kBefore, segmentBytes - kBefore, capture.exif,
-                              capture.mirrored);
+                              capture.mirrored, !capture.colourProfile.empty());
     }
     if (exif.empty()) {
         throw Failure("has EXIF that its JPEG cannot be given");
@@ -78,20 +78,15 @@ size_t jpegHeadBytes(Capture const& capture) {
 }
 
 size_t finishJpeg(uint8_t* file, size_t size, size_t capacity, Capture const& capture) {
-    bool const mergesExif = !capture.exif.empty() || capture.mirrored;
-    if (!mergesExif && capture.colourProfile.empty()) {
+    if (capture.exif.empty() && !capture.mirrored && capture.colourProfile.empty()) {
         return size;
     }
     uint8_t const* const segment = file + kStartBytes;
     size_t const segmentBytes = exifSegmentBytes(file, size);
     std::vector<uint8_t> head;
-    if (mergesExif) {
-        auto const exif = mergedExif(segment, segmentBytes, capture);
-        appendSegment(head, kExifMarker, {std::begin(kExifIdentifier), std::end(kExifIdentifier)},
-                      exif.data(), exif.size());
-    } else {
-        head.assign(segment, segment + segmentBytes);
-    }
+    auto const exif = mergedExif(segment, segmentBytes, capture);
+    appendSegment(head, kExifMarker, {std::begin(kExifIdentifier), std::end(kExifIdentifier)},
+                  exif.data(), exif.size());
     appendProfile(head, capture.colourProfile);
     size_t const rest = size - kStartBytes - segmentBytes;
     if (kStartBytes + head.size() + rest > capacity) {

@@ -62,11 +62,13 @@ class ExifModule {
      * something.
      *
      * @param isMirrored whether the picture is to be mirrored, after its turn
+     * @param hasProfile whether it gets a colour profile: it is then sRGB only if the capture says
+     *     so
      * @return empty when it cannot be built
      */
     virtual std::vector<uint8_t> merged(uint8_t const* picture, size_t size,
-                                        std::vector<uint8_t> const& capture,
-                                        bool isMirrored) const = 0;
+                                        std::vector<uint8_t> const& capture, bool isMirrored,
+                                        bool hasProfile) const = 0;
 };
 
 /** The most bytes that a block of EXIF has in a JPEG. */

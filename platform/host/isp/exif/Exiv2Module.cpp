@@ -246,10 +246,13 @@ class Exiv2Module : public ExifModule {
     }
 
     std::vector<uint8_t> merged(uint8_t const* picture, size_t size,
-                                std::vector<uint8_t> const& capture,
-                                bool isMirrored) const override {
+                                std::vector<uint8_t> const& capture, bool isMirrored,
+                                bool hasProfile) const override {
         return guarded([&] {
             ExifData data = decode(picture, size);
+            if (hasProfile) {
+                data["Exif.Photo.ColorSpace"] = uint16_t{0xffff};  // uncalibrated
+            }
             for (Exifdatum const& datum :
                  capture.empty() ? ExifData() : decode(capture.data(), capture.size())) {
                 ExifKey const key(datum.key());
