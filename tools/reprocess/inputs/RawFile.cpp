@@ -11,6 +11,7 @@ namespace quen::reprocess {
 namespace {
 
 constexpr unsigned kUncompressed = 1;
+constexpr char kTiff[] = "a TIFF";
 constexpr char kHeaderlessAdvice[] = "a headerless frame needs --size, and --bayer or --yuv";
 
 /** A file that seems to be a byte longer than it is. */
@@ -29,7 +30,7 @@ char const* pictureKind(std::string const& path) {
     struct {
         char const* kind;
         std::string start;
-    } const kinds[] = {{"a PNG", "\x89PNG"}, {"a TIFF", {"II*\0", 4}}, {"a TIFF", {"MM\0*", 4}}};
+    } const kinds[] = {{"a PNG", "\x89PNG"}, {kTiff, {"II*\0", 4}}, {kTiff, {"MM\0*", 4}}};
     std::string start(4, ' ');
     std::ifstream(path, std::ios::binary).read(start.data(), 4);
     for (auto const& known : kinds) {
@@ -38,6 +39,20 @@ char const* pictureKind(std::string const& path) {
         }
     }
     return nullptr;
+}
+
+/** Whether a TIFF's first directory lies beyond its end: many are written behind the samples. */
+bool endsBeforeDirectory(std::string const& path) {
+    std::ifstream file(path, std::ios::binary);
+    uint8_t head[8] = {};
+    file.read(reinterpret_cast<char*>(head), sizeof(head));
+    bool const isBig = head[0] == 'M';
+    uint32_t offset = 0;
+    for (size_t i = 0; i < 4; ++i) {
+        offset = offset << 8 | head[isBig ? 4 + i : 7 - i];
+    }
+    file.seekg(0, std::ios::end);
+    return file.good() && file.tellg() <= std::streamoff{offset};
 }
 
 }  // namespace
@@ -65,6 +80,9 @@ void RawFile::throwUnknown(int result, std::string const& path) const {
     }
     if (result == LIBRAW_FILE_UNSUPPORTED) {
         if (char const* const picture = pictureKind(path)) {
+            if (std::strcmp(picture, kTiff) == 0 && endsBeforeDirectory(path)) {
+                throw Failure("ends before the picture does: its directory is missing");
+            }
             throw Failure(std::string("is ") + picture + ", and no raw file that LibRaw knows",
                           "developed pictures are taken as JPEG, NV21 or I420 only");
         }
