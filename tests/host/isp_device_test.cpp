@@ -457,10 +457,14 @@ TEST_F(SoftwareIsp, TellsWhichNeighbourFailed) {
     // As a descriptor in the first integer: of memory large enough, too small, or of none.
     mapper->reset();
     auto const inUse = [] {
+        // Those of buffers: a sanitizer makes others as it goes.
         std::ifstream maps("/proc/self/maps");
+        size_t mapped = 0;
+        for (std::string line; std::getline(maps, line);) {
+            mapped += line.find("/memfd:") != std::string::npos ? 1 : 0;
+        }
         auto const descriptors = std::filesystem::directory_iterator("/proc/self/fd");
-        return std::pair(std::distance(begin(descriptors), end(descriptors)),
-                         std::count(std::istreambuf_iterator<char>(maps), {}, '\n'));
+        return std::pair(std::distance(begin(descriptors), end(descriptors)), mapped);
     };
     wanted.inputBuffers[0].tuningData = hidl_handle();
     auto const before = inUse();

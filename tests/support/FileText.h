@@ -198,10 +198,10 @@ class Directories {
     }
 
     std::string valuesText(uint32_t tag, size_t entry) const {
-        static constexpr size_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+        static constexpr size_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
         uint32_t const type = number(entry + 2, 2);
         size_t const count = number(entry + 4, 4);
-        size_t const size = kSizes[type];
+        size_t const size = type < std::size(kSizes) ? kSizes[type] : 1;
         size_t const at = size * count <= 4 ? entry + 8 : number(entry + 8, 4);
         // Places and sizes in the file change with what is compressed.
         for (uint32_t const place : {0x8769, 0x8825, 0x111, 0x117, 0x201, 0x202}) {
