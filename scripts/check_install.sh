@@ -89,7 +89,9 @@ debs=(build/release/package/*.deb)
 deb=${debs[0]}
 content=$(dpkg-deb -c "$deb" | awk '{ print $6 }')
 while read -r file; do
-    grep -qxF "./usr/${file#"$prefix/"}" <<<"$content" || fail "$deb lacks ${file#"$prefix/"}"
+    file=${file#"$prefix/"}
+    file=${file/zsh\/site-functions/zsh\/vendor-completions} # where zsh looks in /usr
+    grep -qxF "./usr/$file" <<<"$content" || fail "$deb lacks $file"
 done < <(find "$prefix" -type f)
 depends=$(dpkg-deb -f "$deb" Depends)
 for library in libc6 libexiv2 libjpeg62-turbo libpng16 libprotobuf-lite32 libraw libstdc++6 libtiff libturbojpeg libyuv; do
