@@ -6,6 +6,7 @@
 #        scripts/bench.sh lists [CASE]     lists every allocation and system call of one request with
 #                                          the function that makes it; CASE: request/raw by default
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh libbenchmark-dev valgrind strace binutils >&2

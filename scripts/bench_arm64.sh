@@ -6,6 +6,7 @@
 # items in metadata show them.
 # Usage: scripts/bench_arm64.sh
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/bench.sh build >&2

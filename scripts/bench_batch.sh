@@ -3,6 +3,7 @@
 # Usage: scripts/bench_batch.sh [REPETITIONS [OLDER]]    OLDER: the quen-reprocess of another build,
 #                                                        to compare with
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh libbenchmark-dev valgrind >&2

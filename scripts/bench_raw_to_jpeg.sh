@@ -3,6 +3,7 @@
 # libjpeg-turbo; prints a table.
 # Usage: scripts/bench_raw_to_jpeg.sh [REPETITIONS]
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh libbenchmark-dev valgrind >&2

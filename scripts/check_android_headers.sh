@@ -3,6 +3,7 @@
 # platform/api and platform/host have of them: the library in both variants with g++ and clang, warnings
 # as errors, nothing undefined; and everything with g++, to run the tests.
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh clang tests android-libutils-dev android-libcutils-dev android-liblog-dev \

@@ -3,6 +3,7 @@
 # g++ ignores the lock annotations, so this is where they are checked. Builds, and runs nothing:
 # scripts/test.sh clang runs the tests of such a build.
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 # The last three are of the benchmark, which is built as well.

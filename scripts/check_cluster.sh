@@ -4,6 +4,7 @@
 # process makes. Takes some minutes with Slurm, which waits before it starts a task again.
 # Usage: scripts/check_cluster.sh [parallel|slurm]...    both unless given; slurm wants root
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 readonly tasks=4 captures=16 killed=2 # the number of the task

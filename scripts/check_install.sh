@@ -6,6 +6,7 @@
 # Usage: scripts/check_install.sh [root]    root: installs the package into a fresh minimal Debian instead
 #        of on this machine; downloads about 100 MB
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 fail() {

@@ -3,6 +3,7 @@
 # what Debian's hidl-gen makes of them, in layout, in the slots of operations, and to the compiler. Of the
 # library's Android.bp it checks the form only.
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh hidl-gen blueprint-tools

@@ -3,6 +3,7 @@
 # platform/api alone, without a warning, and it exports exactly what its clients may link. Needs the release
 # and the hardened build.
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh clang

@@ -3,6 +3,7 @@
 # man pages no other. Needs the programs of a build.
 # Usage: scripts/check_manual.sh [BUILD]    BUILD: build folder, build/release unless given
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh zsh groff-base

@@ -7,6 +7,7 @@
 # check_android_headers.sh.
 # Usage: scripts/check_phone_tree.sh TREE
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 fail() {

@@ -3,6 +3,7 @@
 # the compile commands of build/clang, and builds nothing but generated headers.
 # Usage: scripts/check_tidy.sh [FILE...]    FILE: only these sources
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh clang-tidy-14

@@ -2,6 +2,7 @@
 # Sets up, builds and develops a rendered 12-megapixel RAW capture to a JPEG through the library.
 # Usage: scripts/demo.sh [OUTPUT.jpg]
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh

@@ -4,6 +4,7 @@
 # Usage: scripts/fuzz.sh [TARGET] [SECONDS]    TARGET: a source of fuzz/ without .cpp, or all (default)
 #                                              SECONDS: of each target, 10 unless given
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 # target, longest input in bytes, whether it is handed in as a file

@@ -12,6 +12,7 @@
 #   all others  the default build
 # It also decides which tests are built and run first; the others follow when these notice nothing.
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 readonly hang_seconds=180 # a test program that runs longer counts as failed

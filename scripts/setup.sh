@@ -5,6 +5,7 @@
 #        SET: tests, clang, cache (repeated builds are faster), format, or all of them
 #        PACKAGE: a further package that only the caller needs
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 
 declare -rA sets=(
     [tests]="libgtest-dev libgmock-dev"

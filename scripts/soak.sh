@@ -13,6 +13,7 @@
 #   --seed N           the same faults again; the seed of a run is in its line
 #   --threads N        of the ISP (3)
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 build=hardened

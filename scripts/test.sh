@@ -2,6 +2,7 @@
 # Sets up, builds and runs the tests.
 # Usage: scripts/test.sh [PRESET]    PRESET: release (default), hardened, debug, asan, tsan or clang
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 preset=${1:-release}

@@ -5,6 +5,7 @@
 # Usage: scripts/test_arm64.sh [build|root]    build: goes no further than building
 #                                              root: only fills build/arm64-root
 set -euo pipefail
+. "$(dirname "$0")/usage.sh"
 cd "$(dirname "$0")/.."
 
 root=$PWD/build/arm64-root
