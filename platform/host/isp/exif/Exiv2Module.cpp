@@ -26,6 +26,10 @@ using Exiv2::ExifKey;
 // A longer value is no figure of the capture, and an EXIF block has 64 kB at most.
 constexpr long kLongestValue = 2048;
 
+// EXIF wants a resolution, and a picture that is not printed has none: 72 stands for that.
+Exiv2::URational const kResolution(72, 1);
+constexpr uint16_t kInches = 2;
+
 constexpr uint16_t kColourSpace = 0xa001;
 constexpr uint16_t kUniqueCameraModel = 0xc614;
 constexpr uint16_t kModel = 0x0110;
@@ -196,9 +200,9 @@ class Exiv2Module : public ExifModule {
         return guarded([&] {
             ExifData data;
             data["Exif.Image.Orientation"] = orientationTag(facts.orientationDegrees);
-            data["Exif.Image.XResolution"] = Exiv2::URational(72, 1);
-            data["Exif.Image.YResolution"] = Exiv2::URational(72, 1);
-            data["Exif.Image.ResolutionUnit"] = uint16_t{2};  // inches
+            data["Exif.Image.XResolution"] = kResolution;
+            data["Exif.Image.YResolution"] = kResolution;
+            data["Exif.Image.ResolutionUnit"] = kInches;
             data["Exif.Image.Software"] = facts.software;
             data["Exif.Image.YCbCrPositioning"] = uint16_t{1};  // centred
             data["Exif.Photo.ExifVersion"] = "48 50 51 50";
@@ -209,7 +213,8 @@ class Exiv2Module : public ExifModule {
             data["Exif.Photo.PixelYDimension"] = static_cast<uint32_t>(facts.height);
             if (!facts.thumbnail.empty()) {
                 Exiv2::ExifThumb(data).setJpegThumbnail(facts.thumbnail.data(),
-                                                        static_cast<long>(facts.thumbnail.size()));
+                                                        static_cast<long>(facts.thumbnail.size()),
+                                                        kResolution, kResolution, kInches);
             }
             return encode(data);
         });
