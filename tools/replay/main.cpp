@@ -18,6 +18,7 @@
 #include "Replay.h"
 #include "Soundness.h"
 #include "host/log/LogControl.h"
+#include "terminal/Printable.h"
 
 namespace quen::replay {
 namespace {
@@ -79,7 +80,7 @@ int parse(int argc, char** argv, Options& options) {
     app.set_version_flag("--version", "quen-replay " QUEN_VERSION, "Print the version and exit");
     app.get_formatter()->column_width(30);
     app.failure_message([](CLI::App const*, CLI::Error const& error) {
-        return std::string("quen-replay: ") + error.what() + "; --help tells what there is\n";
+        return "quen-replay: " + printable(error.what()) + "; --help tells what there is\n";
     });
     app.add_option("FILE", options.file, "The recording")->required()->type_name("");
     app.add_flag("--show", options.shows,
@@ -121,7 +122,7 @@ void show(Recording const& recording) {
         std::printf("%zu  %.6f s  thread %u  session %u  call %llu  %s\n", ++number,
                     static_cast<double>(crossing.time_ns()) / 1e9, crossing.thread(),
                     crossing.session(), static_cast<unsigned long long>(crossing.call()),
-                    line.c_str());
+                    printable(line).c_str());
     }
 }
 
@@ -155,7 +156,7 @@ int play(Recording const& recording, Options const& options) {
     Outcome const outcome = replay(recording, std::chrono::seconds(options.patience));
     size_t const count = outcome.differences.size();
     for (size_t i = 0; i < count && i < options.most; ++i) {
-        std::printf("%s\n", outcome.differences[i].c_str());
+        std::printf("%s\n", printable(outcome.differences[i]).c_str());
     }
     if (count > options.most) {
         std::printf("and %zu more\n", count - options.most);
@@ -191,10 +192,10 @@ int run(int argc, char** argv) {
         }
         return play(recording, options);
     } catch (Unreadable const& error) {
-        std::fprintf(stderr, "quen-replay: %s\n", error.what());
+        std::fprintf(stderr, "quen-replay: %s\n", printable(error.what()).c_str());
         return kUsage;
     } catch (std::exception const& error) {
-        std::fprintf(stderr, "quen-replay: cannot go on: %s\n", error.what());
+        std::fprintf(stderr, "quen-replay: cannot go on: %s\n", printable(error.what()).c_str());
         return kDifferent;
     }
 }

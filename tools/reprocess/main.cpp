@@ -30,7 +30,7 @@
 #include "host/log/LogControl.h"
 #include "report/Report.h"
 #include "support/Failure.h"
-#include "support/Text.h"
+#include "terminal/Printable.h"
 #include "trace/IspSpans.h"
 #include "trace/LogSpans.h"
 #include "trace/TraceFile.h"

@@ -61,8 +61,8 @@ size_t BatchFrame::read(Options const& options, Reprocessor& reprocessor) {
         Capture capture =
                 mWatch.time("read", [&] { return readCapture(mJob.input, options.input); });
         mNotes = std::move(capture.notes);
-        mWidth = capture.width;
-        mHeight = capture.height;
+        mWidth = mShownWidth = capture.width;
+        mHeight = mShownHeight = capture.height;
         pixels = size_t{mWidth} * mHeight;
         mFrame = reprocessor.prepare(mNumber, std::move(capture), mJob.kind, mWatch);
     });
@@ -92,7 +92,7 @@ BatchFrame::End BatchFrame::write(Report& report, Progress& progress, InfoDocume
     if (document != nullptr) {
         document->add(text);
     } else if (!text.empty() && !mJob.isSkipped) {
-        progress.line(text);
+        progress.lines(text);
     }
     mProduct = Product();
     return mJob.isSkipped ? End::Skipped : mProblem.empty() ? End::Done : End::Failed;
@@ -122,18 +122,19 @@ void BatchFrame::tell(FrameOutcome const& outcome, Progress& progress) const {
     if (mJob.isSkipped) {
         return;
     }
+    for (std::string const& note : mNotes) {
+        progress.problem("quen-reprocess: " + mJob.input + ": " + note);
+    }
     if (!mProblem.empty()) {
         progress.problem("quen-reprocess: " + mJob.input + ": " + mProblem);
         return;
-    }
-    for (std::string const& note : mNotes) {
-        progress.problem("quen-reprocess: " + mJob.input + ": " + note);
     }
     if (!mProduct.note.empty()) {
         progress.problem("quen-reprocess: " + mJob.output + ": " + mProduct.note);
     }
     progress.line(format("%s -> %s  %ux%u  %s  %.2f s", mJob.input.c_str(), mJob.output.c_str(),
-                         mWidth, mHeight, bytesText(outcome.outputBytes).c_str(), outcome.seconds));
+                         mShownWidth, mShownHeight, bytesText(outcome.outputBytes).c_str(),
+                         outcome.seconds));
 }
 
 /** Throws when the output is the input. */
@@ -148,6 +149,8 @@ void BatchFrame::checkNotItself() const {
 /** Makes the file of an RGB output: here, beside the work on other frames. */
 void BatchFrame::makeFile() {
     if (mProduct.planes) {
+        mShownWidth = mProduct.planes->width;
+        mShownHeight = mProduct.planes->height;
         mProduct =
                 mWatch.time("make file", [&] { return makeRgbFile(mProduct, mJob.kind, mDepth); });
     }

@@ -54,8 +54,10 @@ class BatchFrame {
     int mDepth = 8;                 // of an RGB output
     std::unique_ptr<Frame> mFrame;  // after the reading; uses mWatch
     Product mProduct;               // after the end
-    uint32_t mWidth = 0;
+    uint32_t mWidth = 0;            // as read
     uint32_t mHeight = 0;
+    uint32_t mShownWidth = 0;  // as written: upright, where the output is RGB
+    uint32_t mShownHeight = 0;
     std::vector<std::string> mNotes;
     std::string mProblem;
 };

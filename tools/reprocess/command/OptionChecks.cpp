@@ -64,7 +64,8 @@ void checkSizes(Options const& options, std::vector<std::string> const& inputs,
     }
     if ((options.input.bayer || options.input.yuv) && !options.input.size) {
         throw Failure(std::string(options.input.bayer ? "--bayer" : "--yuv") +
-                      ": needs --size, for a headerless file does not tell its own");
+                              ": needs --size, for a headerless file does not tell its own",
+                      "leave it out if the file has a header");
     }
 }
 

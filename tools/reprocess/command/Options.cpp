@@ -1,6 +1,8 @@
 #include "command/Options.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,8 +14,9 @@
 #include "command/InputFiles.h"
 #include "command/OptionChecks.h"
 #include "command/OptionValues.h"
+#include "inputs/StandardInput.h"
 #include "support/Failure.h"
-#include "support/Text.h"
+#include "terminal/Printable.h"
 
 namespace quen::reprocess {
 namespace {
@@ -130,6 +133,25 @@ CLI::Validator named() {
         return name.empty() ? std::string("the file's name is empty") : std::string();
     };
     return CLI::Validator(check, "");
+}
+
+/** What the system calls a standard stream, beside "-". */
+struct StreamNames {
+    char const* names[3];
+    char const* name;
+};
+
+constexpr StreamNames kInputNames = {{"/dev/stdin", "/dev/fd/0", "/proc/self/fd/0"},
+                                     kStandardInput};
+constexpr StreamNames kOutputStreamNames = {{"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"},
+                                            kStandardOutput};
+
+/** Takes the system's names of a standard stream for "-": what is opened anew has another end. */
+void nameStream(StreamNames const& stream, std::string& path) {
+    auto const* const end = std::end(stream.names);
+    if (std::find(std::begin(stream.names), end, path) != end) {
+        path = stream.name;
+    }
 }
 
 /** An option whose value a function reads from its text; it throws Failure. */
@@ -343,6 +365,10 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitCode) {
         options.setsQuality = app.count("--quality") != 0;
         options.setsDepth = app.count("--depth") != 0;
         options.info = parseInfo(infoName);
+        nameStream(kOutputStreamNames, options.output);
+        for (std::string& input : options.inputs) {
+            nameStream(kInputNames, input);
+        }
         findInputFiles(options);
         checkOptions(options);
     } catch (CLI::ParseError const& error) {

@@ -183,15 +183,16 @@ void writeStandardOutput(Bytes bytes) {
 
 void writeOutputFile(std::string const& path, Bytes bytes) {
     std::error_code error;
-    fs::path const target = outputTarget(path);
-    fs::file_status const status = fs::status(target, error);
+    fs::file_status const status = fs::status(path, error);
     if (fs::is_directory(status)) {
         throw Failure("is a folder", "name a file in it");
     }
+    // A shell's /dev/fd/63 links to "pipe:[...]", which no call but this one follows.
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        writeToDevice(target, bytes);
+        writeToDevice(path, bytes);
         return;
     }
+    fs::path const target = outputTarget(path);
     TemporaryFile file(target);
     writeAll(file.fd(), bytes);
     file.moveTo(target);

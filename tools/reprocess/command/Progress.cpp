@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "support/Text.h"
+#include "terminal/Printable.h"
 
 namespace quen::reprocess {
 namespace {
@@ -30,10 +30,11 @@ void Progress::begin(std::string const& name) {
 }
 
 void Progress::line(std::string const& text) {
-    erase();
-    std::fprintf(mLines, "%s\n", printable(text).c_str());
-    std::fflush(mLines);
-    draw();
+    print(printable(text));
+}
+
+void Progress::lines(std::string const& text) {
+    print(printableLines(text));
 }
 
 void Progress::problem(std::string const& text) {
@@ -44,6 +45,13 @@ void Progress::problem(std::string const& text) {
 
 void Progress::end() {
     ++mDone;
+    draw();
+}
+
+void Progress::print(std::string const& text) {
+    erase();
+    std::fprintf(mLines, "%s\n", text.c_str());
+    std::fflush(mLines);
     draw();
 }
 

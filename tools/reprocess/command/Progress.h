@@ -28,6 +28,9 @@ class Progress {
     /** Prints a line about a file. */
     void line(std::string const& text);
 
+    /** Prints several lines about a file, with an empty one after them. */
+    void lines(std::string const& text);
+
     /** Prints a line to standard error. */
     void problem(std::string const& text);
 
@@ -35,6 +38,7 @@ class Progress {
     void end();
 
   private:
+    void print(std::string const& text);
     void erase();
     void draw();
 

@@ -8,7 +8,7 @@
 #include "command/ExitCode.h"
 #include "quenRecorder/RecordedIsp.h"
 #include "quenRecorder/Recorder.h"
-#include "support/Text.h"
+#include "terminal/Printable.h"
 
 namespace quen::reprocess {
 

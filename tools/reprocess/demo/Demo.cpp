@@ -12,6 +12,7 @@
 #include "report/InfoDocument.h"
 #include "support/Failure.h"
 #include "support/Text.h"
+#include "terminal/Printable.h"
 
 namespace quen::reprocess {
 namespace {

@@ -143,8 +143,11 @@ void readOrientation(int flip, Capture& capture) {
 /** What LibRaw knows of the capture. */
 host::isp::CaptureFacts factsOf(libraw_data_t const& data) {
     host::isp::CaptureFacts facts;
-    facts.maker = data.idata.make;
-    facts.model = data.idata.model;
+    // Of a DNG that states neither, LibRaw guesses both from the words of its unique camera model.
+    if (data.idata.dng_version == 0) {
+        facts.maker = data.idata.make;
+        facts.model = data.idata.model;
+    }
     facts.lens = data.lens.Lens;
     facts.time = data.other.timestamp;
     facts.exposure = static_cast<double>(data.other.shutter);
@@ -158,7 +161,8 @@ host::isp::CaptureFacts factsOf(libraw_data_t const& data) {
 void readExif(RawFile const& raw, MappedFile const& file, Capture& capture) {
     auto const* const module = host::isp::exifModule();
     if (!module) {
-        throw Failure("has EXIF, and what reads it is not there");
+        throw Failure("has EXIF, and what reads it is not there",
+                      "libquen_exif.so belongs beside libquen_isp.so");
     }
     capture.exif = module->ofCapture(file.data(), file.size(), false, factsOf(raw.imgdata));
 }

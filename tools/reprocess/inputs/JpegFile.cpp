@@ -121,7 +121,8 @@ void readMarkers(MappedFile const& file, Capture& capture) {
     if (!markers.exif.empty()) {
         auto const* const module = host::isp::exifModule();
         if (!module) {
-            throw Failure("has EXIF, and what reads it is not there");
+            throw Failure("has EXIF, and what reads it is not there",
+                          "libquen_exif.so belongs beside libquen_isp.so");
         }
         auto const& exif = markers.exif;
         setOrientation(module->orientation(exif.data(), exif.size()), capture);
