@@ -58,7 +58,8 @@ TEST_F(ThreeA, RefusalsLeaveTheCallersRecordsAlone) {
     EXPECT_EQ(info.fd, -1);
     EXPECT_LT(Quen3AInfoManager::Get3AInfoBuf(nullptr, kBytes), 0);
     int descriptor = -1;
-    for (unsigned int index : {0U, 1U, 9U, UINT32_MAX}) {  // 1 is not handed out yet
+    for (unsigned int index :
+         {0U, 1U, SharedMemoryThreeAStore::kBuffers + 1, UINT32_MAX}) {  // 1 is not handed out yet
         EXPECT_LT(Quen3AInfoManager::GetTuningData(&descriptor, index), 0);
         EXPECT_EQ(descriptor, -1);
     }

@@ -37,7 +37,7 @@ std::shared_ptr<IThreeAStore> setThreeAStore(std::shared_ptr<IThreeAStore> store
 class SharedMemoryThreeAStore final : public IThreeAStore {
   public:
     static constexpr uint32_t kBufferBytes = 0x1fa400;
-    static constexpr unsigned int kBuffers = 8;
+    static constexpr unsigned int kBuffers = 16;
 
     SharedMemoryThreeAStore() = default;
     ~SharedMemoryThreeAStore() override;

@@ -11,10 +11,10 @@
 namespace quen::reprocess {
 namespace {
 
-// What one picture takes at a time, handles that are copied on the way included; what a batch takes
-// beside its inputs, and for each of them.
-constexpr size_t kLeast = 32;
-constexpr size_t kOfABatch = 28;
+// What one picture takes at a time, handles that are copied on the way included, when all 3A
+// buffers are there; what a batch takes beside its inputs, and for each of them.
+constexpr size_t kLeast = 40;
+constexpr size_t kOfABatch = 36;
 constexpr size_t kOfAnInput = 10;
 
 size_t allowedFiles() {

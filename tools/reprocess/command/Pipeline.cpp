@@ -3,13 +3,19 @@
 #include <algorithm>
 #include <system_error>
 
+#include "host/threea/ThreeAStore.h"
+
 namespace quen::reprocess {
 
 namespace {
 
-// What a request says about its frame lies in one of eight 3A buffers, and each of a frame's two
-// requests may take one.
 constexpr size_t kMostSubmitted = 4;
+
+// A mosaic's request takes two 3A buffers, its JPEG's a third, and what reads a buffer keeps it.
+// Until a frame's answer is read, the frames submitted before it take two more and those after it
+// two.
+static_assert(host::SharedMemoryThreeAStore::kBuffers >= 4 * kMostSubmitted,
+              "a frame's 3A buffer is handed out again while it is in work");
 
 constexpr size_t kReadAhead = 1;
 constexpr size_t kMostUnwritten = 2;  // beyond those in work
