@@ -65,6 +65,13 @@ fs::path fresh(fs::path const& folder) {
     return folder;
 }
 
+/** A process for all frames. */
+Cost batchCost(std::string const& program, Frames const& frames, fs::path const& output,
+               Command const& options = {}) {
+    return secondCost(
+            [&] { return costOf(reprocessAll(program, frames, fresh(output), options)); });
+}
+
 /** Wall time of a piece of work, in `seconds`. */
 template <typename Work>
 Cost timed(Work const& work) {
@@ -127,13 +134,16 @@ void printProcessors(Frames const& frames, std::vector<Cost> const& costs, Goal 
 void measureLarge(std::string const& program, Frames const& frames, fs::path const& folder,
                   int repetitions) {
     std::vector<Cost> batch, single, alone, halves, plainHalves;
+    Command const oneAtATime = {"--jobs", "1"};
     for (int round = 0; round < repetitions; ++round) {
-        batch.push_back(costOf(reprocessAll(program, frames, fresh(folder / "batch"))));
-        single.push_back(oneByOne(program, frames, fresh(folder / "single")));
-        halves.push_back(inHalves(program, frames, fresh(folder / "halves"), {}));
-        plainHalves.push_back(inHalves(program, frames, fresh(folder / "halves"), {"--jobs", "1"}));
-        alone.push_back(
-                costOf(reprocessAll(program, frames, fresh(folder / "alone"), {"--jobs", "1"})));
+        batch.push_back(batchCost(program, frames, folder / "batch"));
+        single.push_back(
+                secondCost([&] { return oneByOne(program, frames, fresh(folder / "single")); }));
+        halves.push_back(secondCost(
+                [&] { return inHalves(program, frames, fresh(folder / "halves"), {}); }));
+        plainHalves.push_back(secondCost(
+                [&] { return inHalves(program, frames, fresh(folder / "halves"), oneAtATime); }));
+        alone.push_back(batchCost(program, frames, folder / "alone", oneAtATime));
     }
     printTimes("batch, times faster", frames, batch, "one by one", single, Goal::atLeast(1.45));
     printTimes("batch, times faster", frames, batch, "--jobs 1", alone, Goal::none());
@@ -154,11 +164,10 @@ void measureSmall(std::string const& program, std::string const& older, Frames c
                   fs::path const& folder, int repetitions) {
     std::vector<Cost> batch, alone, before;
     for (int round = 0; round < repetitions; ++round) {
-        batch.push_back(costOf(reprocessAll(program, frames, fresh(folder / "batch"))));
-        alone.push_back(
-                costOf(reprocessAll(program, frames, fresh(folder / "alone"), {"--jobs", "1"})));
+        batch.push_back(batchCost(program, frames, folder / "batch"));
+        alone.push_back(batchCost(program, frames, folder / "alone", {"--jobs", "1"}));
         if (!older.empty()) {
-            before.push_back(costOf(reprocessAll(older, frames, fresh(folder / "older"))));
+            before.push_back(batchCost(older, frames, folder / "older"));
         }
     }
     printTimes("batch, times faster", frames, batch, "--jobs 1", alone, Goal::none());

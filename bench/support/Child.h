@@ -21,6 +21,17 @@ struct Cost {
  */
 bool runChild(std::vector<std::string> const& command, Cost& cost);
 
+/**
+ * Runs a piece of work twice and returns the cost of the second time. A virtual machine gives
+ * memory that nobody uses back to its host, and gets it again page by page: the first run pays for
+ * that, not for what it does.
+ */
+template <typename Work>
+Cost secondCost(Work const& work) {
+    work();
+    return work();
+}
+
 /** The median of one figure of several runs. */
 double median(std::vector<Cost> const& costs, double Cost::*figure);
 
