@@ -1,5 +1,7 @@
 #include "quenOfflineDevice/request/RowCopy.h"
 
+#include <byteswap.h>
+
 #include <cstring>
 
 namespace quen {
@@ -13,7 +15,7 @@ void copySwapped(uint8_t const* source, uint8_t* target, size_t bytes) {
     for (size_t i = 0; i + 1 < bytes; i += sizeof(uint16_t)) {
         uint16_t pair = 0;
         memcpy(&pair, source + i, sizeof(pair));
-        pair = static_cast<uint16_t>(pair << 8 | pair >> 8);
+        pair = bswap_16(pair);
         memcpy(target + i, &pair, sizeof(pair));
     }
 }
