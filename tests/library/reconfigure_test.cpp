@@ -12,13 +12,13 @@ using namespace testing;
 
 namespace {
 
-/** A session of the RAW16 input 64x48, a RAW10 one and the YUV outputs 64x48 and 32x24. */
+/** A session of the RAW16 inputs 64x48 and 128x96 and the YUV outputs 64x48 and 32x24. */
 class ReconfigureTest : public DeviceTest {
   protected:
     void createSession() {
         mPeer.inputStreams().clear();
         mPeer.outputStreams().clear();
-        SessionParams params{{{1, kRaw16, 64, 48, false}, {4, kRaw10, 128, 96, false}},
+        SessionParams params{{{1, kRaw16, 64, 48, false}, {4, kRaw16, 128, 96, false}},
                              {{2, kYuv, 64, 48, true}, {3, kYuv, 32, 24, true}},
                              nullptr};
         mDevice->create(&params);
@@ -68,7 +68,7 @@ TEST_F(ReconfigureTest, WhatDiffersCounts) {
             {"other stream ids", image(9, kRaw16, 64, 48), {image(8, kYuv, 64, 48)}, false},
             {"fewer outputs", mInput, {mSmall}, false},
             {"one more of a known size", mInput, {mLarge, mSmall, mSmall}, false},
-            {"the second input", image(4, kRaw10, 128, 96), {mLarge}, true},
+            {"the second input", image(4, kRaw16, 128, 96), {mLarge}, true},
             {"input width", image(1, kRaw16, 65, 48), {mLarge}, true},
             {"input height", image(1, kRaw16, 64, 47), {mLarge}, true},
             {"input format", image(1, kYuv, 64, 48), {mLarge}, true},
