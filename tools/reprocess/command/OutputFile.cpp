@@ -162,6 +162,16 @@ void writeToDevice(fs::path const& path, Bytes bytes) {
     }
 }
 
+/** Whether a path leads to a device or a pipe. @throws Failure when it leads to a folder */
+bool isDevice(std::string const& path) {
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
+    if (fs::is_directory(status)) {
+        throw Failure("is a folder", "name a file in it");
+    }
+    return fs::exists(status) && !fs::is_regular_file(status);
+}
+
 }  // namespace
 
 std::string outputTarget(std::string const& path) {
@@ -181,14 +191,15 @@ void writeStandardOutput(Bytes bytes) {
     writeAll(STDOUT_FILENO, bytes);
 }
 
-void writeOutputFile(std::string const& path, Bytes bytes) {
-    std::error_code error;
-    fs::file_status const status = fs::status(path, error);
-    if (fs::is_directory(status)) {
-        throw Failure("is a folder", "name a file in it");
+void checkOutputFile(std::string const& path) {
+    if (!isDevice(path)) {
+        TemporaryFile const unused(outputTarget(path));
     }
-    // A shell's /dev/fd/63 links to "pipe:[...]", which no call but this one follows.
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
+}
+
+void writeOutputFile(std::string const& path, Bytes bytes) {
+    // A shell's /dev/fd/63 links to "pipe:[...]", which no call but the one that opens it follows.
+    if (isDevice(path)) {
         writeToDevice(path, bytes);
         return;
     }

@@ -14,6 +14,13 @@ namespace quen::reprocess {
  */
 void writeOutputFile(std::string const& path, Bytes bytes);
 
+/**
+ * Tells before the work whether an output can be created.
+ *
+ * @throws Failure as writeOutputFile does when it cannot
+ */
+void checkOutputFile(std::string const& path);
+
 /** The file that is written for a path: follows links; it need not exist. */
 std::string outputTarget(std::string const& path);
 

@@ -38,6 +38,9 @@ void tell(Options const& options, FrameOutcome const& outcome) {
 /** Runs the demo. @return the exit code */
 int develop(Options const& options, Reprocessor& reprocessor, Stopwatch& watch,
             FrameOutcome& outcome) {
+    if (options.output != kStandardOutput) {
+        checkOutputFile(options.output);
+    }
     RgbPicture const scene = watch.time("render scene", [] { return renderDemoScene(); });
     Capture const capture = watch.time("expose sensor", [&] { return exposeDemoSensor(scene); });
     Product const product = reprocessor.run(capture, OutputKind::Jpeg, watch);
