@@ -58,6 +58,11 @@ inline void paint(uint8_t* bytes, size_t size, uint32_t seed) {
     }
 }
 
+inline android::hardware::Status lost() {
+    return android::hardware::Status::fromExceptionCode(
+            android::hardware::Status::EX_TRANSACTION_FAILED, "by script");
+}
+
 /** What the ISP does with the next request. */
 struct Answer {
     isphal::Status status = isphal::Status::OK;
@@ -68,6 +73,7 @@ struct Answer {
     bool refuses = false;  // the submission
     bool loses = false;    // the answer to the submission
     bool atOnce = false;   // answers within the submission
+    bool unheard = false;  // the client loses what it is told
     int delay = 0;         // ms
     int tuningBytes = 0;   // what the tuning buffer's header tells
     uint32_t jpegBytes = 300;
@@ -114,8 +120,7 @@ class ScriptedIsp : public isphal::IISPModule {
                 return isphal::Status::RESOURCE_ERROR;
             }
             if (answer.loses) {
-                return android::hardware::Status::fromExceptionCode(
-                        android::hardware::Status::EX_TRANSACTION_FAILED, "by script");
+                return lost();
             }
             auto const tell = [callback = mCallback, answer, number = requests[0].requestNumber] {
                 for (isphal::Status const status : answer.early) {
@@ -181,17 +186,20 @@ class ScriptedIsp : public isphal::IISPModule {
 /** A callback that can be waited for. */
 class Listener : public postproc::IQuenPostProcCallback {
   public:
+    explicit Listener(bool loses) : mLoses(loses) {}
+
     Return<void> notifyRequestResult(uint32_t, postproc::Status) override {
         mEnded.set_value();
-        return Void();
+        return mLoses ? lost() : Void();
     }
     Return<void> notifyResultMetadata(uint32_t, hidl_vec<uint8_t> const&,
                                       postproc::Status) override {
-        return Void();
+        return mLoses ? lost() : Void();
     }
     void wait() { mEnded.get_future().wait(); }
 
   private:
+    bool const mLoses;
     std::promise<void> mEnded;
 };
 
@@ -255,7 +263,7 @@ class Client {
     /** Submits a request and waits for its end, unless none will come. */
     void process(int number, ImageBuffer input, std::vector<ImageBuffer> outputs,
                  Answer const& answer) {
-        sp<Listener> const listener = new Listener;
+        sp<Listener> const listener = new Listener(answer.unheard);
         call(number, input, std::move(outputs), answer, listener);
         if (!answer.refuses && !answer.loses && answer.delay == 0) {
             listener->wait();

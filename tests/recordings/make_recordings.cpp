@@ -135,6 +135,9 @@ void recordErrors(ScriptedIsp& isp) {
     Answer empty;
     empty.metadata = {};
     client.develop(21, empty);
+    Answer unheard;
+    unheard.unheard = true;
+    client.develop(26, unheard);
     Answer failed;
     failed.status = isphal::Status::INTERNAL_ERROR;
     client.encode(22, failed);

@@ -154,6 +154,24 @@ TEST_F(ReplayTest, ChangeIsToldByTagNameAndField) {
                  return true;
              },
              "outputStream[0].stride[0]: recorded 33, now 32"},
+            {"reconfigurations",
+             [](Crossing& crossing) {
+                 if (crossing.isp_call().output_streams_size() == 0) {
+                     return false;
+                 }
+                 crossing.mutable_isp_call()->mutable_output_streams(0)->add_stride(7);
+                 return true;
+             },
+             "outputStream[0].stride[3]: recorded 7, now absent"},
+            {"reconfigurations",
+             [](Crossing& crossing) {
+                 if (crossing.isp_call().output_streams_size() == 0) {
+                     return false;
+                 }
+                 crossing.mutable_isp_call()->mutable_output_streams(0)->clear_stride();
+                 return true;
+             },
+             "outputStream[0].stride[0]: recorded absent, now 32"},
             {"two_at_once",
              [](Crossing& crossing) {
                  if (crossing.client_return().result() == 0) {
@@ -367,19 +385,34 @@ TEST_F(ReplayTest, WhatDoesNotHappenIsWaitedForAndTold) {
     EXPECT_EQ(1, outcome.exitCode);
     EXPECT_THAT(outcome.out, HasSubstr("what comes next in the recording does not happen: no. "));
     EXPECT_THAT(outcome.out, HasSubstr("library returns to the client"));
+
+    crossings = wholeOf(kept("lost_signal"));
+    crossings.erase(crossings.begin() + 16, crossings.end() - 1);  // from within the destroy on
+    put("shorter.rec", bytesOf(crossings));
+    EXPECT_THAT(replay("shorter.rec").out, HasSubstr("goes on where the recording has ended\n"));
 }
 
-TEST_F(ReplayTest, RefusedConfigurationEndsBothProcesses) {
-    std::vector<Crossing> crossings = wholeOf(kept("errors"));
-    auto const answer = std::find_if(crossings.begin(), crossings.end(), [&](Crossing const& one) {
-        return one.has_isp_return() && !one.isp_return().has_answer();
-    });
-    answer->mutable_isp_return()->set_status(5);
-    crossings.erase(answer + 1, crossings.end());
-    put("refused.rec", bytesOf(crossings));
-    Outcome const outcome = replay("refused.rec");
-    EXPECT_EQ(0, outcome.exitCode);
-    EXPECT_THAT(outcome.out, HasSubstr("The library ends the process here"));
+TEST_F(ReplayTest, AnAnswerThatEndsTheProcessEndsTheReplayToo) {
+    for (bool const opens : {false, true}) {
+        for (bool const isLast : {false, true}) {
+            std::vector<Crossing> crossings = wholeOf(kept("errors"));
+            auto const answer =
+                    std::find_if(crossings.begin(), crossings.end(), [&](Crossing const& one) {
+                        return one.has_isp_return() && one.isp_return().has_answer() == opens;
+                    });
+            opens ? answer->mutable_isp_return()->set_has_device(false)
+                  : answer->mutable_isp_return()->set_status(5);
+            if (isLast) {
+                crossings.erase(answer + 1, crossings.end());
+            }
+            put("refused.rec", bytesOf(crossings));
+            Outcome const outcome = replay("refused.rec");
+            EXPECT_EQ(isLast ? 0 : 1, outcome.exitCode);
+            EXPECT_THAT(outcome.out,
+                        HasSubstr(isLast ? "The library ends the process here, as it did when"
+                                         : "the library ends the process here, which went on"));
+        }
+    }
 }
 
 TEST_F(ReplayTest, CutRecordingIsReadToItsLastWholeCrossing) {
