@@ -114,41 +114,4 @@ TEST_F(CliInputsTest, ARealSensorFrameOfAChartHasTheChartsColours) {
     }
 }
 
-TEST_F(CliInputsTest, HeaderlessYuvIsTakenInEachLayoutFromAPipeToo) {
-    std::string const luma(9 * 9, 'y'), u(5 * 5, 'u'), v(5 * 5, 'v');
-    std::string const uv = "uvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuvuv";
-    std::string const vu = "v" + uv.substr(0, 48) + "u";
-    put("in.nv21", luma + vu);
-    run("in.nv21 -o should.jpg --size 9x9");
-    std::pair<std::string, std::string> const layouts[] = {
-            {"nv21", vu}, {"nv12", uv}, {"i420", u + v}, {"yv12", v + u}};
-    for (auto const& [layout, chroma] : layouts) {
-        put("frame.yuv", luma + chroma);
-        for (std::string const input : {"frame.yuv", "- <frame.yuv"}) {
-            ASSERT_EQ(0, run(input + " -o made.jpg --size 9x9 --yuv " + layout).exitCode);
-            EXPECT_TRUE(get("should.jpg") == get("made.jpg")) << layout;
-        }
-    }
-    expectErrors(2, {{"- -o x.jpg --size 9x9 <in.nv21", "--yuv LAYOUT if it is YUV"},
-                     {"- -o x.jpg --yuv nv12 <in.nv21", "--yuv: needs --size"},
-                     {"x -o x.jpg --size 9x9 --yuv nv12 --bayer rggb", "contradicts --bayer"},
-                     {"in.nv21 -o x.jpg --size 9x9 --yuv nv12", "in.nv21: contradicts --yuv"}});
-}
-
-TEST_F(CliInputsTest, AFolderThatCannotBeSearchedFailsAndStopsNoOther) {
-    fs::create_directories(path("card/locked"));
-    put("card/a.dng", asDng(kGrey, "rggb"));
-    fs::permissions(path("card/locked"), fs::perms::none);
-    // Root searches any folder, unless it has given up the right to.
-    std::string const rightless = "setpriv --inh-caps=-all --bounding-set=-all ";
-    std::string const user = shell(rightless + "true 2>/dev/null") == 0 ? rightless : "";
-    if (shell(user + "ls card/locked >/dev/null 2>&1") == 0) {
-        GTEST_SKIP() << "no right can be given up here";
-    }
-    EXPECT_EQ(1, shell(user + QUEN_REPROCESS " -r card -o made >out.txt 2>err.txt"));
-    EXPECT_THAT(get("err.txt"), HasSubstr("card/locked/: cannot be searched: Permission denied"));
-    EXPECT_TRUE(fs::exists(path("made/a.jpg")));
-    fs::permissions(path("card/locked"), fs::perms::owner_all);
-}
-
 }  // namespace

@@ -107,21 +107,3 @@ TEST_F(CliOutputsTest, ATiffSaysOfItsCaptureWhatAJpegSays) {
     }
     EXPECT_EQ("1", said["shot.tif"]["Exif.Image.Orientation"].toString());
 }
-
-TEST_F(CliOutputsTest, WhatWasToBePrintedIsToldWhereStandardOutputIsClosed) {
-    put("shot.dng", asDng(kGrey, "rggb"));
-    expectErrors(1, {{"shot.dng -o x.jpg --info=json >&- 2>err.txt #", "it is closed"},
-                     {"--help >&- 2>err.txt #", "it is closed"}});
-}
-
-TEST_F(CliOutputsTest, TwoPicturesNeverGoToOneFile) {
-    put("a.dng", asDng(kGrey, "rggb"));
-    put("b.dng", asDng(kBrick, "rggb"));
-    shell("mkdir made && ln -s a.jpg made/b.jpg");
-    expectErrors(2, {{"a.dng b.dng -o made", "made/b.jpg: is the same file as made/a.jpg"}});
-    put("made/a.jpg", "old");
-    expectErrors(2, {{"a.dng b.dng -o made", "made/b.jpg: is the same file as made/a.jpg"}});
-    shell("ln -f made/a.jpg made/b.jpg");  // two names: each gets a file of its own
-    EXPECT_EQ(0, run("a.dng b.dng -o made").exitCode);
-    EXPECT_FALSE(get("made/a.jpg") == get("made/b.jpg"));
-}

@@ -195,28 +195,6 @@ class CliTest : public testing::Test {
         return {exitCode, get("out.txt"), get("err.txt")};
     }
 
-    // Runs that fail, by their arguments, and what their errors say.
-    void expectErrors(int exitCode,
-                      std::vector<std::pair<std::string, std::string>> const& cases) const {
-        for (auto const& [arguments, says] : cases) {
-            Outcome const outcome = run(arguments);
-            EXPECT_EQ(exitCode, outcome.exitCode) << arguments;
-            EXPECT_FALSE(outcome.err.empty()) << arguments;
-            EXPECT_THAT(outcome.err, testing::HasSubstr(says)) << arguments;
-        }
-    }
-
-    // The middle of an NV21 picture, away from what a border may do.
-    void expectColour(std::string const& name, Colour const& colour) const {
-        std::string const picture = get(name);
-        ASSERT_EQ(kWidth * kHeight * 3 / 2, picture.size()) << name;
-        auto const at = [&](size_t offset) { return static_cast<uint8_t>(picture[offset]); };
-        size_t const chroma = kWidth * kHeight * 5 / 4 + kWidth / 2;
-        EXPECT_NEAR(colour.y, at(kWidth * kHeight / 2 + kWidth / 2), 2) << name;
-        EXPECT_NEAR(colour.cr, at(chroma), 2) << name;
-        EXPECT_NEAR(colour.cb, at(chroma + 1), 2) << name;
-    }
-
     fs::path const mFolder = fs::temp_directory_path() / ("quen-cli-" + std::to_string(::getpid()));
 };
 
