@@ -78,10 +78,15 @@ TEST(LookaheadTest, FindsTheRequestThatAConfigurationWaitedFor) {
     recording.crossings[0].mutable_isp_call()->add_requests()->set_number(3);
     recording.crossings[1].mutable_isp_call()->add_requests()->set_number(4);
     recording.crossings[2].mutable_result_call()->set_number(3);
+    for (recording::Crossing& crossing : recording.crossings) {
+        crossing.set_session(2);
+    }
     replay::RecordedOrder const order(recording, 1);
     EXPECT_EQ(replay::findOutstanding(order, 2, 3), 3u);
     EXPECT_EQ(replay::findOutstanding(order, 3, 3), std::nullopt);
     EXPECT_EQ(replay::findOutstanding(order, 0, 3), std::nullopt);
-    recording.crossings[3].set_session(1);
-    EXPECT_EQ(replay::findOutstanding(order, 2, 3), std::nullopt);
+    for (uint32_t const other : {1, 3}) {
+        recording.crossings[3].set_session(other);
+        EXPECT_EQ(replay::findOutstanding(order, 2, 3), std::nullopt);
+    }
 }
