@@ -1,5 +1,8 @@
 // What the recorder keeps of buffers, and lets go of.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <functional>
 #include <string>
 
@@ -8,8 +11,10 @@
 #include "Lookahead.h"
 #include "ReplayBuffer.h"
 #include "quenRecorder/BufferRecord.h"
+#include "quenRecorder/RecordedIspDevice.h"
 #include "quenRecorder/SubmittedOutputs.h"
 #include "support/Graphics.h"
+#include "support/StandInIsp.h"
 
 namespace {
 
@@ -70,6 +75,34 @@ TEST(RecorderTest, OutputsOfANumberComeInTurnAndTheLatestAreTakenBack) {
     add(4);
     outputs.clear();
     EXPECT_EQ(outputs.take(5).size(), 0u);
+}
+
+TEST(RecorderTest, OutputsOfARequestThatTheIspDoesNotTakeAreNotHeld) {
+    auto const firstFree = [] {
+        int const descriptor = dup(STDERR_FILENO);
+        close(descriptor);
+        return descriptor;
+    };
+    int error = 0;
+    std::string const file = testing::TempDir() + "not_taken.rec";
+    android::sp<StandInDevice> const isp = new StandInDevice;
+    android::sp<isphal::IDevice> const device = new recorder::RecordedIspDevice(
+            recorder::Recorder::start(file.c_str(), recorder::Pictures::Hashes, error), 1, isp);
+    hidl_vec<isphal::ISPRequest> requests(1);
+    requests[0].outputBuffers.resize(1);
+    native_handle_t* const output = native_handle_create(1, 0);
+    output->data[0] = open("/dev/null", O_RDWR);
+    requests[0].outputBuffers[0].buffer.setTo(output, true);
+    auto const refused = [] { return StandInDevice::StatusReturn(isphal::Status::REQUEST_ERROR); };
+    for (std::function<StandInDevice::StatusReturn()> const& answer :
+         {std::function(refused), std::function(&StandInDevice::transportError)}) {
+        isp->onProcess = [&](auto const&) { return answer(); };
+        int const before = firstFree();
+        (void)device->processISPRequest(requests).isOk();
+        isp->requests.clear();
+        EXPECT_EQ(firstFree(), before);
+    }
+    unlink(file.c_str());
 }
 
 TEST(LookaheadTest, FindsTheRequestThatAConfigurationWaitedFor) {
