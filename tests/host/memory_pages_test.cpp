@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -17,18 +18,21 @@ using quen::host::MappedPages;
 using quen::host::mapShared;
 using quen::host::PagesMade;
 
-constexpr size_t kElsewhere = 512;  // kB that an emulator may take meanwhile
+constexpr size_t kElsewhere = 512;  // kB that the heap may take meanwhile
 constexpr int kTimes = 150;         // a page that stays each time is more than that
 
-/** The address space in use, reserved ranges included, in kB. */
+/** The address space in use, reserved ranges included, in kB; an emulator's own is not in the list.
+ */
 size_t addressSpace() {
-    std::ifstream file("/proc/self/status");
-    std::string word;
-    size_t kilobytes = 0;
-    while (file >> word && word != "VmSize:") {
+    std::ifstream file("/proc/self/maps");
+    size_t bytes = 0;
+    for (std::string line; std::getline(file, line);) {
+        unsigned long begin = 0, end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx", &begin, &end) == 2) {
+            bytes += end - begin;
+        }
     }
-    file >> kilobytes;
-    return kilobytes;
+    return bytes / 1024;
 }
 
 /** Whether every page of memory is there. */
