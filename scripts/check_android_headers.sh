@@ -29,9 +29,9 @@ readonly others=(
 # build COMPILER HARDENED TARGET...
 build() {
     local log
-    cmake --preset android -B "build/android-$1" -DCMAKE_CXX_COMPILER="$1" -DQUEN_HARDENED="$2" \
+    cmake --preset android -B "build/android-headers-$1" -DCMAKE_CXX_COMPILER="$1" -DQUEN_HARDENED="$2" \
         -DQUEN_BUILD_TESTS=ON >/dev/null
-    log=$(cmake --build "build/android-$1" --target "${@:3}") || {
+    log=$(cmake --build "build/android-headers-$1" --target "${@:3}") || {
         echo "$log" >&2
         echo "android: the build with $1 fails, QUEN_HARDENED $2" >&2
         exit 1
@@ -41,7 +41,7 @@ build() {
 build clang++-14 ON quenOfflineDevice
 build clang++-14 OFF quenOfflineDevice
 build g++ ON quenOfflineDevice hardened_request_path_test hardened_isp_metadata_decoding_test
-for test in build/android-g++/tests/hardened_*_test; do
+for test in build/android-headers-g++/tests/hardened_*_test; do
     output=$("$test" --gtest_brief=1 2>&1) || {
         echo "$output" >&2
         echo "android: $test fails" >&2
@@ -52,14 +52,14 @@ mapfile -t tests < <(find tests/host tests/library tests/request_path -name '*_t
     ! -name 'cli_*' | sed 's|^tests/||; s|/|_|; s|\.cpp$||')
 build g++ OFF quenOfflineDevice "${tests[@]}"
 for library in utils cutils log; do
-    readelf -d build/android-g++/quencode/quenOfflineDevice/libquenOfflineDevice.so |
+    readelf -d build/android-headers-g++/quencode/quenOfflineDevice/libquenOfflineDevice.so |
         grep -q "NEEDED.*lib$library.so" || {
         echo "android: the library does not link Android's lib$library" >&2
         exit 1
     }
 done
 
-known=$(ctest --test-dir build/android-g++ -N)
+known=$(ctest --test-dir build/android-headers-g++ -N)
 for test in "${others[@]}"; do
     grep -q ": $test\$" <<<"$known" || {
         echo "android: there is no test $test to leave out" >&2
@@ -67,7 +67,7 @@ for test in "${others[@]}"; do
     }
 done
 pattern=$(printf '|%s' "${others[@]//./[.]}")
-output=$(ctest --test-dir build/android-g++ -j 2 --output-on-failure --no-tests=error \
+output=$(ctest --test-dir build/android-headers-g++ -j 2 --output-on-failure --no-tests=error \
     -E "^(${pattern:1})\$|_NOT_BUILT" 2>&1) || {
     echo "$output" >&2
     echo "android: tests fail on Android's own libraries" >&2
